@@ -1,0 +1,35 @@
+// Corpus.h: reader for the annotated training corpus.
+//
+// The corpus is GBK text, one paragraph a line: a paragraph id token, then
+// "word/TAG" tokens separated by blanks. "[w1/t1  w2/t2]nt" groups a compound
+// proper name; its inner words are the segmentation and the outer tag names
+// the whole.
+#ifndef ZIVOR_TOOLS_CORPUS_H_
+#define ZIVOR_TOOLS_CORPUS_H_
+
+#include <functional>
+#include <string>
+#include <vector>
+
+struct CorpusToken {
+  std::string word;         // GBK bytes
+  std::string tag;          // the corpus tag as written ("n", "nr", "Ng", ...)
+  int group = -1;           // index of the bracketed group it belongs to, -1 if none
+  std::string group_tag;    // the group's outer tag ("nt"), empty if none
+};
+
+struct CorpusParagraph {
+  std::string id;                   // "19980101-01-001-001"
+  std::vector<CorpusToken> tokens;
+};
+
+// Parses one corpus line. Returns false for blank lines. Malformed tokens
+// (no '/', empty word) are skipped.
+bool ParseCorpusLine(const std::string& line, CorpusParagraph* paragraph);
+
+// Calls `visit` for every paragraph of the file. Returns false when the file
+// cannot be opened.
+bool ForEachCorpusParagraph(const std::string& path,
+                            const std::function<void(const CorpusParagraph&)>& visit);
+
+#endif  // ZIVOR_TOOLS_CORPUS_H_

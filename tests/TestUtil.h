@@ -1,0 +1,43 @@
+// TestUtil.h: helpers shared by the unit tests: scratch directories, file
+// contents, the data tool, and where the training corpus lives.
+#ifndef ZIVOR_TESTS_TESTUTIL_H_
+#define ZIVOR_TESTS_TESTUTIL_H_
+
+#include <string>
+#include <vector>
+
+namespace testutil {
+
+// A fresh directory removed with its contents when the object dies.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+
+  const std::string& path() const { return path_; }
+  // path()/name
+  std::string File(const std::string& name) const;
+
+ private:
+  std::string path_;
+};
+
+void WriteFile(const std::string& path, const std::string& bytes);
+std::string ReadFileBytes(const std::string& path);
+long FileSize(const std::string& path);  // -1 when absent
+
+// Runs zivor-data with the arguments; returns its exit status and, when
+// `output` is given, what it printed on standard output.
+int RunDataTool(const std::vector<std::string>& args, std::string* output = nullptr);
+
+// The annotated training corpus, or "" when it is not beside the checkout.
+std::string CorpusPath();
+
+// The lines, each followed by '\n'.
+std::string Lines(const std::vector<std::string>& lines);
+
+}  // namespace testutil
+
+#endif  // ZIVOR_TESTS_TESTUTIL_H_
