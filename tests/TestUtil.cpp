@@ -1,5 +1,6 @@
 #include "TestUtil.h"
 
+#include <iconv.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -80,6 +81,28 @@ std::string CorpusPath() {
   const std::string path = std::string(ZIVOR_SHARED_DIR) + "/corpus/pfr-199801-days01-27.txt";
   return FileSize(path) > 0 ? path : std::string();
 }
+
+namespace {
+
+std::string Convert(const std::string& text, const char* to, const char* from) {
+  iconv_t cd = iconv_open(to, from);
+  if (cd == reinterpret_cast<iconv_t>(-1)) throw std::runtime_error("iconv_open failed");
+  std::string out(text.size() * 4 + 16, '\0');
+  char* in_ptr = const_cast<char*>(text.data());
+  size_t in_left = text.size();
+  char* out_ptr = out.data();
+  size_t out_left = out.size();
+  const size_t rc = iconv(cd, &in_ptr, &in_left, &out_ptr, &out_left);
+  iconv_close(cd);
+  if (rc == static_cast<size_t>(-1)) throw std::runtime_error("cannot convert test text");
+  out.resize(out.size() - out_left);
+  return out;
+}
+
+}  // namespace
+
+std::string Gbk(const std::string& utf8) { return Convert(utf8, "GBK", "UTF-8"); }
+std::string Utf8(const std::string& gbk) { return Convert(gbk, "UTF-8", "GBK"); }
 
 std::string Lines(const std::vector<std::string>& lines) {
   std::string text;

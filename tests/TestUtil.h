@@ -35,6 +35,11 @@ int RunDataTool(const std::vector<std::string>& args, std::string* output = null
 // The annotated training corpus, or "" when it is not beside the checkout.
 std::string CorpusPath();
 
+// GBK bytes of a UTF-8 string (tests keep their literals in UTF-8).
+std::string Gbk(const std::string& utf8);
+// UTF-8 of GBK bytes, for readable failure messages.
+std::string Utf8(const std::string& gbk);
+
 // The lines, each followed by '\n'.
 std::string Lines(const std::vector<std::string>& lines);
 
