@@ -1,0 +1,453 @@
+#include "Utility/PDAT.h"
+
+#include <cctype>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Utility/BinaryIO.h"
+#include "Utility/global_linux.h"
+
+namespace {
+
+// Byte offset of the first state in a dictionary file: the character table,
+// the highest state index and the item count.
+constexpr long kStatesOffset = CPDAT::kCharCodes * 4L + 8;
+constexpr long kStateBytes = 12;
+
+// One-byte characters that always stand alone in MMSegment.
+constexpr char kSeparators[] = " \t-_,.:/~#%^*()";
+
+bool IsSeparator(unsigned char c) {
+  return c != 0 && strchr(kSeparators, c) != nullptr;
+}
+
+bool IsAsciiDigit(unsigned char c) { return c >= '0' && c <= '9'; }
+bool IsAsciiLetter(unsigned char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+// Grows a pair of parallel caller-owned arrays by `step` entries. False (both
+// arrays unchanged in size) when memory runs out.
+bool GrowPair(unsigned int** first, unsigned int** second, unsigned int* capacity,
+              unsigned int step) {
+  const size_t size = (size_t{*capacity} + step) * sizeof(unsigned int);
+  void* a = realloc(*first, size);
+  if (a == nullptr) return false;
+  *first = static_cast<unsigned int*>(a);
+  void* b = realloc(*second, size);
+  if (b == nullptr) return false;
+  *second = static_cast<unsigned int*>(b);
+  *capacity += step;
+  return true;
+}
+
+// Appends to a caller-owned, realloc-grown, NUL-terminated text buffer.
+class OutputBuffer {
+ public:
+  OutputBuffer(char** buffer, int* capacity) : buffer_(buffer), capacity_(capacity) {}
+
+  // Appends bytes and a tab; false when memory runs out.
+  bool AppendPiece(const char* bytes, int len) {
+    if (!Reserve(used_ + len + 2)) return false;
+    memcpy(*buffer_ + used_, bytes, len);
+    used_ += len;
+    (*buffer_)[used_++] = '\t';
+    (*buffer_)[used_] = '\0';
+    return true;
+  }
+
+  // Makes room for `bytes` bytes in all.
+  bool Reserve(long bytes) {
+    if (*buffer_ != nullptr && bytes <= *capacity_) return true;
+    long wanted = *buffer_ != nullptr && *capacity_ > 0 ? *capacity_ : 16;
+    while (wanted < bytes) wanted *= 2;
+    if (wanted > INT32_MAX) return false;
+    void* grown = realloc(*buffer_, wanted);
+    if (grown == nullptr) return false;
+    *buffer_ = static_cast<char*>(grown);
+    *capacity_ = static_cast<int>(wanted);
+    return true;
+  }
+
+ private:
+  char** buffer_;
+  int* capacity_;
+  int used_ = 0;
+};
+
+// Appends to a caller-owned handle array sized for the whole text.
+class HandleSink {
+ public:
+  HandleSink(int* handles, int capacity) : handles_(handles), capacity_(capacity) {}
+  void Add(int handle) {
+    if (handles_ != nullptr && handle != -1 && count_ < capacity_) {
+      handles_[count_++] = handle;
+    }
+  }
+  int count() const { return count_; }
+
+ private:
+  int* handles_;
+  int capacity_;
+  int count_ = 0;
+};
+
+}  // namespace
+
+CPDAT::CPDAT(bool bByteMode)
+    : m_word_trie(static_cast<trie_elem*>(calloc(1, sizeof(trie_elem)))),
+      m_pData(nullptr),
+      m_nLength(0),
+      m_nLowerBound(0),
+      m_nItemCount(0),
+      m_sResult(nullptr),
+      m_nResultLen(0),
+      m_charsetSize(0),
+      m_LowerChar(kCharCodes),
+      m_UpperChar(0),
+      m_bByteMode(bByteMode) {
+  if (m_word_trie != nullptr) m_word_trie->handle = -1;
+  for (int& index : m_charset) index = -1;
+  memset(m_charsetfreq, 0, sizeof m_charsetfreq);
+  memset(m_freq, 0, sizeof m_freq);
+}
+
+CPDAT::~CPDAT() {
+  FreeTree();
+  free(m_pData);
+  free(m_sResult);
+}
+
+int CPDAT::GetLowerBound() const { return m_nLowerBound; }
+int CPDAT::GetItemCount() const { return m_nItemCount; }
+bool CPDAT::IsEmpty() const { return m_nLowerBound == 0; }
+bool CPDAT::AddTrie(const char* /*word*/) { return true; }
+void CPDAT::GetPos(char* /*s*/, int /*len*/) {}
+
+int CPDAT::GetCharCode(const char* s, int pos, int len, int* charLen) const {
+  if (s == nullptr || pos < 0 || pos >= len) {
+    *charLen = 0;
+    return -1;
+  }
+  const unsigned char first = static_cast<unsigned char>(s[pos]);
+  if (m_bByteMode) {
+    *charLen = 1;
+    return first;
+  }
+  if (pos + 1 == len || (first >= 1 && first <= 127)) {
+    *charLen = 1;
+    return (first >= 'A' && first <= 'Z') ? first + 32 : first;
+  }
+  *charLen = 2;
+  return first * 256 + static_cast<unsigned char>(s[pos + 1]);
+}
+
+int CPDAT::CharIndex(int code) const {
+  return (code >= 0 && code < kCharCodes) ? m_charset[code] : -1;
+}
+
+int CPDAT::Next(int from, int index) const {
+  if (index < 0) return -1;
+  int64_t base = 0;
+  if (from != kRoot) {
+    base = m_pData[from].base;
+    if (base < 0) base = -base;  // 64-bit, so INT_MIN is harmless
+  }
+  const int64_t target = base + index;
+  if (target > m_nLowerBound || target >= m_nLength) return -1;
+  const int t = static_cast<int>(target);
+  return m_pData[t].check == from ? t : -1;
+}
+
+int CPDAT::Find(int code) const {
+  const int index = CharIndex(code);
+  if (index < 0 || index >= m_nLowerBound || index >= m_nLength) return -1;
+  const state& s = m_pData[index];
+  if (s.check != kRoot || s.base >= 0) return -1;
+  return s.handle;
+}
+
+int CPDAT::Find(const char* word) const {
+  if (word == nullptr) return -1;
+  return Find(word, static_cast<unsigned int>(strlen(word)));
+}
+
+int CPDAT::Find(const char* word, unsigned int len) const {
+  if (word == nullptr || len == 0 || len > INT32_MAX) return -1;
+  const int n = static_cast<int>(len);
+  int current = kRoot;
+  for (int pos = 0; pos < n;) {
+    int charLen = 0;
+    const int code = GetCharCode(word, pos, n, &charLen);
+    current = Next(current, CharIndex(code));
+    if (current < 0) return -1;
+    pos += charLen;
+  }
+  return IsWordEnd(current) ? m_pData[current].handle : -1;
+}
+
+int CPDAT::GetMaxWord(const char* s, int* handle) const {
+  if (handle != nullptr) *handle = -1;
+  if (s == nullptr) return 0;
+  const size_t total = strlen(s);
+  const int len = total > INT32_MAX ? INT32_MAX : static_cast<int>(total);
+  int best = 0;
+  int current = kRoot;
+  for (int pos = 0; pos < len;) {
+    int charLen = 0;
+    const int code = GetCharCode(s, pos, len, &charLen);
+    current = Next(current, CharIndex(code));
+    if (current < 0) break;
+    pos += charLen;
+    if (IsWordEnd(current)) {
+      best = pos;
+      if (handle != nullptr) *handle = m_pData[current].handle;
+      if (IsLeaf(current)) break;
+    }
+  }
+  return best;
+}
+
+int CPDAT::GetWords(const char* s, unsigned int** handles, unsigned int** lengths,
+                    unsigned int* capacity, unsigned int* count, int minLen) const {
+  *count = 0;
+  if (s == nullptr) return 0;
+  const size_t total = strlen(s);
+  const int len = total > INT32_MAX ? INT32_MAX : static_cast<int>(total);
+  int best = 0;
+  int current = kRoot;
+  for (int pos = 0; pos < len;) {
+    int charLen = 0;
+    const int code = GetCharCode(s, pos, len, &charLen);
+    current = Next(current, CharIndex(code));
+    if (current < 0) break;
+    pos += charLen;
+    if (!IsWordEnd(current)) continue;
+    best = pos;
+    if (pos > minLen) {
+      if (*count >= *capacity && !GrowPair(handles, lengths, capacity, 5)) break;
+      (*handles)[*count] = static_cast<unsigned int>(m_pData[current].handle);
+      (*lengths)[*count] = static_cast<unsigned int>(pos);
+      ++*count;
+    }
+    if (IsLeaf(current)) break;
+  }
+  return best;
+}
+
+bool CPDAT::Load(const char* path) {
+  FilePtr fp = OpenFile(path, "rb");
+  if (!fp) return false;
+  if (fseek(fp.get(), 0, SEEK_END) != 0) return false;
+  const long size = ftell(fp.get());
+  if (size < kStatesOffset || fseek(fp.get(), kCharCodes * 4L, SEEK_SET) != 0) return false;
+
+  BinaryReader reader(fp.get());
+  int lowerBound = 0, itemCount = 0;
+  if (!reader.ReadInt(&lowerBound) || !reader.ReadInt(&itemCount) || lowerBound < 0) {
+    return false;
+  }
+  // A short file keeps only the states it really holds.
+  const int64_t present = (size - kStatesOffset) / kStateBytes;
+  int64_t states = int64_t{lowerBound} + 1;
+  if (states > present) states = present;
+  if (states < 1) states = 1;
+  state* data = static_cast<state*>(malloc(static_cast<size_t>(states) * sizeof(state)));
+  if (data == nullptr) return false;
+  memset(data, 0xff, static_cast<size_t>(states) * sizeof(state));
+
+  rewind(fp.get());
+  const bool ok = reader.ReadInts(m_charset, kCharCodes) == size_t{kCharCodes} &&
+                  fseek(fp.get(), kStatesOffset, SEEK_SET) == 0;
+  reader.ReadRecords(data, static_cast<size_t>(states));
+  if (!ok) {
+    free(data);
+    for (int& index : m_charset) index = -1;
+    return false;
+  }
+  free(m_pData);
+  m_pData = data;
+  m_nLength = static_cast<int>(states);
+  m_nLowerBound = static_cast<int>(states - 1);
+  m_nItemCount = itemCount;
+  m_charsetSize = 0;
+  for (const int index : m_charset) m_charsetSize += index >= 0;
+  return true;
+}
+
+bool CPDAT::Save(const char* path) const {
+  FilePtr fp = OpenFile(path, "wb");
+  if (!fp) return false;
+  BinaryWriter writer(fp.get());
+  writer.WriteInts(m_charset, kCharCodes);
+  writer.WriteInt(m_nLowerBound);
+  writer.WriteInt(m_nItemCount);
+  if (m_pData != nullptr) {
+    const int states = m_nLowerBound + 1 < m_nLength ? m_nLowerBound + 1 : m_nLength;
+    writer.WriteRecords(m_pData, static_cast<size_t>(states));
+  }
+  return writer.ok() && fflush(fp.get()) == 0;
+}
+
+bool CPDAT::Export(const char* path) const {
+  FilePtr fp = OpenFile(path, "wb");
+  if (!fp) return false;
+  FILE* out = fp.get();
+  fprintf(out, "LowerBound=%d\nm_LowerChar=%d\tUpperChar=%d\tCharset Size=%d\n",
+          m_nLowerBound, m_LowerChar, m_UpperChar, m_charsetSize);
+  fprintf(out, "Char\tCharDec\tRank\tFrequency\n");
+  const int last = m_UpperChar < kCharCodes ? m_UpperChar : kCharCodes - 1;
+  for (int code = m_LowerChar < 0 ? 0 : m_LowerChar; code <= last; ++code) {
+    if (m_charset[code] < 0) continue;
+    char text[3] = {0, 0, 0};
+    if (code > 255) {
+      text[0] = static_cast<char>(code / 256);
+      text[1] = static_cast<char>(code % 256);
+    } else {
+      text[0] = static_cast<char>(code);
+    }
+    fprintf(out, "%d\t%s\t%d\t%d\n", code, text, m_charset[code], m_charsetfreq[code]);
+  }
+  fprintf(out, "nID\tBase\tCheck\tHandle\n");
+  const int states = m_nLowerBound + 1 < m_nLength ? m_nLowerBound + 1 : m_nLength;
+  for (int i = 0; i < states; ++i) {
+    fprintf(out, "%d\t%d\t%d\t%d\n", i, m_pData[i].base, m_pData[i].check,
+            m_pData[i].handle);
+  }
+  return fflush(out) == 0 && !ferror(out);
+}
+
+int CPDAT::NextPiece(const char* text, int pos, int len, int* handle) const {
+  *handle = -1;
+  int pieceLen = 0;
+  int current = kRoot;
+  for (int cur = pos; cur < len;) {
+    int charLen = 0;
+    const int code = GetCharCode(text, cur, len, &charLen);
+    current = Next(current, CharIndex(code));
+    if (current < 0) break;
+    cur += charLen;
+    if (pieceLen == 0) pieceLen = charLen;
+    if (IsWordEnd(current)) {
+      pieceLen = cur - pos;
+      *handle = m_pData[current].handle;
+      if (IsLeaf(current)) break;
+    }
+  }
+  if (pieceLen > 0) return pieceLen;
+
+  // Not even the first character continues from the root. A one-byte
+  // character that is no separator takes the ASCII run that follows it.
+  int charLen = 0;
+  GetCharCode(text, pos, len, &charLen);
+  if (charLen != 1 || IsSeparator(static_cast<unsigned char>(text[pos]))) return charLen;
+  int end = pos + 1;
+  while (end < len) {
+    const unsigned char c = static_cast<unsigned char>(text[end]);
+    if (c == 0 || c > 127 || IsSeparator(c)) break;
+    ++end;
+  }
+  return end - pos;
+}
+
+int CPDAT::MMSegment(const char* text, int** handles, int* handleCapacity, char** out,
+                     int* outCapacity, bool ngram) const {
+  if (text == nullptr) text = "";
+  const size_t total = strlen(text);
+  if (total > INT32_MAX / 4) return 0;
+  const int len = static_cast<int>(total);
+
+  int* handleArray = nullptr;
+  int handleRoom = 0;
+  if (handles != nullptr && handleCapacity != nullptr) {
+    if (*handles == nullptr || *handleCapacity < len + 2) {
+      void* grown = realloc(*handles, (static_cast<size_t>(len) + 2) * sizeof(int));
+      if (grown != nullptr) {
+        *handles = static_cast<int*>(grown);
+        *handleCapacity = len + 2;
+      }
+    }
+    if (*handles != nullptr) {
+      handleArray = *handles;
+      handleRoom = *handleCapacity;
+    }
+  }
+  if (*out == nullptr || *outCapacity < 2 * len + 1) {
+    void* grown = realloc(*out, 3 * static_cast<size_t>(len) + 1);
+    if (grown == nullptr) return 0;
+    *out = static_cast<char*>(grown);
+    *outCapacity = 3 * len + 1;
+  }
+  **out = '\0';
+
+  OutputBuffer output(out, outCapacity);
+  HandleSink sink(handleArray, handleRoom);
+  // Emits text[start, start + n) as a piece; `lower` folds its letters.
+  auto emit = [&](const char* piece, int n, int handle) {
+    sink.Add(handle);
+    return output.AppendPiece(piece, n);
+  };
+  auto emitLooked = [&](const char* piece, int n) { return emit(piece, n, Find(piece, n)); };
+
+  for (int pos = 0; pos < len;) {
+    const unsigned char c = static_cast<unsigned char>(text[pos]);
+    if (ngram && (IsAsciiDigit(c) || IsAsciiLetter(c))) {
+      const bool digits = IsAsciiDigit(c);
+      int run = 1;
+      while (pos + run < len) {
+        const unsigned char next = static_cast<unsigned char>(text[pos + run]);
+        if (digits ? !IsAsciiDigit(next) : !IsAsciiLetter(next)) break;
+        ++run;
+      }
+      const int gram = digits ? 3 : 2;
+      bool ok = true;
+      if (run < gram) {
+        std::string piece(text + pos, run);
+        if (!digits) for (char& ch : piece) ch = static_cast<char>(tolower(ch));
+        ok = emitLooked(piece.data(), run);
+      } else {
+        for (int i = 0; ok && i + gram <= run; ++i) {
+          char piece[3];
+          for (int k = 0; k < gram; ++k) {
+            piece[k] = static_cast<char>(digits ? text[pos + i + k] : tolower(text[pos + i + k]));
+          }
+          ok = emitLooked(piece, gram);
+        }
+      }
+      if (!ok) break;
+      pos += run;
+      continue;
+    }
+    int handle = -1;
+    const int pieceLen = NextPiece(text, pos, len, &handle);
+    if (!emit(text + pos, pieceLen, handle)) break;
+    pos += pieceLen;
+  }
+  return sink.count();
+}
+
+char* CPDAT::MMSegment(const char* text) {
+  MMSegment(text, nullptr, nullptr, &m_sResult, &m_nResultLen, false);
+  return m_sResult;
+}
+
+double CPDAT::FileSegment(const char* inPath, const char* outPath) {
+  char* raw = nullptr;
+  const int size = ReadFile(inPath, &raw);
+  const std::unique_ptr<char[]> text(raw);
+  if (text == nullptr) return 0;
+  FilePtr out = OpenFile(outPath, "wb");
+  if (!out) return 0;
+
+  const clock_t start = clock();
+  fprintf(out.get(), "%s\n", MMSegment(text.get()));
+  clock_t ticks = clock() - start;
+  if (ticks <= 0) ticks = 1;
+  return size / (static_cast<double>(ticks) / 1000000.0) / 1000.0;
+}

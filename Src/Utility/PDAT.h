@@ -1,0 +1,170 @@
+// PDAT.h: a static dictionary of GBK strings stored as a double-array trie.
+//
+// CPDAT maps every word of a word list to an integer handle and answers exact
+// lookups, longest-prefix lookups, all-prefix lookups and forward maximum
+// matching over a whole text. The core dictionary, the field and granularity
+// dictionaries and the code translation tables are all CPDAT files.
+//
+// A dictionary is built once from a word list (AddWordInit, AddWord...,
+// AddWordComplete, or Import from a text file), saved, and later only loaded.
+// Lookups on a loaded dictionary are const and touch no shared mutable state,
+// so any number of threads may query one CPDAT at once.
+//
+// Characters are GBK: a byte from 1 to 127 is one character, any other byte
+// opens a two-byte character whose code is lead * 256 + trail. ASCII letters
+// are folded to lower case, so lookups ignore ASCII case. In byte mode every
+// byte is one character and nothing is folded.
+//
+// The double array: the root is implicit with base 0. A transition from state
+// p (or from the root) on the character with index c goes to t = |base(p)| + c
+// and is valid when check(t) is p (-2 for the root's children). A negative
+// base marks the end of a word whose handle is in `handle`; a state whose base
+// is minus its own index has no children. Unused states are all -1.
+#ifndef ZIVOR_UTILITY_PDAT_H_
+#define ZIVOR_UTILITY_PDAT_H_
+
+// One entry of the double array.
+struct state {
+  int base;    // transition base; negative at a word end
+  int check;   // index of the parent state, -2 under the root, -1 when unused
+  int handle;  // the word's handle at a word end, else -1
+};
+
+// One node of the temporary character tree a build collects words in.
+struct trie_elem {
+  unsigned int node;     // the character code
+  int child_count;       // entries used in `children`
+  trie_elem* children;   // owned array (malloc/realloc)
+  int position;          // the node's state index once packed
+  int check;             // the parent's state index once packed
+  int handle;            // -1 unless a word ends here
+};
+
+class CPDAT {
+ public:
+  // Number of distinct character codes.
+  static constexpr int kCharCodes = 65536;
+
+  explicit CPDAT(bool bByteMode = false);
+  CPDAT(const CPDAT&) = delete;
+  CPDAT& operator=(const CPDAT&) = delete;
+
+  // The highest state index in use.
+  virtual int GetLowerBound() const;
+
+  // Length in bytes of the longest word that is a prefix of the NUL-terminated
+  // s (0 when none); its handle goes to *handle (-1 when none; may be null).
+  virtual int GetMaxWord(const char* s, int* handle) const;
+
+  // Handle of the NUL-terminated word, or -1.
+  virtual int Find(const char* word) const;
+  // Handle of the first len bytes of word, or -1 (also for len 0).
+  virtual int Find(const char* word, unsigned int len) const;
+
+  // Reads a dictionary file. False when the file cannot be opened or is too
+  // damaged to hold a dictionary at all; the previous contents are then kept.
+  virtual bool Load(const char* path);
+  // Writes the dictionary file. False when it cannot be written.
+  virtual bool Save(const char* path) const;
+
+  // Builds the dictionary from a word list: the first whitespace-free token
+  // of each line, handles 1, 2, ... in order; words that `exclude` finds are
+  // left out. Returns the number of words added (0 when the file cannot be
+  // opened).
+  virtual int Import(const char* path, CPDAT* exclude = nullptr);
+
+  virtual ~CPDAT();
+
+  // Placeholders of the virtual interface: AddTrie returns true, GetPos does
+  // nothing.
+  virtual bool AddTrie(const char* word);
+  virtual void GetPos(char* s, int len);
+
+  // Handle of the one-character word with the given code, or -1.
+  int Find(int code) const;
+
+  // Every word that is a prefix of s and longer than minLen bytes, shortest
+  // first: handles and byte lengths are appended to the two caller-owned
+  // arrays, which grow together by 5 entries with realloc when *count reaches
+  // *capacity. *count is reset first. Returns the byte length of the longest
+  // word that is a prefix of s (whatever minLen), 0 when none.
+  int GetWords(const char* s, unsigned int** handles, unsigned int** lengths,
+               unsigned int* capacity, unsigned int* count, int minLen) const;
+
+  int GetItemCount() const;
+  bool IsEmpty() const;
+
+  // Writes a human-readable dump (character table and states).
+  bool Export(const char* path) const;
+
+  // Cuts text into dictionary entries by forward maximum matching; writes the
+  // pieces, each followed by a tab, to the NUL-terminated buffer *out
+  // (grown with realloc as needed). When handles is given, the handle of each
+  // piece that is a word is appended to *handles (grown with realloc to the
+  // text length + 2). In n-gram mode digit runs become overlapping 3-digit
+  // pieces and letter runs overlapping 2-letter pieces. Returns the number of
+  // handles written.
+  int MMSegment(const char* text, int** handles, int* handleCapacity, char** out,
+                int* outCapacity, bool ngram = false) const;
+  // The same into the object's own result buffer; returns that buffer.
+  char* MMSegment(const char* text);
+  // Segments a whole file into outPath. Returns thousands of bytes per second
+  // of processor time, 0 when either file cannot be opened.
+  double FileSegment(const char* inPath, const char* outPath);
+
+  // Starts a build: empties the character tree and the counts.
+  bool AddWordInit();
+  // Adds a word with its handle; adding a word again replaces its handle.
+  bool AddWord(const char* word, int handle);
+  // Packs the collected words into the double array and frees the tree.
+  bool AddWordComplete();
+
+  // Code of the character at s[pos] of the len-byte string s; its length in
+  // bytes (1 or 2) goes to *charLen. -1 (length 0) when pos is outside s.
+  int GetCharCode(const char* s, int pos, int len, int* charLen) const;
+
+  // Whether Import prints a "N\tWORD Completed!" line per word to standard
+  // output (on by default).
+  void SetImportProgress(bool enabled) { m_bImportProgress = enabled; }
+
+ private:
+  friend class PDATPacker;
+
+  // Stands for the root in walks; equals the check of the root's children.
+  static constexpr int kRoot = -2;
+
+  int CharIndex(int code) const;
+  // State reached from `from` (kRoot or a state) on the character index, or
+  // -1 when the transition does not exist or leaves the array.
+  int Next(int from, int index) const;
+  bool IsWordEnd(int s) const { return m_pData[s].base < 0; }
+  bool IsLeaf(int s) const { return m_pData[s].base == -s; }
+
+  // Packing steps (PDATBuild.cpp).
+  void NumberCharacters();
+  bool EnsureLength(int index);
+  void ResetStates();
+  void FreeTree();
+
+  // MMSegment helpers: the byte length of the next piece at text[pos] and its
+  // handle (-1 for none).
+  int NextPiece(const char* text, int pos, int len, int* handle) const;
+
+  trie_elem* m_word_trie;
+  state* m_pData;
+  int m_nLength;
+  int m_nLowerBound;
+  int m_nItemCount;
+  char* m_sResult;
+  int m_nResultLen;
+  int m_charset[kCharCodes];
+  int m_charsetSize;
+  int m_charsetfreq[kCharCodes];
+  int m_freq[kCharCodes];
+  int m_LowerChar;
+  int m_UpperChar;
+  bool m_bByteMode;
+  bool m_bImportProgress = true;
+};
+
+#endif  // ZIVOR_UTILITY_PDAT_H_
