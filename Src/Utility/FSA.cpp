@@ -1,0 +1,228 @@
+#include "Utility/FSA.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+#include "Utility/BinaryIO.h"
+
+namespace {
+
+// Text lines keep at most this many bytes (with the terminating NUL); the
+// rest of a longer line is skipped so that line numbers stay right.
+constexpr size_t kLineSize = 1024;
+
+// The text form declares S and M freely; refuse tables beyond this many
+// transitions (256 MB) rather than trying to allocate them.
+constexpr uint64_t kMaxTransitions = uint64_t{1} << 26;
+
+// Reads one line of fp into line without its line feed. False at the end of
+// the file.
+bool ReadLine(FILE* fp, char (&line)[kLineSize]) {
+  size_t used = 0;
+  int c = getc(fp);
+  if (c == EOF) return false;
+  for (; c != EOF && c != '\n'; c = getc(fp)) {
+    if (used + 1 < kLineSize) line[used++] = static_cast<char>(c);
+  }
+  line[used] = '\0';
+  return true;
+}
+
+// Parses the integer at *cursor, advancing it past the digits. False (cursor
+// unchanged) when no integer starts there after optional blanks. Values
+// beyond the range of long saturate.
+bool ParseInt(const char** cursor, long* value) {
+  char* end = nullptr;
+  const long v = strtol(*cursor, &end, 10);
+  if (end == *cursor) return false;
+  *value = v;
+  *cursor = end;
+  return true;
+}
+
+// The integers among the blank-, tab- or line-end-separated tokens of line;
+// tokens that are not integers are skipped.
+std::vector<long> ParseIntList(const char* line) {
+  std::vector<long> values;
+  const char* const kSeparators = " \t\r\n";
+  for (const char* p = line + strspn(line, kSeparators); *p != '\0';
+       p += strspn(p, kSeparators)) {
+    const size_t token = strcspn(p, kSeparators);
+    const char* cursor = p;
+    long value = 0;
+    if (ParseInt(&cursor, &value) && cursor == p + token) values.push_back(value);
+    p += token;
+  }
+  return values;
+}
+
+// Parses a non-negative count from a header line.
+bool ParseCount(const char* line, long* count) {
+  const char* cursor = line;
+  return ParseInt(&cursor, count) && *count >= 0 && *count <= INT_MAX;
+}
+
+int ClampToInt(long value) {
+  return static_cast<int>(std::clamp<long>(value, INT_MIN, INT_MAX));
+}
+
+// low <= value < high.
+bool InRange(long value, long low, long high) { return value >= low && value < high; }
+
+}  // namespace
+
+CFSA::CFSA() : m_nStateCount(0), m_nInputSetSize(0) {}
+
+CFSA::~CFSA() = default;
+
+void CFSA::Reset(int nStateCount, int nInputSetSize) {
+  m_nStateCount = nStateCount;
+  m_nInputSetSize = nInputSetSize;
+  m_pStateAccepted = std::make_unique<int[]>(nStateCount);  // zeroed
+  m_pPosIdAccepted = std::make_unique<int[]>(nStateCount);
+  m_pTransData = std::make_unique<Row[]>(nStateCount);
+  for (int s = 0; s < nStateCount; ++s) {
+    m_pTransData[s] = std::make_unique<_transitive[]>(nInputSetSize + 1);
+    for (int i = 0; i <= nInputSetSize; ++i) m_pTransData[s][i].state_to = -1;
+  }
+}
+
+void CFSA::MoveFrom(CFSA& other) {
+  m_nStateCount = other.m_nStateCount;
+  m_nInputSetSize = other.m_nInputSetSize;
+  m_pStateAccepted = std::move(other.m_pStateAccepted);
+  m_pPosIdAccepted = std::move(other.m_pPosIdAccepted);
+  m_pTransData = std::move(other.m_pTransData);
+  other.m_nStateCount = 0;
+  other.m_nInputSetSize = 0;
+}
+
+bool CFSA::IsAccepted(int state) const {
+  return state >= 0 && state < m_nStateCount && m_pStateAccepted[state] == 1;
+}
+
+int CFSA::GetAcceptedPosId(int state) const {
+  return state >= 0 && state < m_nStateCount ? m_pPosIdAccepted[state] : 0;
+}
+
+int CFSA::NextState(int state, int symbol) const {
+  if (state < 0 || state >= m_nStateCount || symbol < 0 || symbol >= m_nInputSetSize) {
+    return -1;
+  }
+  return m_pTransData[state][symbol].state_to;
+}
+
+bool CFSA::Load(const char* path) {
+  FilePtr fp = OpenFile(path, "rb");
+  if (!fp) return false;
+  std::error_code error;
+  const uintmax_t fileSize = std::filesystem::file_size(path, error);
+  BinaryReader in(fp.get());
+  int nInputs = 0, nStates = 0;
+  if (error || !in.ReadInt(&nInputs) || !in.ReadInt(&nStates) || nInputs < 0 ||
+      nStates < 0) {
+    return false;
+  }
+  // Check the sizes against the file before allocating anything.
+  const uint64_t cells = uint64_t(nStates) * uint64_t(nInputs);
+  if (cells > kMaxTransitions || 8 + 8 * uint64_t(nStates) + 4 * cells > fileSize) {
+    return false;
+  }
+  CFSA loaded;
+  loaded.Reset(nStates, nInputs);
+  if (in.ReadInts(loaded.m_pStateAccepted.get(), nStates) != size_t(nStates) ||
+      in.ReadInts(loaded.m_pPosIdAccepted.get(), nStates) != size_t(nStates)) {
+    return false;
+  }
+  for (int s = 0; s < nStates; ++s) {
+    _transitive* row = loaded.m_pTransData[s].get();
+    if (in.ReadRecords(row, nInputs) != size_t(nInputs)) return false;
+    for (int i = 0; i < nInputs; ++i) {
+      if (row[i].state_to != -1 && !InRange(row[i].state_to, 0, nStates)) return false;
+    }
+  }
+  MoveFrom(loaded);
+  return true;
+}
+
+bool CFSA::Save(const char* path) const {
+  FilePtr fp = OpenFile(path, "wb");
+  if (!fp) return false;
+  BinaryWriter out(fp.get());
+  out.WriteInt(m_nInputSetSize);
+  out.WriteInt(m_nStateCount);
+  out.WriteInts(m_pStateAccepted.get(), m_nStateCount);
+  out.WriteInts(m_pPosIdAccepted.get(), m_nStateCount);
+  for (int s = 0; s < m_nStateCount; ++s) {
+    out.WriteRecords(m_pTransData[s].get(), m_nInputSetSize);
+  }
+  return out.ok() && fflush(fp.get()) == 0;
+}
+
+bool CFSA::Import(const char* path) {
+  FilePtr fp = OpenFile(path, "r");
+  if (!fp) return false;
+  char line[kLineSize];
+  // Lines 1 to 4: title, S, comment, M.
+  long nStates = 0, nInputs = 0;
+  if (!ReadLine(fp.get(), line) || !ReadLine(fp.get(), line) ||
+      !ParseCount(line, &nStates) || !ReadLine(fp.get(), line) ||
+      !ReadLine(fp.get(), line) || !ParseCount(line, &nInputs) || nStates == 0 ||
+      uint64_t(nStates) * (uint64_t(nInputs) + 1) > kMaxTransitions) {
+    return false;
+  }
+  CFSA built;
+  built.Reset(static_cast<int>(nStates), static_cast<int>(nInputs));
+  // Lines 5 to 9: comment, accepting states, comment, their tag ids, comment.
+  // A file may end anywhere in here.
+  std::vector<long> accepted, tags;
+  if (ReadLine(fp.get(), line) && ReadLine(fp.get(), line)) accepted = ParseIntList(line);
+  if (ReadLine(fp.get(), line) && ReadLine(fp.get(), line)) tags = ParseIntList(line);
+  ReadLine(fp.get(), line);
+  for (size_t i = 0; i < accepted.size(); ++i) {
+    if (!InRange(accepted[i], 0, nStates)) continue;
+    built.m_pStateAccepted[accepted[i]] = 1;
+    built.m_pPosIdAccepted[accepted[i]] = i < tags.size() ? ClampToInt(tags[i]) : 0;
+  }
+  // Every further line: "from input to". Fields that do not parse keep the
+  // previous line's values. The input test admits M itself.
+  long transition[3] = {0, 0, 0};
+  while (ReadLine(fp.get(), line)) {
+    const char* cursor = line;
+    for (long& field : transition) {
+      if (!ParseInt(&cursor, &field)) break;
+    }
+    const auto [from, input, to] = transition;
+    if (InRange(from, 0, nStates) && input >= 0 && input <= nInputs &&
+        InRange(to, 0, nStates)) {
+      built.m_pTransData[from][input].state_to = static_cast<int>(to);
+    }
+  }
+  MoveFrom(built);
+  return true;
+}
+
+bool CFSA::Export(const char* path) const {
+  FilePtr fp = OpenFile(path, "w");
+  if (!fp) return false;
+  FILE* out = fp.get();
+  fprintf(out, "States=%d,Inputs=%d\n", m_nStateCount, m_nInputSetSize);
+  fprintf(out, "Accepting states (state:tag):");
+  for (int s = 0; s < m_nStateCount; ++s) {
+    if (IsAccepted(s)) fprintf(out, " %d:%d", s, m_pPosIdAccepted[s]);
+  }
+  fprintf(out, "\nFrom\tInput\tTo\n");
+  for (int s = 0; s < m_nStateCount; ++s) {
+    for (int i = 0; i < m_nInputSetSize; ++i) {
+      const int to = m_pTransData[s][i].state_to;
+      if (to != -1) fprintf(out, "%d\t%d\t%d\n", s, i, to);
+    }
+  }
+  return fflush(out) == 0 && !ferror(out);
+}
