@@ -1,8 +1,11 @@
-// Global.h: the plain records shared by every stage of the analysis.
+// Global.h: the plain records and process-wide identifiers shared by every
+// stage of the analysis.
 //
 // `word_t` is one atom or word of the atom list, the word lattice and the
 // chosen path; `POS_info` is one tag of a word with its count; `result_t`, the
-// record handed to callers, is declared with the public interface.
+// record handed to callers, is declared with the public interface. The
+// pseudo-word handles are looked up in the core dictionary once, at
+// initialisation, and only read afterwards.
 #ifndef ZIVOR_UTILITY_GLOBAL_H_
 #define ZIVOR_UTILITY_GLOBAL_H_
 
@@ -26,5 +29,23 @@ struct POS_info {
   unsigned char POS_id = kNoTag;  // tag identifier
   int freq = 0;                   // how often the word carries the tag
 };
+
+// Core-dictionary handles of the pseudo-words and fixed words that atoms and
+// path words stand for (-1 while unresolved).
+extern int gSent_StartID;      // 始##始, sentence start
+extern int gSent_EndID;        // 末##末, sentence end
+extern int gUnknown_x_ID;      // 未##串, Latin-letter string
+extern int gUnknown_nr_ID;     // 未##人, person name
+extern int gUnknown_ns_ID;     // 未##地, place name
+extern int gUnknown_nt_ID;     // 未##团, organisation name
+extern int gUnknown_t_ID;      // 未##时, time expression
+extern int gUnknown_m_ID;      // 未##数, number
+extern int gUnknown_nz_ID;     // 未##专, other proper noun
+extern int gQuatation_LD_ID;   // “
+extern int gQuatation_RD_ID;   // ”
+extern int gQuatation_LS_ID;   // ‘
+extern int gQuatation_RS_ID;   // ’
+extern int gPunctation_WP_ID;  // ———, punctuation run
+extern int gOneID;             // 一
 
 #endif  // ZIVOR_UTILITY_GLOBAL_H_

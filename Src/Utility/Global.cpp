@@ -1,0 +1,17 @@
+#include "Utility/Global.h"
+
+int gSent_StartID = -1;
+int gSent_EndID = -1;
+int gUnknown_x_ID = -1;
+int gUnknown_nr_ID = -1;
+int gUnknown_ns_ID = -1;
+int gUnknown_nt_ID = -1;
+int gUnknown_t_ID = -1;
+int gUnknown_m_ID = -1;
+int gUnknown_nz_ID = -1;
+int gQuatation_LD_ID = -1;
+int gQuatation_RD_ID = -1;
+int gQuatation_LS_ID = -1;
+int gQuatation_RS_ID = -1;
+int gPunctation_WP_ID = -1;
+int gOneID = -1;
