@@ -1,0 +1,93 @@
+// POS.h: a tag lexicon, the list of tags (with counts) each dictionary word
+// can bear, indexed by the word's dictionary handle.
+//
+// The same class holds the part-of-speech lexicons of the core, field and
+// granularity dictionaries and the person-name role lexicon; its ids are tag
+// ids of the primary tag map or role ids. A lexicon is built from text with
+// Import, saved once, and afterwards only loaded.
+//
+// Binary file, little-endian, no header: the record count N and the index
+// length B (int32 each); N records of 8 bytes (tag id, 3 zero padding bytes,
+// int32 count), ordered by handle and, within a handle, by tag id; then B
+// index entries (int32 first record, int32 record count; -1, -1 for a handle
+// without tags).
+//
+// Lookups are const and lock-free.
+#ifndef ZIVOR_UTILITY_POS_H_
+#define ZIVOR_UTILITY_POS_H_
+
+#include "Utility/Global.h"
+
+class CPDAT;
+class CPOSmap;
+
+// A range of records belonging to one handle. In CPOS, `start` is the
+// position of the first record and `end` the number of records; both are -1
+// when the handle has none.
+struct index_t {
+  int start;
+  int end;
+};
+
+class CPOS {
+ public:
+  // One tag of one word while a text lexicon is imported.
+  struct POS_elem {
+    unsigned char POS_id;
+    int freq;
+    int handle;
+  };
+
+  // Size in bytes of one record in the file.
+  static constexpr int kRecordBytes = 8;
+
+  CPOS() = default;
+  virtual ~CPOS();
+  CPOS(const CPOS&) = delete;
+  CPOS& operator=(const CPOS&) = delete;
+
+  // Reads a lexicon file, replacing the current tables. False when the file
+  // cannot be opened or its header does not describe tables the file can
+  // hold (negative counts, counts beyond the file's size); the lexicon is
+  // then empty.
+  bool Load(const char* path);
+  bool Save(const char* path) const;
+
+  // Builds the lexicon from a text file of "word tag count" lines (tag names
+  // through `map`, or numeric ids when map is null); words that `dict` does
+  // not know are dropped. Returns the number of records, 0 when the file
+  // cannot be opened.
+  int Import(const char* path, const CPDAT* dict, const CPOSmap* map);
+
+  // Writes a readable dump of both arrays.
+  bool Export(const char* path) const;
+
+  // The records of `handle` and their number in *count; null and 0 when the
+  // handle has none or is outside the index.
+  const POS_info* GetPOS(int handle, int* count) const;
+  // The tag id of the handle's first record (the smallest id), or 255.
+  unsigned char GetPOS(int handle) const;
+
+  int GetSize() const { return m_nSize; }
+  int GetBound() const { return m_nBound; }
+
+  // The sort Import uses: ascending by handle, then tag id. Its partition
+  // keeps the pivot in place unless the element where the scans met is
+  // smaller, so some unordered inputs stay partly unordered; ordered input
+  // stays ordered.
+  static void qksort(POS_elem* records, int low, int high);
+  static int qkpass(POS_elem* records, int low, int high);
+
+ private:
+  void Release();
+  // Fresh arrays of n records (tag 255, count 0) and b index entries
+  // (-1, -1), plus one always-empty entry at position b.
+  bool Allocate(int n, int b);
+
+  POS_info* m_pData = nullptr;
+  int m_nSize = 0;
+  int m_nBound = 0;
+  index_t* m_pIndex = nullptr;
+};
+
+#endif  // ZIVOR_UTILITY_POS_H_
