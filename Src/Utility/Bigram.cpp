@@ -1,0 +1,188 @@
+#include "Utility/Bigram.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "Utility/BinaryIO.h"
+#include "Utility/PDAT.h"
+
+namespace {
+
+// Longest part of an import line that is looked at; the rest is ignored.
+constexpr size_t kMaxLine = 1024;
+
+// Bytes of the header (m_nSize, m_nBound) and of one pair or index record.
+constexpr long kHeaderBytes = 2 * sizeof(int);
+constexpr size_t kRecordBytes = 2 * sizeof(int);
+
+// First size of the import work list.
+constexpr size_t kInitialPairs = 10240;
+
+constexpr bigram_info kNoPair = {-1, 0};
+constexpr index_t kNoRun = {-1, -1};
+
+// One imported pair while importing.
+struct bigram_elem {
+  int handle1;
+  bigram_info pair;
+};
+
+// A malloc'ed array of count copies of fill (null when count is 0).
+template <class Record>
+Record* NewArray(size_t count, const Record& fill) {
+  if (count == 0) return nullptr;
+  auto* records = static_cast<Record*>(malloc(count * sizeof(Record)));
+  if (records == nullptr) throw std::bad_alloc();
+  std::fill(records, records + count, fill);
+  return records;
+}
+
+// An index entry is usable when it is empty (start -1 or start > end) or
+// lies inside the size pairs.
+bool IsValidRun(const index_t& run, int size) {
+  if (run.start == -1 || run.start > run.end) return true;
+  return run.start >= 0 && run.end < size;
+}
+
+}  // namespace
+
+CBigram::CBigram() : m_nSize(0), m_pData(nullptr), m_nBound(0), m_pIndex(nullptr) {}
+
+CBigram::~CBigram() {
+  free(m_pData);
+  free(m_pIndex);
+}
+
+void CBigram::Replace(int size, bigram_info* data, int bound, index_t* index) {
+  free(m_pData);
+  free(m_pIndex);
+  m_nSize = size;
+  m_pData = data;
+  m_nBound = bound;
+  m_pIndex = index;
+}
+
+int CBigram::GetFreq(int handle1, int handle2) const {
+  if (handle1 < 0 || handle2 < 0 || handle1 > m_nBound || handle2 > m_nBound) return 0;
+  if (handle1 == m_nBound) return 0;  // the index has no entry for it
+  const index_t& run = m_pIndex[handle1];
+  if (run.start == -1 || run.start > run.end) return 0;
+  // Lower bound of handle2 within the run.
+  int start = run.start;
+  int end = run.end;
+  while (start <= end) {
+    const int middle = (start + end) / 2;
+    if (handle2 <= m_pData[middle].handle2) {
+      end = middle - 1;
+    } else {
+      start = middle + 1;
+    }
+  }
+  if (start <= run.end && m_pData[start].handle2 == handle2) return m_pData[start].freq;
+  return 0;
+}
+
+bool CBigram::Load(const char* path) {
+  FilePtr fp = OpenFile(path, "rb");
+  if (!fp) return false;
+  fseek(fp.get(), 0, SEEK_END);
+  const long file_size = ftell(fp.get());
+  rewind(fp.get());
+  if (file_size < kHeaderBytes) return false;
+
+  BinaryReader in(fp.get());
+  int size = 0, bound = 0;
+  if (!in.ReadInt(&size) || !in.ReadInt(&bound) || size < 0 || bound < 0) return false;
+  // Check the counts against the file before allocating for them.
+  const size_t records = static_cast<size_t>(file_size - kHeaderBytes) / kRecordBytes;
+  if (static_cast<size_t>(size) > records ||
+      static_cast<size_t>(bound) > records - static_cast<size_t>(size)) {
+    return false;
+  }
+  bigram_info* data = NewArray(size, kNoPair);
+  index_t* index = NewArray(bound, kNoRun);
+  const bool ok = in.ReadRecords(data, size) == static_cast<size_t>(size) &&
+                  in.ReadRecords(index, bound) == static_cast<size_t>(bound) &&
+                  std::all_of(index, index + bound,
+                              [size](const index_t& run) { return IsValidRun(run, size); });
+  if (!ok) {
+    free(data);
+    free(index);
+    return false;
+  }
+  Replace(size, data, bound, index);
+  return true;
+}
+
+bool CBigram::Save(const char* path) const {
+  FilePtr fp = OpenFile(path, "wb");
+  if (!fp) return false;
+  BinaryWriter out(fp.get());
+  out.WriteInt(m_nSize);
+  out.WriteInt(m_nBound);
+  out.WriteRecords(m_pData, m_nSize);
+  out.WriteRecords(m_pIndex, m_nBound);
+  return out.ok();
+}
+
+int CBigram::Import(const char* path, const CPDAT* dict) {
+  if (path == nullptr || dict == nullptr) return 0;
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return 0;
+  const int bound = std::max(dict->GetLowerBound(), 0);
+
+  std::vector<bigram_elem> pairs;
+  pairs.reserve(kInitialPairs);
+  std::string line;
+  while (std::getline(in, line)) {
+    if (line.size() > kMaxLine) line.resize(kMaxLine);
+    char token[kMaxLine + 1];
+    int freq = 0;
+    if (sscanf(line.c_str(), "%1024s %d", token, &freq) != 2) continue;
+    char* at = strchr(token, '@');
+    if (at == nullptr) continue;
+    *at = '\0';
+    const int handle1 = dict->Find(token);
+    // A first handle without an index entry could never be looked up.
+    if (handle1 < 0 || handle1 >= bound) continue;
+    pairs.push_back({handle1, {dict->Find(at + 1), freq}});
+  }
+
+  // Stable, so that a pair listed twice keeps its lines in file order and the
+  // lookup finds the first of them.
+  std::stable_sort(pairs.begin(), pairs.end(), [](const bigram_elem& a, const bigram_elem& b) {
+    return a.handle1 != b.handle1 ? a.handle1 < b.handle1 : a.pair.handle2 < b.pair.handle2;
+  });
+  const int size = static_cast<int>(pairs.size());
+  bigram_info* data = NewArray(pairs.size(), kNoPair);
+  index_t* index = NewArray(bound, kNoRun);
+  for (int i = 0; i < size; ++i) {
+    data[i] = pairs[i].pair;
+    index_t& run = index[pairs[i].handle1];
+    if (run.start == -1) run.start = i;
+    run.end = i;
+  }
+  Replace(size, data, bound, index);
+  return m_nSize;
+}
+
+bool CBigram::Export(const char* path) const {
+  FilePtr fp = OpenFile(path, "wb");
+  if (!fp) return false;
+  fprintf(fp.get(), "Data Size=%d,Index Size=%d\n", m_nSize, m_nBound);
+  for (int handle = 0; handle < m_nBound; ++handle) {
+    fprintf(fp.get(), "Handle=%d,Start=%d\tEnd=%d\n", handle, m_pIndex[handle].start,
+            m_pIndex[handle].end);
+  }
+  fputs("****************Data******************", fp.get());
+  for (int i = 0; i < m_nSize; ++i) {
+    fprintf(fp.get(), "handle2=%d\tFreq=%d\n", m_pData[i].handle2, m_pData[i].freq);
+  }
+  return true;
+}

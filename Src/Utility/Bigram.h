@@ -1,0 +1,69 @@
+// Bigram.h: the word-pair frequency table.
+//
+// CBigram gives the corpus frequency of every ordered pair of core-dictionary
+// words, keyed by the two handles. Pairs are stored grouped by first handle
+// and sorted by second handle within a group; an index gives each first
+// handle's run of pairs, so a lookup is one index read and a binary search.
+// The table is built from "word1@word2 count" lines with the dictionary at
+// hand, saved as a raw little-endian file and loaded once at start-up;
+// lookups are const and may run from any number of threads.
+#ifndef ZIVOR_UTILITY_BIGRAM_H_
+#define ZIVOR_UTILITY_BIGRAM_H_
+
+class CPDAT;
+
+// One stored pair: the second word's handle and the pair's frequency.
+struct bigram_info {
+  int handle2;
+  int freq;
+};
+
+// The run of a first handle's pairs in the pair array, both ends inclusive;
+// -1 and -1 when the handle has no pairs.
+struct index_t {
+  int start;
+  int end;
+};
+
+class CBigram {
+ public:
+  CBigram();  // empty: every frequency 0
+  virtual ~CBigram();
+  CBigram(const CBigram&) = delete;
+  CBigram& operator=(const CBigram&) = delete;
+
+  // Frequency of the pair (handle1, handle2); 0 when either handle is
+  // negative or above m_nBound, when handle1 has no pairs (handle1 ==
+  // m_nBound has no index entry and so none), or when the pair is absent.
+  int GetFreq(int handle1, int handle2) const;
+  // Number of stored pairs.
+  int GetItemCount() const { return m_nSize; }
+
+  // Binary file. Load replaces the table; it returns false, keeping the old
+  // table, when the file cannot be opened, its counts do not fit its size or
+  // an index entry points outside the pairs.
+  bool Load(const char* path);
+  bool Save(const char* path) const;
+
+  // Builds the table from "word1@word2 count" lines. The first word must be
+  // known to dict; an unknown second word is kept under handle -1 (such pairs
+  // are never found by GetFreq). Lines without '@' are skipped. Returns the
+  // number of pairs (0 when the file cannot be opened, leaving the table
+  // unchanged).
+  int Import(const char* path, const CPDAT* dict);
+
+  // Writes a readable dump of the index and the pairs. False when the file
+  // cannot be opened.
+  bool Export(const char* path) const;
+
+ private:
+  // Takes ownership of the two malloc'ed arrays.
+  void Replace(int size, bigram_info* data, int bound, index_t* index);
+
+  int m_nSize;           // number of pairs
+  bigram_info* m_pData;  // the pairs, owned (malloc)
+  int m_nBound;          // number of index entries: first handles 0..m_nBound-1
+  index_t* m_pIndex;     // run of each first handle, owned (malloc)
+};
+
+#endif  // ZIVOR_UTILITY_BIGRAM_H_

@@ -1,0 +1,125 @@
+#include "Utility/Unigram.h"
+
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <new>
+#include <string>
+
+#include "Utility/BinaryIO.h"
+#include "Utility/PDAT.h"
+
+namespace {
+
+// Longest part of an import line that is looked at; the rest is ignored.
+constexpr size_t kMaxLine = 1024;
+
+// Bytes of the header: m_nSize, m_nBound, m_nTotal.
+constexpr long kHeaderBytes = 3 * sizeof(int);
+
+// A zero-filled array of bound + 1 frequencies (null when bound is -1).
+int* NewFrequencies(int bound) {
+  if (bound < 0) return nullptr;
+  int* data = static_cast<int*>(calloc(static_cast<size_t>(bound) + 1, sizeof(int)));
+  if (data == nullptr) throw std::bad_alloc();
+  return data;
+}
+
+int ClampToInt(long long value) {
+  if (value > INT_MAX) return INT_MAX;
+  if (value < INT_MIN) return INT_MIN;
+  return static_cast<int>(value);
+}
+
+}  // namespace
+
+CUnigram::CUnigram() : m_nSize(0), m_nBound(-1), m_nTotal(0), m_pData(nullptr) {}
+
+CUnigram::~CUnigram() { free(m_pData); }
+
+void CUnigram::Replace(int size, int bound, int total, int* data) {
+  free(m_pData);
+  m_nSize = size;
+  m_nBound = bound;
+  m_nTotal = total;
+  m_pData = data;
+}
+
+int CUnigram::GetFreq(int handle) const {
+  // m_nSize, the number of imported lines, is the bound the lookups have
+  // always used; m_nBound keeps a damaged file from reading past the array.
+  if (handle < 0 || handle >= m_nSize || handle > m_nBound) return 0;
+  return m_pData[handle];
+}
+
+bool CUnigram::Load(const char* path) {
+  FilePtr fp = OpenFile(path, "rb");
+  if (!fp) return false;
+  fseek(fp.get(), 0, SEEK_END);
+  const long file_size = ftell(fp.get());
+  rewind(fp.get());
+  if (file_size < kHeaderBytes) return false;
+
+  BinaryReader in(fp.get());
+  int header[3];
+  if (in.ReadInts(header, 3) != 3) return false;
+  const int bound = header[1];
+  if (bound < -1) return false;
+  // Check the count against the file before allocating for it.
+  const size_t entries = static_cast<size_t>(bound) + 1;
+  if (entries > static_cast<size_t>(file_size - kHeaderBytes) / sizeof(int)) return false;
+  int* data = NewFrequencies(bound);
+  if (in.ReadInts(data, entries) != entries) {
+    free(data);
+    return false;
+  }
+  Replace(header[0], bound, header[2], data);
+  return true;
+}
+
+bool CUnigram::Save(const char* path) const {
+  FilePtr fp = OpenFile(path, "wb");
+  if (!fp) return false;
+  BinaryWriter out(fp.get());
+  const int header[3] = {m_nSize, m_nBound, m_nTotal};
+  out.WriteInts(header, 3);
+  if (m_pData != nullptr) out.WriteInts(m_pData, static_cast<size_t>(m_nBound) + 1);
+  return out.ok();
+}
+
+int CUnigram::Import(const char* path, const CPDAT* dict) {
+  if (path == nullptr || dict == nullptr) return 0;
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return 0;
+  const int bound = dict->GetLowerBound();
+  int* data = NewFrequencies(bound);
+  int size = 0;
+  long long total = 0;
+  // Frequencies go straight to their handles in file order, so a handle
+  // listed twice keeps the frequency of its last line.
+  std::string line;
+  while (std::getline(in, line)) {
+    if (line.size() > kMaxLine) line.resize(kMaxLine);
+    char word[kMaxLine + 1];
+    int freq = 0;
+    if (sscanf(line.c_str(), "%1024s %d", word, &freq) != 2) continue;
+    const int handle = dict->Find(word);
+    if (handle < 0 || handle > bound) continue;
+    data[handle] = freq;
+    total += freq;
+    ++size;
+  }
+  Replace(size, bound, ClampToInt(total), data);
+  return m_nSize;
+}
+
+bool CUnigram::Export(const char* path) const {
+  FilePtr fp = OpenFile(path, "wb");
+  if (!fp) return false;
+  fprintf(fp.get(), "Item Count=%d,Bound=%d,Total=%d\n", m_nSize, m_nBound, m_nTotal);
+  for (int handle = 0; handle <= m_nBound; ++handle) {
+    if (m_pData[handle] != 0) fprintf(fp.get(), "%d\t%d\n", handle, m_pData[handle]);
+  }
+  return true;
+}
