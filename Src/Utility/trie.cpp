@@ -16,6 +16,11 @@ using trie_elem = CDynamicArry::trie_elem;
 
 constexpr char kDefaultPos[] = "n";
 
+// Character codes are below 65536 (GetCharCode reads at most two bytes).
+constexpr unsigned int kCodeCount = 65536;
+// The root's children are indexed by code from this many on.
+constexpr int kRootIndexMin = 64;
+
 // The white space that separates a word from its tag (that of scanf's %s).
 bool IsBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
@@ -58,9 +63,10 @@ void AppendCode(unsigned int code, std::string* text) {
 // A word ends at the node (a deleted word has handle -1).
 bool HasWord(const trie_elem& e) { return e.handle >= 0; }
 
-// Whether the loaded nodes form a tree below `head`: every link reaches a node
-// no other link reaches (so walks can neither loop nor meet) and every
-// child_count matches its list. Stores the byte length of the deepest path.
+// Whether the loaded nodes form one tree below `head`, as every trie we write
+// does: every link reaches a node no other link reaches (so walks can neither
+// loop nor meet), every node is reached, and every child_count matches its
+// list. Stores the byte length of the deepest path.
 bool CheckTree(const CDynamicArry& nodes, int head, int* depth_bytes) {
   const trie_elem* root = nullptr;
   if (!nodes.GetElem(head, root) || root->nextNode != -1) return false;
@@ -68,6 +74,7 @@ bool CheckTree(const CDynamicArry& nodes, int head, int* depth_bytes) {
   nodes.GetElemNum(count);
   std::vector<bool> seen(static_cast<size_t>(count), false);
   seen[static_cast<size_t>(head)] = true;
+  int reached = 1;
   std::vector<std::pair<int, int>> pending = {{head, 0}};  // node, its depth
   *depth_bytes = 0;
   while (!pending.empty()) {
@@ -80,6 +87,7 @@ bool CheckTree(const CDynamicArry& nodes, int head, int* depth_bytes) {
     for (int c = parent->children; nodes.GetElem(c, child); c = child->nextNode) {
       if (seen[static_cast<size_t>(c)]) return false;
       seen[static_cast<size_t>(c)] = true;
+      ++reached;
       ++children;
       const int child_depth = depth + CodeBytes(child->node);
       *depth_bytes = std::max(*depth_bytes, child_depth);
@@ -87,7 +95,7 @@ bool CheckTree(const CDynamicArry& nodes, int head, int* depth_bytes) {
     }
     if (children != parent->child_count) return false;
   }
-  return true;
+  return reached == count;
 }
 
 }  // namespace
@@ -130,8 +138,23 @@ int CTrie::Locate(int parent, unsigned int code, int& last) const {
 }
 
 int CTrie::Child(int parent, unsigned int code) const {
+  if (parent == m_iHeadIndex && !m_vecRootChild.empty() && code < kCodeCount) {
+    return m_vecRootChild[code];
+  }
   int last;
   return Locate(parent, code, last);
+}
+
+void CTrie::IndexRoot() {
+  m_vecRootChild.clear();
+  const trie_elem* root = Node(m_iHeadIndex);
+  if (root == nullptr || root->child_count < kRootIndexMin) return;
+  m_vecRootChild.assign(kCodeCount, -1);
+  // Walk the list as Locate does, so that the first of equal codes wins.
+  const trie_elem* e = nullptr;
+  for (int i = root->children; m_pDynamicArry->GetElem(i, e); i = e->nextNode) {
+    if (e->node < kCodeCount && m_vecRootChild[e->node] < 0) m_vecRootChild[e->node] = i;
+  }
 }
 
 int CTrie::Walk(const char* word, unsigned int length) const {
@@ -174,6 +197,13 @@ int CTrie::AppendChild(int parent, int last, unsigned int code) {
     Node(last)->nextNode = child;
   }
   ++p->child_count;
+  if (parent == m_iHeadIndex) {
+    if (!m_vecRootChild.empty()) {
+      if (code < kCodeCount) m_vecRootChild[code] = child;
+    } else if (p->child_count >= kRootIndexMin) {
+      IndexRoot();
+    }
+  }
   return child;
 }
 
@@ -201,9 +231,12 @@ int CTrie::BuildTRIE(const char* line, int root) {
   int node = root;
   for (unsigned int i = 0; i < length;) {
     const unsigned int code = static_cast<unsigned int>(GetCharCode(word.data(), i, length));
-    int last;
-    int child = Locate(node, code, last);
-    if (child < 0 && (child = AppendChild(node, last, code)) < 0) return 0;
+    int child = Child(node, code);
+    if (child < 0) {
+      int last;  // the tail of the sibling list
+      Locate(node, code, last);
+      if ((child = AppendChild(node, last, code)) < 0) return 0;
+    }
     node = child;
   }
   m_nMaxWordBytes = std::max(m_nMaxWordBytes, static_cast<int>(length));
@@ -327,6 +360,7 @@ bool CTrie::Load(const char* path) {
   m_nItemDelNum = deletions;
   m_iHeadIndex = head;
   m_nMaxWordBytes = depth;
+  IndexRoot();
   return true;
 }
 

@@ -34,6 +34,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "Utility/DynamicArry.h"
 
@@ -135,6 +136,8 @@ class CTrie {
   // Appends a child with the code to parent after `last`; -1 when memory runs
   // out.
   int AppendChild(int parent, int last, unsigned int code);
+  // Fills m_vecRootChild when the root has enough children to need it.
+  void IndexRoot();
   void SetCurPos(const char* pos);
 
   int m_nItemCount;
@@ -145,6 +148,11 @@ class CTrie {
 
   // Byte length of the deepest path in the trie: no match is longer.
   int m_nMaxWordBytes = 0;
+  // The root's child for each character code once the root has many
+  // children (empty before): the root's sibling list holds one node per
+  // distinct first character, thousands in a real dictionary, and every
+  // lookup starts there. Kept in step by AppendChild and rebuilt by Load.
+  std::vector<int> m_vecRootChild;
   // Guards m_sCurPos.
   mutable std::mutex m_mutexCurPos;
 };
