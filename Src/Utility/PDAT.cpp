@@ -1,5 +1,6 @@
 #include "Utility/PDAT.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdint>
 #include <cstdio>
@@ -276,9 +277,23 @@ bool CPDAT::Load(const char* path) {
   m_nLength = static_cast<int>(states);
   m_nLowerBound = static_cast<int>(states - 1);
   m_nItemCount = itemCount;
-  m_charsetSize = 0;
-  for (const int index : m_charset) m_charsetSize += index >= 0;
+  RecoverCharacterRange();
   return true;
+}
+
+void CPDAT::RecoverCharacterRange() {
+  // The file keeps only the indexes: the counts are gone, the range and the
+  // number of indexed characters follow from the table.
+  memset(m_charsetfreq, 0, sizeof m_charsetfreq);
+  m_charsetSize = 0;
+  m_LowerChar = kCharCodes;
+  m_UpperChar = 0;
+  for (int code = 0; code < kCharCodes; ++code) {
+    if (m_charset[code] < 0) continue;
+    ++m_charsetSize;
+    m_LowerChar = std::min(m_LowerChar, code);
+    m_UpperChar = std::max(m_UpperChar, code);
+  }
 }
 
 bool CPDAT::Save(const char* path) const {

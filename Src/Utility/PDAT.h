@@ -140,6 +140,9 @@ class CPDAT {
   bool IsWordEnd(int s) const { return m_pData[s].base < 0; }
   bool IsLeaf(int s) const { return m_pData[s].base == -s; }
 
+  // After Load: the character range and count that the file does not store.
+  void RecoverCharacterRange();
+
   // Packing steps (PDATBuild.cpp).
   void NumberCharacters();
   bool EnsureLength(int index);

@@ -1,0 +1,454 @@
+#include "Utility/PDAT.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "TestUtil.h"
+#include "Utility/BinaryIO.h"
+
+namespace {
+
+using testutil::Gbk;
+
+// Builds a dictionary giving words[i] the handle i + 1.
+std::unique_ptr<CPDAT> Build(const std::vector<std::string>& words, bool byteMode = false) {
+  auto dict = std::make_unique<CPDAT>(byteMode);
+  dict->AddWordInit();
+  for (size_t i = 0; i < words.size(); ++i) dict->AddWord(words[i].c_str(), int(i) + 1);
+  dict->AddWordComplete();
+  return dict;
+}
+
+std::string SavedBytes(const CPDAT& dict) {
+  testutil::TempDir dir;
+  EXPECT_TRUE(dict.Save(dir.File("d.pdat").c_str()));
+  return testutil::ReadFileBytes(dir.File("d.pdat"));
+}
+
+// Reference packer: the build algorithm taken literally (pending list scanned
+// for the node with most children, bases tried one by one from 1), giving the
+// dictionary file it must produce.
+std::string NaivePdatFile(const std::vector<std::string>& words) {
+  struct Node { int code, handle = -1, pos = 0; std::vector<int> kids; };
+  std::vector<Node> nodes(1);
+  std::vector<int> freq(65536, 0);
+  for (size_t w = 0; w < words.size(); ++w) {
+    const auto& s = words[w];
+    int node = 0;
+    for (size_t i = 0; i < s.size();) {
+      const unsigned char c = s[i];
+      int code = c;
+      if (c >= 128 && i + 1 < s.size()) code = c * 256 + (unsigned char)s[++i];
+      if (code >= 'A' && code <= 'Z') code += 32;
+      ++i;
+      ++freq[code];
+      auto& kids = nodes[node].kids;
+      auto it = std::find_if(kids.begin(), kids.end(), [&](int k) { return nodes[k].code == code; });
+      int next = it != kids.end() ? *it : int(nodes.size());
+      if (it == kids.end()) { nodes[node].kids.push_back(next); nodes.push_back(Node{code, -1, 0, {}}); }
+      if (i == s.size()) nodes[next].handle = int(w) + 1;
+      node = next;
+    }
+  }
+  std::vector<int> charset(65536, -1), order;
+  for (int c = 0; c < 65536; ++c) if (freq[c] > 0) order.push_back(c);
+  std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return freq[a] > freq[b]; });
+  for (size_t i = 0; i < order.size(); ++i) charset[order[i]] = int(i);
+
+  std::vector<std::array<int, 3>> a;  // base, check, handle
+  auto at = [&](int i) -> std::array<int, 3>& {
+    if (i >= int(a.size())) a.resize(i + 1, {-1, -1, -1});
+    return a[i];
+  };
+  auto isFree = [&](int i) { return i >= int(a.size()) || (a[i][0] == -1 && a[i][1] == -1); };
+  int bound = 0;
+  auto place = [&](int k, int pos, int parent) {
+    nodes[k].pos = pos;
+    at(pos)[1] = parent;
+    if (nodes[k].kids.empty()) { at(pos)[0] = -pos; at(pos)[2] = nodes[k].handle; bound = std::max(bound, pos); }
+  };
+  std::vector<int> pending = nodes[0].kids;
+  for (int k : pending) place(k, charset[nodes[k].code], -2);
+  for (;;) {
+    pending.erase(std::remove_if(pending.begin(), pending.end(), [&](int k) { return nodes[k].kids.empty(); }), pending.end());
+    if (pending.empty()) break;
+    size_t sel = 0;
+    for (size_t i = 1; i < pending.size(); ++i)
+      if (nodes[pending[i]].kids.size() > nodes[pending[sel]].kids.size()) sel = i;
+    const Node& n = nodes[pending[sel]];
+    const bool end = n.handle != -1;
+    int b = (n.pos == 1 && end) ? 2 : 1;
+    for (;; ++b) {
+      if (end && b == n.pos) continue;
+      if (std::all_of(n.kids.begin(), n.kids.end(), [&](int k) { return isFree(b + charset[nodes[k].code]); })) break;
+    }
+    at(n.pos)[0] = end ? -b : b;
+    if (end) at(n.pos)[2] = n.handle;
+    bound = std::max(bound, n.pos);
+    const std::vector<int> kids = n.kids;
+    for (int k : kids) place(k, b + charset[nodes[k].code], n.pos);
+    pending[sel] = kids[0];
+    pending.insert(pending.end(), kids.begin() + 1, kids.end());
+  }
+  std::vector<int> ints = charset;
+  ints.push_back(bound);
+  ints.push_back(int(words.size()));
+  for (int i = 0; i <= bound; ++i) for (int v : at(i)) ints.push_back(v);
+  std::string bytes(ints.size() * 4, '\0');
+  for (size_t i = 0; i < ints.size(); ++i) StoreLE32((unsigned char*)&bytes[i * 4], ints[i]);
+  return bytes;
+}
+
+// Random words over an alphabet of GBK characters, ASCII of both cases and
+// (rarely) a lone lead byte at the end.
+std::vector<std::string> RandomWords(unsigned seed, int count, int alphabet) {
+  std::mt19937 rng(seed);
+  std::vector<std::string> symbols = {"a", "B", "b", "7", "x"};
+  for (int i = 0; i < alphabet; ++i) {
+    symbols.push_back({char(0xB0 + i / 94), char(0xA1 + i % 94)});
+  }
+  // 'a' is by far the most frequent character and starts longer words, so no
+  // one-character word becomes the leaf at state 0 (base 0 reads as no word).
+  std::vector<std::string> words = {std::string(1000, 'a') + "b"};
+  while (int(words.size()) < count) {
+    if (!words.empty() && rng() % 10 == 0) {  // duplicates and extensions
+      words.push_back(words[rng() % words.size()] + (rng() % 2 ? "" : symbols[rng() % symbols.size()]));
+      continue;
+    }
+    std::string w;
+    for (int n = 1 + rng() % 5; n > 0; --n) w += symbols[rng() % symbols.size()];
+    if (rng() % 40 == 0) w += '\xC1';
+    words.push_back(w);
+  }
+  return words;
+}
+
+TEST(PDATTest, PackingMatchesLiteralAlgorithmByteForByte) {
+  const struct { unsigned seed; int count, alphabet; } cases[] = {
+      {1, 2, 3}, {2, 12, 4}, {3, 300, 8}, {4, 800, 60}, {5, 2000, 400}, {6, 1500, 1500}};
+  for (const auto& c : cases) {
+    const auto words = RandomWords(c.seed, c.count, c.alphabet);
+    const auto dict = Build(words);
+    EXPECT_EQ(SavedBytes(*dict), NaivePdatFile(words)) << "seed " << c.seed;
+    // Every word keeps the handle of its last addition, ASCII case folded
+    // (the alphabet has no letters among GBK trail bytes).
+    auto fold = [](std::string w) {
+      for (char& c : w) c = (c >= 'A' && c <= 'Z') ? char(c + 32) : c;
+      return w;
+    };
+    for (size_t i = 0; i < words.size(); ++i) {
+      const auto same = [&](const std::string& w) { return fold(w) == fold(words[i]); };
+      const size_t last = std::find_if(words.rbegin(), words.rend(), same) - words.rbegin();
+      EXPECT_EQ(dict->Find(words[i].c_str()), int(words.size() - last)) << words[i];
+    }
+  }
+}
+
+class SmallDictTest : public ::testing::Test {
+ protected:
+  // Handles: 中 1, 中国 2, 中国人 3, 人民 4, 人 5, Hello 6, 国 7,
+  // 中华人民共和国 8, 工人 9. Character indexes: 人 0, 国 1, 中 2, ...
+  SmallDictTest()
+      : dict_(Build({Gbk("中"), Gbk("中国"), Gbk("中国人"), Gbk("人民"), Gbk("人"), "Hello",
+                     Gbk("国"), Gbk("中华人民共和国"), Gbk("工人")})) {}
+  std::unique_ptr<CPDAT> dict_;
+};
+
+TEST_F(SmallDictTest, FindExactWordsOnly) {
+  EXPECT_EQ(dict_->Find(Gbk("中国人").c_str()), 3);
+  EXPECT_EQ(dict_->Find(Gbk("中华人民共和国").c_str()), 8);
+  EXPECT_EQ(dict_->Find(Gbk("中华").c_str()), -1);    // prefix only
+  EXPECT_EQ(dict_->Find(Gbk("中国人民").c_str()), -1);
+  EXPECT_EQ(dict_->Find(Gbk("民").c_str()), -1);      // known character, not a word
+  EXPECT_EQ(dict_->Find(Gbk("好").c_str()), -1);      // character without an index
+  EXPECT_EQ(dict_->Find(""), -1);
+  EXPECT_EQ(dict_->Find(Gbk("中国人").c_str(), 4), 2);  // length-given
+  EXPECT_EQ(dict_->Find(Gbk("中国").c_str(), 0), -1);
+  // ASCII case is folded.
+  EXPECT_EQ(dict_->Find("hello"), 6);
+  EXPECT_EQ(dict_->Find("HELLO"), 6);
+  // A lone lead byte at the end, or a NUL inside a length-given buffer, is
+  // just a character no word has.
+  EXPECT_EQ(dict_->Find((Gbk("中国") + "\xD6").c_str()), -1);
+  EXPECT_EQ(dict_->Find((Gbk("中国") + std::string("\0", 1)).c_str(), 5), -1);
+  EXPECT_EQ(dict_->Find(std::string("\xD6\0\xB9\xFA", 4).c_str(), 4), -1);
+  // One-character words by code; codes out of range give -1.
+  const std::string guo = Gbk("国");
+  EXPECT_EQ(dict_->Find((unsigned char)guo[0] * 256 + (unsigned char)guo[1]), 7);
+  EXPECT_EQ(dict_->Find(-5), -1);
+  EXPECT_EQ(dict_->Find(65536), -1);
+}
+
+TEST_F(SmallDictTest, MaxWordAndAllPrefixWords) {
+  int handle = 0;
+  EXPECT_EQ(dict_->GetMaxWord(Gbk("中国人民").c_str(), &handle), 6);
+  EXPECT_EQ(handle, 3);
+  EXPECT_EQ(dict_->GetMaxWord(Gbk("中华人民").c_str(), &handle), 2);  // stops at 中
+  EXPECT_EQ(handle, 1);
+  EXPECT_EQ(dict_->GetMaxWord(Gbk("好人").c_str(), &handle), 0);
+  EXPECT_EQ(handle, -1);
+  EXPECT_EQ(dict_->GetMaxWord("HELLOworld", nullptr), 5);
+  EXPECT_EQ(dict_->GetMaxWord((Gbk("中国") + "\xB9").c_str(), &handle), 4);
+  EXPECT_EQ(dict_->GetMaxWord("", &handle), 0);
+
+  unsigned int* handles = nullptr;
+  unsigned int* lengths = nullptr;
+  unsigned int capacity = 0, count = 99;
+  EXPECT_EQ(dict_->GetWords(Gbk("中国人民").c_str(), &handles, &lengths, &capacity, &count, 0), 6);
+  ASSERT_EQ(count, 3u);
+  EXPECT_EQ(capacity, 5u);
+  EXPECT_EQ(std::vector<unsigned>(handles, handles + 3), (std::vector<unsigned>{1, 2, 3}));
+  EXPECT_EQ(std::vector<unsigned>(lengths, lengths + 3), (std::vector<unsigned>{2, 4, 6}));
+  // minLen 2 drops the one-character word but not the longest length.
+  EXPECT_EQ(dict_->GetWords(Gbk("中国人").c_str(), &handles, &lengths, &capacity, &count, 2), 6);
+  EXPECT_EQ(count, 2u);
+  EXPECT_EQ(handles[0], 2u);
+  EXPECT_EQ(dict_->GetWords("", &handles, &lengths, &capacity, &count, 0), 0);
+  EXPECT_EQ(count, 0u);
+  free(handles);
+  free(lengths);
+}
+
+TEST(PDATTest, GetWordsGrowsArraysInStepsOfFive) {
+  std::vector<std::string> chain;
+  for (int n = 1; n <= 12; ++n) chain.push_back(std::string(n, 'q'));
+  const auto dict = Build(chain);
+  unsigned int* handles = nullptr;
+  unsigned int* lengths = nullptr;
+  unsigned int capacity = 0, count = 0;
+  EXPECT_EQ(dict->GetWords(std::string(20, 'q').c_str(), &handles, &lengths, &capacity, &count, 0), 12);
+  EXPECT_EQ(count, 12u);
+  EXPECT_EQ(capacity, 15u);
+  for (unsigned i = 0; i < count; ++i) EXPECT_EQ(lengths[i], i + 1);
+  free(handles);
+  free(lengths);
+}
+
+TEST(PDATTest, ByteModeNeitherPairsBytesNorFoldsCase) {
+  const auto dict = Build({"AB", "ab", Gbk("中"), "\xFF\xFE"}, true);
+  EXPECT_EQ(dict->Find("AB"), 1);
+  EXPECT_EQ(dict->Find("ab"), 2);
+  EXPECT_EQ(dict->Find("Ab"), -1);
+  EXPECT_EQ(dict->Find(Gbk("中").c_str()), 3);
+  EXPECT_EQ(dict->Find("\xFF\xFE"), 4);
+  EXPECT_EQ(dict->GetMaxWord((Gbk("中") + "x").c_str(), nullptr), 2);
+  EXPECT_EQ(dict->Find(Gbk("中").substr(0, 1).c_str()), -1);
+}
+
+TEST(PDATTest, HighCodesAndOneCharacterDictionary) {
+  const auto high = Build({"\xFE\x50", "\xFF\xFF", "\xFE\x50\xFF\xFF"});
+  EXPECT_EQ(high->Find("\xFF\xFF"), 2);
+  EXPECT_EQ(high->Find("\xFE\x50\xFF\xFF"), 3);
+  EXPECT_EQ(high->GetMaxWord("\xFE\x50\xFF\xFF\xFF", nullptr), 4);
+
+  const auto single = Build({"x"});
+  EXPECT_EQ(single->Find("x"), -1);  // index 0 as a leaf reads as base 0: no word
+  EXPECT_TRUE(single->IsEmpty());
+  const auto letters = Build({"x", "y", "yz"});
+  EXPECT_EQ(letters->Find("x"), 1);
+  EXPECT_EQ(letters->Find("yz"), 3);
+}
+
+TEST_F(SmallDictTest, SaveLoadKeepsLookupsAndFileSize) {
+  testutil::TempDir dir;
+  const std::string path = dir.File("small.pdat");
+  ASSERT_TRUE(dict_->Save(path.c_str()));
+  EXPECT_EQ(testutil::FileSize(path), 262152 + 12L * (dict_->GetLowerBound() + 1));
+  CPDAT loaded;
+  ASSERT_TRUE(loaded.Load(path.c_str()));
+  EXPECT_EQ(loaded.GetLowerBound(), dict_->GetLowerBound());
+  EXPECT_EQ(loaded.GetItemCount(), 9);
+  for (const char* w : {"中", "中国人", "人民", "中华人民共和国", "中华", "好"}) {
+    EXPECT_EQ(loaded.Find(Gbk(w).c_str()), dict_->Find(Gbk(w).c_str())) << w;
+  }
+  EXPECT_EQ(SavedBytes(loaded), testutil::ReadFileBytes(path));
+  EXPECT_FALSE(loaded.Load(dir.File("missing.pdat").c_str()));
+  EXPECT_EQ(loaded.Find("hello"), 6);  // a failed Load keeps the dictionary
+  EXPECT_FALSE(loaded.Save((dir.File("no-such-dir") + "/x.pdat").c_str()));
+}
+
+// Every lookup on whatever a damaged file left must stay inside the array.
+void ExerciseLookups(CPDAT* dict, unsigned seed) {
+  std::mt19937 rng(seed);
+  for (int i = 0; i < 300; ++i) {
+    std::string s;
+    for (int n = rng() % 12; n > 0; --n) s += char(1 + rng() % 255);
+    int handle;
+    unsigned int *h = nullptr, *l = nullptr, cap = 0, count = 0;
+    EXPECT_LE(dict->GetMaxWord(s.c_str(), &handle), int(s.size()));
+    EXPECT_LE(dict->GetWords(s.c_str(), &h, &l, &cap, &count, 0), int(s.size()));
+    dict->Find(s.c_str());
+    dict->Find(int(rng() % 65536));
+    dict->MMSegment(s.c_str());
+    free(h);
+    free(l);
+  }
+}
+
+TEST_F(SmallDictTest, DamagedFilesNeverLeadOutsideTheArray) {
+  testutil::TempDir dir;
+  const std::string good = SavedBytes(*dict_);
+  const std::string path = dir.File("bad.pdat");
+  std::mt19937 rng(7);
+  auto setInt = [](std::string* b, size_t at, int v) { StoreLE32((unsigned char*)&(*b)[at], v); };
+
+  // Truncated inside the states: what is left loads, the bound shrinks.
+  testutil::WriteFile(path, good.substr(0, good.size() - 30));
+  CPDAT cut;
+  ASSERT_TRUE(cut.Load(path.c_str()));
+  EXPECT_LE(262152 + 12L * (cut.GetLowerBound() + 1), long(good.size()) - 30);
+  ExerciseLookups(&cut, 1);
+
+  // Too short for the header, negative bound: refused.
+  CPDAT refused;
+  testutil::WriteFile(path, good.substr(0, 1000));
+  EXPECT_FALSE(refused.Load(path.c_str()));
+  std::string negative = good;
+  setInt(&negative, 262144, -7);
+  testutil::WriteFile(path, negative);
+  EXPECT_FALSE(refused.Load(path.c_str()));
+
+  // Absurd bound with few states, garbage states and garbage character table.
+  std::string garbage = good;
+  setInt(&garbage, 262144, 0x7FFFFFFF);
+  for (size_t i = 262152; i < garbage.size(); ++i) garbage[i] = char(rng());
+  for (int i = 0; i < 65536; ++i) setInt(&garbage, i * 4, int(rng() % 64) - 8);
+  testutil::WriteFile(path, garbage);
+  CPDAT wild;
+  ASSERT_TRUE(wild.Load(path.c_str()));
+  EXPECT_EQ(wild.GetLowerBound(), int((good.size() - 262152) / 12) - 1);
+  ExerciseLookups(&wild, 2);
+  setInt(&garbage, 262152, int(0x80000000u));  // base INT_MIN
+  testutil::WriteFile(path, garbage);
+  ASSERT_TRUE(wild.Load(path.c_str()));
+  ExerciseLookups(&wild, 3);
+
+  // An object that never loaded or built anything answers nothing.
+  CPDAT fresh;
+  EXPECT_EQ(fresh.Find("a"), -1);
+  ExerciseLookups(&fresh, 4);
+}
+
+std::string Segment(CPDAT* dict, const std::string& text, std::vector<int>* handles = nullptr,
+                    bool ngram = false) {
+  int* h = nullptr;
+  int hcap = 0;
+  char* out = nullptr;
+  int cap = 0;
+  const int n = dict->MMSegment(text.c_str(), handles ? &h : nullptr, &hcap, &out, &cap, ngram);
+  if (handles) handles->assign(h, h + n);
+  std::string result(out);
+  free(h);
+  free(out);
+  return result;
+}
+
+TEST_F(SmallDictTest, MMSegmentCutsLongestMatches) {
+  std::vector<int> handles;
+  EXPECT_EQ(Segment(dict_.get(), "", &handles), "");
+  EXPECT_TRUE(handles.empty());
+  EXPECT_EQ(Segment(dict_.get(), Gbk("中国人民中华人民共和国国"), &handles),
+            Gbk("中国人\t民\t中华人民共和国\t国\t"));
+  EXPECT_EQ(handles, (std::vector<int>{3, 8, 7}));
+  // 中华 is a prefix only: after it fails, 中 alone is emitted with its handle
+  // and scanning restarts at 华, which starts no word.
+  EXPECT_EQ(Segment(dict_.get(), Gbk("中华民"), &handles), Gbk("中\t华\t民\t"));
+  EXPECT_EQ(handles, (std::vector<int>{1}));
+  // Unknown ASCII words stay whole, separators stand alone.
+  EXPECT_EQ(Segment(dict_.get(), "foo,bar baz"), "foo\t,\tbar\t \tbaz\t");
+  EXPECT_EQ(Segment(dict_.get(), "HELLOx" + Gbk("人民")), "HELLO\tx\t" + Gbk("人民") + "\t");
+  EXPECT_EQ(Segment(dict_.get(), "ab" + Gbk("好") + "--"), "ab\t" + Gbk("好") + "\t-\t-\t");
+  EXPECT_EQ(Segment(dict_.get(), Gbk("人") + "\xD6"), Gbk("人") + "\t\xD6\t");
+  EXPECT_EQ(std::string(dict_->MMSegment(Gbk("人民人").c_str())), Gbk("人民\t人\t"));
+}
+
+TEST(PDATTest, MMSegmentNgramMode) {
+  const auto dict = Build({"123", "ab", "9"});
+  std::vector<int> handles;
+  EXPECT_EQ(Segment(dict.get(), "12345 AbC 9 x", &handles, true),
+            "123\t234\t345\t \tab\tbc\t \t9\t \tx\t");
+  EXPECT_EQ(handles, (std::vector<int>{1, 2, 3}));
+  // Long runs produce more output than the default buffer size allows.
+  const std::string digits(5000, '7');
+  EXPECT_EQ(Segment(dict.get(), digits, nullptr, true).size(), 4u * 4998);
+}
+
+TEST(PDATTest, ImportReadsFirstTokenPerLine) {
+  testutil::TempDir dir;
+  const std::string list = dir.File("words.txt");
+  std::string longLine = "tail" + std::string(3100, 'z') + " zzz\r\nlast\r\n";
+  testutil::WriteFile(list, Gbk("中国 n 10\r\n\r\n   \r\n  人民\t5\r\nskip\r\n中国\r\n") + longLine);
+  CPDAT exclude;
+  exclude.SetImportProgress(false);
+  testutil::WriteFile(dir.File("ex.txt"), "skip\n");
+  ASSERT_EQ(exclude.Import(dir.File("ex.txt").c_str()), 1);
+
+  CPDAT dict;
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(dict.Import(list.c_str(), &exclude), 5);
+  const std::string printed = testing::internal::GetCapturedStdout();
+  const std::string head = Gbk("1\t中国 Completed!\n2\t人民 Completed!\n3\t中国 Completed!\n");
+  EXPECT_EQ(printed.substr(0, head.size()), head);
+  EXPECT_EQ(dict.GetItemCount(), 5);
+  EXPECT_EQ(dict.Find(Gbk("中国").c_str()), 3);  // duplicate: the later handle
+  EXPECT_EQ(dict.Find(Gbk("人民").c_str()), 2);
+  EXPECT_EQ(dict.Find("skip"), -1);
+  EXPECT_EQ(dict.Find("last"), 5);  // the long line ends where it should
+  EXPECT_EQ(dict.Find("zzz"), -1);
+  EXPECT_EQ(dict.GetMaxWord(("tail" + std::string(3100, 'z')).c_str(), nullptr), 3071);
+
+  CPDAT empty;
+  testutil::WriteFile(list, "\n\r\n");
+  EXPECT_EQ(empty.Import(list.c_str()), 0);
+  EXPECT_TRUE(empty.IsEmpty());
+  EXPECT_TRUE(empty.Save(list.c_str()));
+  EXPECT_EQ(testutil::FileSize(list), 262152 + 12);
+  EXPECT_EQ(empty.Import(dir.File("missing.txt").c_str()), 0);
+}
+
+TEST_F(SmallDictTest, FileSegmentAndExport) {
+  testutil::TempDir dir;
+  testutil::WriteFile(dir.File("in.txt"), Gbk("中国人民,hello"));
+  EXPECT_GT(dict_->FileSegment(dir.File("in.txt").c_str(), dir.File("out.txt").c_str()), 0);
+  EXPECT_EQ(testutil::ReadFileBytes(dir.File("out.txt")), Gbk("中国人\t民\t,\thello\t\n"));
+  EXPECT_EQ(dict_->FileSegment(dir.File("none.txt").c_str(), dir.File("o.txt").c_str()), 0);
+
+  ASSERT_TRUE(dict_->Export(dir.File("dump.txt").c_str()));
+  const std::string dump = testutil::ReadFileBytes(dir.File("dump.txt"));
+  EXPECT_EQ(dump.find("LowerBound=" + std::to_string(dict_->GetLowerBound()) + "\nm_LowerChar="), 0u);
+  EXPECT_NE(dump.find("\tCharset Size=12\nChar\tCharDec\tRank\tFrequency\n"), std::string::npos);
+  const std::string zhong = Gbk("中");
+  const int code = (unsigned char)zhong[0] * 256 + (unsigned char)zhong[1];
+  EXPECT_NE(dump.find(std::to_string(code) + "\t" + zhong + "\t2\t4\n"), std::string::npos);
+  const size_t states = dump.find("nID\tBase\tCheck\tHandle\n");
+  ASSERT_NE(states, std::string::npos);
+  EXPECT_EQ(std::count(dump.begin() + states, dump.end(), '\n'), dict_->GetLowerBound() + 2);
+}
+
+TEST_F(SmallDictTest, ConcurrentLookupsAgree) {
+  const std::string text = Gbk("中国人民中华人民共和国好人Hello");
+  const int expected = dict_->GetMaxWord(text.c_str(), nullptr);
+  std::vector<std::thread> threads;
+  std::vector<int> mismatches(4, 0);
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&, t] {
+      for (int i = 0; i < 2000; ++i) {
+        mismatches[t] += dict_->GetMaxWord(text.c_str(), nullptr) != expected;
+        mismatches[t] += dict_->Find(Gbk("人民").c_str()) != 4;
+      }
+    });
+  }
+  for (auto& th : threads) th.join();
+  EXPECT_EQ(mismatches, std::vector<int>(4, 0));
+}
+
+}  // namespace
