@@ -1,10 +1,10 @@
 #include "Utility/ContextStat.h"
 
+#include <strings.h>
+
 #include <cstdlib>
 #include <cstring>
 #include <string>
-
-#include <strings.h>
 
 #include "Utility/BinaryIO.h"
 #include "Utility/POSmap.h"

@@ -83,10 +83,10 @@ class CContextStat {
   bool Allocate(int n, bool with_symbols);
   void WriteShow(FILE* fp, const CPOSmap* map) const;
 
-  unsigned char m_nTableLen = 0;      // N
-  char** m_pSymbolTable = nullptr;    // N names of kSymbolNameLen + 1 bytes, or null
-  int** m_aContextArray = nullptr;    // N rows of N counts
-  int* m_aTagFreq = nullptr;          // N counts
+  unsigned char m_nTableLen = 0;    // N
+  char** m_pSymbolTable = nullptr;  // N names of kSymbolNameLen + 1 bytes, or null
+  int** m_aContextArray = nullptr;  // N rows of N counts
+  int* m_aTagFreq = nullptr;        // N counts
   int m_nTotalFreq = 0;
 };
 

@@ -181,8 +181,8 @@ bool CPOS::Load(const char* path) {
   int n = -1, b = -1;
   in.ReadInt(&n);
   in.ReadInt(&b);
-  const long long needed = kHeaderBytes + kRecordBytes * (static_cast<long long>(n) +
-                                                          static_cast<long long>(b));
+  const long long needed =
+      kHeaderBytes + kRecordBytes * (static_cast<long long>(n) + static_cast<long long>(b));
   if (n < 0 || b < 0 || needed > FileSizeOf(fp.get())) return false;
   if (!Allocate(n, b)) return false;
 

@@ -21,16 +21,15 @@
 class CPDAT;
 class CPOSmap;
 
-// A range of records belonging to one handle. In CPOS, `start` is the
-// position of the first record and `end` the number of records; both are -1
-// when the handle has none.
-struct index_t {
-  int start;
-  int end;
-};
-
 class CPOS {
  public:
+  // The records of one handle: `start` is the position of the first record
+  // and `end` the number of records; both are -1 when the handle has none.
+  struct index_t {
+    int start;
+    int end;
+  };
+
   // One tag of one word while a text lexicon is imported.
   struct POS_elem {
     unsigned char POS_id;

@@ -46,9 +46,9 @@ class CPOSmap {
  private:
   void Release();
 
-  char** m_pData = nullptr;         // names by id, each malloc'ed; the slot
-                                    // after the last name is always null
-  unsigned char m_nItemCount = 0;   // number of names
+  char** m_pData = nullptr;        // names by id, each malloc'ed; the slot
+                                   // after the last name is always null
+  unsigned char m_nItemCount = 0;  // number of names
 };
 
 #endif  // ZIVOR_UTILITY_POSMAP_H_

@@ -1,0 +1,310 @@
+#include "Utility/POS.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "TestUtil.h"
+#include "Utility/BinaryIO.h"
+#include "Utility/PDAT.h"
+#include "Utility/POSmap.h"
+
+namespace {
+
+using testutil::Gbk;
+using testutil::Lines;
+using testutil::TempDir;
+
+// Tag ids of the small map below.
+constexpr unsigned char kN = 2, kNs = 3, kV = 4, kUde1 = 5, kR = 6;
+const std::vector<std::string> kTags = {"begin", "end", "n", "ns", "v", "ude1", "r"};
+// Dictionary words get handles 1, 2, ... in this order; handle 0 is no word.
+// 中间 makes 中 the top-ranked character: a one-character word of the
+// top-ranked character would sit in state 0, which cannot mark a word end.
+const std::vector<std::string> kWords = {"中国", "人民", "的", "是", "我们", "中间"};
+
+std::string Int32(int v) {
+  unsigned char b[4];
+  StoreLE32(b, v);
+  return std::string(reinterpret_cast<char*>(b), 4);
+}
+
+std::string Ints(const std::vector<int>& values) {
+  std::string bytes;
+  for (int v : values) bytes += Int32(v);
+  return bytes;
+}
+
+// One stored record with the given padding bytes.
+std::string Record(unsigned char tag, int count,
+                   const std::string& padding = std::string(3, '\0')) {
+  return std::string(1, static_cast<char>(tag)) + padding + Int32(count);
+}
+
+// A test directory with the dictionary (GBK) and the tag map.
+class POSTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::vector<std::string> words;
+    for (const std::string& w : kWords) words.push_back(Gbk(w));
+    testutil::WriteFile(dir_.File("words.txt"), Lines(words));
+    dict_->SetImportProgress(false);
+    ASSERT_EQ(dict_->Import(dir_.File("words.txt").c_str()), 6);
+    ASSERT_TRUE(dict_->Save(dir_.File("dict.pdat").c_str()));
+    testutil::WriteFile(dir_.File("tags.map"), Lines(kTags));
+    ASSERT_TRUE(map_.Load(dir_.File("tags.map").c_str()));
+    for (const std::string& w : kWords) ASSERT_GE(Handle(w), 0) << w;
+  }
+
+  int Handle(const std::string& utf8) const { return dict_->Find(Gbk(utf8).c_str()); }
+
+  // Imports the lines (UTF-8, converted to GBK) with or without the map.
+  int Import(CPOS* pos, const std::vector<std::string>& lines, bool with_map) {
+    testutil::WriteFile(dir_.File("lexicon.txt"), Gbk(Lines(lines)));
+    return pos->Import(dir_.File("lexicon.txt").c_str(), dict_.get(), with_map ? &map_ : nullptr);
+  }
+
+  // The (tag, count) records of a word.
+  std::vector<std::pair<int, int>> Tags(const CPOS& pos, const std::string& word) const {
+    int count = -1;
+    const POS_info* records = pos.GetPOS(Handle(word), &count);
+    std::vector<std::pair<int, int>> tags;
+    for (int i = 0; i < count; ++i) tags.emplace_back(records[i].POS_id, records[i].freq);
+    return tags;
+  }
+
+  using Tagged = std::vector<std::pair<int, int>>;
+
+  TempDir dir_;
+  std::unique_ptr<CPDAT> dict_ = std::make_unique<CPDAT>();
+  CPOSmap map_;
+};
+
+TEST_F(POSTest, ImportSortsEachWordsTagsAndDropsUnknownWords) {
+  CPOS pos;
+  ASSERT_EQ(Import(&pos,
+                   {"中国 ns 50", "人民 n 7", "中国 n 10", "未知 v 3", "的 ude1 100", "我们 R 20",
+                    "是 xx 5"},
+                   true),
+            6);
+  EXPECT_EQ(pos.GetSize(), 6);
+  EXPECT_EQ(pos.GetBound(), dict_->GetLowerBound());
+  EXPECT_EQ(Tags(pos, "中国"), (Tagged{{kN, 10}, {kNs, 50}}));
+  EXPECT_EQ(Tags(pos, "人民"), (Tagged{{kN, 7}}));
+  EXPECT_EQ(Tags(pos, "的"), (Tagged{{kUde1, 100}}));
+  EXPECT_EQ(Tags(pos, "我们"), (Tagged{{kR, 20}}));  // tag names ignore case
+  EXPECT_EQ(Tags(pos, "是"), (Tagged{{255, 5}}));    // unknown tag name
+  // The first tag is the smallest id, not the most frequent one.
+  EXPECT_EQ(pos.GetPOS(Handle("中国")), kN);
+  // Records lie in handle order.
+  int count = 0;
+  EXPECT_EQ(pos.GetPOS(Handle("中国"), &count), pos.GetPOS(Handle("人民"), &count) - 2);
+}
+
+TEST_F(POSTest, LookupsAtAndAroundEveryBound) {
+  CPOS pos;
+  int count = -1;
+  EXPECT_EQ(pos.GetPOS(0, &count), nullptr);  // nothing loaded
+  EXPECT_EQ(count, 0);
+  EXPECT_EQ(pos.GetPOS(0), 255);
+
+  ASSERT_EQ(Import(&pos, {"中国 n 1", "我们 r 2"}, true), 2);
+  const int bound = pos.GetBound();
+  ASSERT_GT(bound, 5);
+  for (int handle : {-1, INT_MIN, 0, Handle("人民"), bound - 1, bound, bound + 1, INT_MAX}) {
+    count = -1;
+    EXPECT_EQ(pos.GetPOS(handle, &count), nullptr) << handle;
+    EXPECT_EQ(count, 0) << handle;
+    EXPECT_EQ(pos.GetPOS(handle), 255) << handle;
+  }
+  EXPECT_EQ(pos.GetPOS(Handle("我们")), kR);
+  EXPECT_NE(pos.GetPOS(Handle("中国"), nullptr), nullptr);
+}
+
+TEST_F(POSTest, ImportWithoutMapReadsNumericIds) {
+  CPOS pos;
+  ASSERT_EQ(Import(&pos, {"中国 29 5", "人民 300 4", "的 -1 3", "是 254 +8"}, false), 4);
+  EXPECT_EQ(Tags(pos, "中国"), (Tagged{{29, 5}}));
+  EXPECT_EQ(Tags(pos, "人民"), (Tagged{{255, 4}}));
+  EXPECT_EQ(Tags(pos, "的"), (Tagged{{255, 3}}));
+  EXPECT_EQ(Tags(pos, "是"), (Tagged{{254, 8}}));
+}
+
+TEST_F(POSTest, LinesWithMissingFieldsReuseWhatThePreviousLineLeft) {
+  CPOS pos;
+  // The blank line reads nothing: the previous word is counted again under
+  // the same tag name, with the count the work list held there (zero).
+  ASSERT_EQ(Import(&pos, {"中国 n 5", "", "人民 v 2"}, true), 3);
+  EXPECT_EQ(Tags(pos, "中国"), (Tagged{{kN, 5}, {kN, 0}}));
+  // A dropped line leaves its values in the slot the next line reuses.
+  ASSERT_EQ(Import(&pos, {"未知 v 9", "中国"}, true), 1);
+  EXPECT_EQ(Tags(pos, "中国"), (Tagged{{kV, 9}}));
+  // Without a map the tag id also stays as the work list held it.
+  ASSERT_EQ(Import(&pos, {"人民 4 5", "", "的 abc 7"}, false), 3);
+  EXPECT_EQ(Tags(pos, "人民"), (Tagged{{0, 0}, {4, 5}}));
+  EXPECT_EQ(Tags(pos, "的"), (Tagged{{0, 0}}));  // a bad id stops the line there
+}
+
+TEST_F(POSTest, PartitionKeepsItsPivotQuirk) {
+  auto keys = [](std::vector<CPOS::POS_elem> records) {
+    CPOS::qksort(records.data(), 0, static_cast<int>(records.size()) - 1);
+    std::vector<std::pair<int, int>> out;
+    for (const auto& r : records) out.emplace_back(r.handle, r.POS_id);
+    return out;
+  };
+  using Keys = std::vector<std::pair<int, int>>;
+  EXPECT_EQ(keys({{0, 0, 5}, {0, 0, 9}, {0, 0, 7}}), (Keys{{5, 0}, {9, 0}, {7, 0}}));
+  EXPECT_EQ(keys({{0, 0, 3}, {0, 0, 1}, {0, 0, 2}}), (Keys{{1, 0}, {2, 0}, {3, 0}}));
+  // Tag ids compare unsigned, handles signed.
+  EXPECT_EQ(keys({{200, 0, 1}, {3, 0, 1}, {0, 0, -1}}), (Keys{{-1, 0}, {1, 3}, {1, 200}}));
+
+  // A handle split into two runs keeps the later run in the index.
+  CPOS pos;
+  ASSERT_EQ(Import(&pos, {"中国 n 1", "人民 n 1", "中国 v 2", "的 n 1"}, true), 4);
+  EXPECT_EQ(Tags(pos, "中国"), (Tagged{{kV, 2}}));
+  EXPECT_EQ(Tags(pos, "人民"), (Tagged{{kN, 1}}));
+  EXPECT_EQ(pos.GetSize(), 4);
+}
+
+TEST_F(POSTest, ImportOfNothingKnownLeavesAnEmptyLexicon) {
+  CPOS pos;
+  EXPECT_EQ(Import(&pos, {"未知 n 1", "另一个 v 2"}, true), 0);
+  EXPECT_EQ(pos.GetSize(), 0);
+  for (int h = 0; h <= pos.GetBound(); ++h) EXPECT_EQ(pos.GetPOS(h), 255);
+  ASSERT_TRUE(pos.Save(dir_.File("empty.pos").c_str()));
+  EXPECT_EQ(testutil::ReadFileBytes(dir_.File("empty.pos")),
+            Ints({0, pos.GetBound()}) + std::string(8 * pos.GetBound(), '\xFF'));
+  EXPECT_EQ(pos.Import(dir_.File("missing.txt").c_str(), dict_.get(), &map_), 0);
+  EXPECT_EQ(pos.Import(dir_.File("lexicon.txt").c_str(), nullptr, &map_), 0);
+}
+
+TEST_F(POSTest, SaveWritesTheLayoutAndLoadReadsItBack) {
+  CPOS pos;
+  ASSERT_EQ(Import(&pos, {"中国 ns 50", "中国 n -10", "我们 r 20"}, true), 3);
+  const std::string path = dir_.File("x.pos");
+  ASSERT_TRUE(pos.Save(path.c_str()));
+  const int bound = pos.GetBound();
+  ASSERT_EQ(testutil::FileSize(path), 8 + 8 * 3 + 8 * bound);
+  const std::string bytes = testutil::ReadFileBytes(path);
+  EXPECT_EQ(bytes.substr(0, 32),
+            Ints({3, bound}) + Record(kN, -10) + Record(kNs, 50) + Record(kR, 20));
+  const int index_at = 32 + 8 * Handle("中国");
+  EXPECT_EQ(bytes.substr(index_at, 8), Ints({0, 2}));
+  EXPECT_EQ(bytes.substr(32, 8), Ints({-1, -1}));  // handle 0
+
+  CPOS back;
+  ASSERT_TRUE(back.Load(path.c_str()));
+  EXPECT_EQ(back.GetSize(), 3);
+  EXPECT_EQ(back.GetBound(), bound);
+  for (const std::string& word : kWords) EXPECT_EQ(Tags(back, word), Tags(pos, word)) << word;
+  ASSERT_TRUE(back.Save(dir_.File("y.pos").c_str()));
+  EXPECT_EQ(testutil::ReadFileBytes(dir_.File("y.pos")), bytes);
+}
+
+TEST_F(POSTest, ExportDumpsIndexThenRecordsExactly) {
+  // Padding bytes are not significant on reading and written as zero.
+  testutil::WriteFile(dir_.File("h.pos"), Ints({3, 3}) + Record(2, 5, "\xAB\xCD\xEF") +
+                                              Record(7, 1) + Record(4, 9) +
+                                              Ints({-1, -1, 0, 2, 2, 1}));
+  CPOS pos;
+  ASSERT_TRUE(pos.Load(dir_.File("h.pos").c_str()));
+  ASSERT_TRUE(pos.Export(dir_.File("h.txt").c_str()));
+  EXPECT_EQ(testutil::ReadFileBytes(dir_.File("h.txt")),
+            "Data Size=3,Index Size=3\n"
+            "Handle=0,Start=-1,Count=-1\n"
+            "Handle=1,Start=0,Count=2\n"
+            "Handle=2,Start=2,Count=1\n"
+            "****************Data******************"
+            "POS=2\tFreq=5\n"
+            "POS=7\tFreq=1\n"
+            "POS=4\tFreq=9\n");
+  ASSERT_TRUE(pos.Save(dir_.File("h2.pos").c_str()));
+  EXPECT_EQ(testutil::ReadFileBytes(dir_.File("h2.pos")).substr(8, 8), Record(2, 5));
+}
+
+TEST_F(POSTest, DamagedFilesNeverGiveRecordsThatDoNotExist) {
+  CPOS pos;
+  auto load = [&](const std::string& bytes) {
+    testutil::WriteFile(dir_.File("d.pos"), bytes);
+    return pos.Load(dir_.File("d.pos").c_str());
+  };
+  EXPECT_FALSE(pos.Load(dir_.File("missing.pos").c_str()));
+  EXPECT_FALSE(load(""));
+  EXPECT_FALSE(load(Int32(0)));
+  EXPECT_FALSE(load(Ints({3, 1}) + Record(1, 1)));                 // records cut short
+  EXPECT_FALSE(load(Ints({1, 2}) + Record(1, 1) + Ints({0, 1})));  // index cut short
+  EXPECT_FALSE(load(Ints({-1, 0})));
+  EXPECT_FALSE(load(Ints({0, -8})));
+  EXPECT_FALSE(load(Ints({INT_MAX, INT_MAX}) + std::string(64, '\0')));
+  EXPECT_EQ(pos.GetSize(), 0);
+  EXPECT_EQ(pos.GetPOS(0), 255);
+
+  // N = 0, B = 0: a valid, empty lexicon.
+  EXPECT_TRUE(load(Ints({0, 0})));
+  EXPECT_EQ(pos.GetPOS(0), 255);
+
+  // Index entries pointing outside the two records give nothing.
+  ASSERT_TRUE(load(Ints({2, 7}) + Record(1, 10) + Record(2, 20) +
+                   Ints({0, 2, 1, 5, -3, 1, 2, 1, 1, INT_MAX, INT_MAX, 1, 1, 0})));
+  int count = -1;
+  const POS_info* records = pos.GetPOS(0, &count);
+  ASSERT_NE(records, nullptr);
+  EXPECT_EQ(count, 2);
+  EXPECT_EQ(records[1].freq, 20);
+  for (int handle = 1; handle <= 8; ++handle) {
+    EXPECT_EQ(pos.GetPOS(handle, &count), nullptr) << handle;
+    EXPECT_EQ(count, 0);
+  }
+  // Trailing bytes are ignored.
+  EXPECT_TRUE(load(Ints({1, 1}) + Record(9, 3) + Ints({0, 1}) + "junk"));
+  EXPECT_EQ(pos.GetPOS(0), 9);
+}
+
+TEST_F(POSTest, DataToolBuildsOrderedLexiconAndExportsIt) {
+  // Out of order and with a repeated pair: the tool orders and sums, so each
+  // word's tags form one run.
+  testutil::WriteFile(
+      dir_.File("lex.txt"),
+      Gbk(Lines({"中国 n 1", "人民 n 1", "中国 v 2", "", "的 ude1 3\r", "中国 n 4", "未知 n 5"})));
+  std::string output;
+  ASSERT_EQ(testutil::RunDataTool({"pos", dir_.File("dict.pdat"), dir_.File("lex.txt"),
+                                   dir_.File("t.pos"), "--map", dir_.File("tags.map")},
+                                  &output),
+            0)
+      << output;
+  EXPECT_NE(output.find("4 records"), std::string::npos) << output;
+  CPOS pos;
+  ASSERT_TRUE(pos.Load(dir_.File("t.pos").c_str()));
+  EXPECT_EQ(Tags(pos, "中国"), (Tagged{{kN, 5}, {kV, 2}}));
+  EXPECT_EQ(Tags(pos, "的"), (Tagged{{kUde1, 3}}));
+  EXPECT_EQ(testutil::FileSize(dir_.File("t.pos.lexicon.tmp")), -1);
+
+  ASSERT_EQ(testutil::RunDataTool({"export", "pos", dir_.File("t.pos"), dir_.File("t.txt")}), 0);
+  ASSERT_TRUE(pos.Export(dir_.File("expected.txt").c_str()));
+  EXPECT_EQ(testutil::ReadFileBytes(dir_.File("t.txt")),
+            testutil::ReadFileBytes(dir_.File("expected.txt")));
+
+  // Numeric ids without a map; bad lines are refused.
+  testutil::WriteFile(dir_.File("ids.txt"), Gbk(Lines({"中国 29 5"})));
+  ASSERT_EQ(testutil::RunDataTool(
+                {"pos", dir_.File("dict.pdat"), dir_.File("ids.txt"), dir_.File("ids.pos")}),
+            0);
+  ASSERT_TRUE(pos.Load(dir_.File("ids.pos").c_str()));
+  EXPECT_EQ(Tags(pos, "中国"), (Tagged{{29, 5}}));
+  for (const char* bad : {"中国 nn 1", "中国 n", "中国 n 1 2", "中国 n x"}) {
+    testutil::WriteFile(dir_.File("bad.txt"), Gbk(Lines({bad})));
+    EXPECT_EQ(testutil::RunDataTool({"pos", dir_.File("dict.pdat"), dir_.File("bad.txt"),
+                                     dir_.File("bad.pos"), "--map", dir_.File("tags.map")}),
+              1)
+        << bad;
+  }
+  testutil::WriteFile(dir_.File("bad.txt"), Gbk(Lines({"中国 255 1"})));
+  EXPECT_EQ(testutil::RunDataTool(
+                {"pos", dir_.File("dict.pdat"), dir_.File("bad.txt"), dir_.File("bad.pos")}),
+            1);
+}
+
+}  // namespace
