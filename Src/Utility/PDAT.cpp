@@ -131,22 +131,28 @@ bool CPDAT::IsEmpty() const { return m_nLowerBound == 0; }
 bool CPDAT::AddTrie(const char* /*word*/) { return true; }
 void CPDAT::GetPos(char* /*s*/, int /*len*/) {}
 
+int CPDAT::CharCode(unsigned char first, unsigned char second, bool last,
+                    int* charLen) const {
+  if (m_bByteMode) {
+    *charLen = 1;
+    return first;
+  }
+  if (last || (first >= 1 && first <= 127)) {
+    *charLen = 1;
+    return (first >= 'A' && first <= 'Z') ? first + 32 : first;
+  }
+  *charLen = 2;
+  return first * 256 + second;
+}
+
 int CPDAT::GetCharCode(const char* s, int pos, int len, int* charLen) const {
   if (s == nullptr || pos < 0 || pos >= len) {
     *charLen = 0;
     return -1;
   }
-  const unsigned char first = static_cast<unsigned char>(s[pos]);
-  if (m_bByteMode) {
-    *charLen = 1;
-    return first;
-  }
-  if (pos + 1 == len || (first >= 1 && first <= 127)) {
-    *charLen = 1;
-    return (first >= 'A' && first <= 'Z') ? first + 32 : first;
-  }
-  *charLen = 2;
-  return first * 256 + static_cast<unsigned char>(s[pos + 1]);
+  const bool last = pos + 1 == len;
+  return CharCode(static_cast<unsigned char>(s[pos]),
+                  last ? 0 : static_cast<unsigned char>(s[pos + 1]), last, charLen);
 }
 
 int CPDAT::CharIndex(int code) const {
@@ -193,25 +199,33 @@ int CPDAT::Find(const char* word, unsigned int len) const {
   return IsWordEnd(current) ? m_pData[current].handle : -1;
 }
 
+template <typename OnWord>
+void CPDAT::WalkPrefixes(const char* s, OnWord&& onWord) const {
+  int current = kRoot;
+  // The string's end is found on the way rather than measured first: the
+  // byte after a character tells whether it is the last one.
+  for (int pos = 0; s[pos] != '\0';) {
+    const unsigned char next = static_cast<unsigned char>(s[pos + 1]);
+    int charLen = 0;
+    const int code =
+        CharCode(static_cast<unsigned char>(s[pos]), next, next == '\0', &charLen);
+    current = Next(current, CharIndex(code));
+    if (current < 0) return;
+    pos += charLen;
+    if (!IsWordEnd(current)) continue;
+    if (!onWord(current, pos) || IsLeaf(current)) return;
+  }
+}
+
 int CPDAT::GetMaxWord(const char* s, int* handle) const {
   if (handle != nullptr) *handle = -1;
   if (s == nullptr) return 0;
-  const size_t total = strlen(s);
-  const int len = total > INT32_MAX ? INT32_MAX : static_cast<int>(total);
   int best = 0;
-  int current = kRoot;
-  for (int pos = 0; pos < len;) {
-    int charLen = 0;
-    const int code = GetCharCode(s, pos, len, &charLen);
-    current = Next(current, CharIndex(code));
-    if (current < 0) break;
-    pos += charLen;
-    if (IsWordEnd(current)) {
-      best = pos;
-      if (handle != nullptr) *handle = m_pData[current].handle;
-      if (IsLeaf(current)) break;
-    }
-  }
+  WalkPrefixes(s, [&](int word, int bytes) {
+    best = bytes;
+    if (handle != nullptr) *handle = m_pData[word].handle;
+    return true;
+  });
   return best;
 }
 
@@ -219,26 +233,16 @@ int CPDAT::GetWords(const char* s, unsigned int** handles, unsigned int** length
                     unsigned int* capacity, unsigned int* count, int minLen) const {
   *count = 0;
   if (s == nullptr) return 0;
-  const size_t total = strlen(s);
-  const int len = total > INT32_MAX ? INT32_MAX : static_cast<int>(total);
   int best = 0;
-  int current = kRoot;
-  for (int pos = 0; pos < len;) {
-    int charLen = 0;
-    const int code = GetCharCode(s, pos, len, &charLen);
-    current = Next(current, CharIndex(code));
-    if (current < 0) break;
-    pos += charLen;
-    if (!IsWordEnd(current)) continue;
-    best = pos;
-    if (pos > minLen) {
-      if (*count >= *capacity && !GrowPair(handles, lengths, capacity, 5)) break;
-      (*handles)[*count] = static_cast<unsigned int>(m_pData[current].handle);
-      (*lengths)[*count] = static_cast<unsigned int>(pos);
-      ++*count;
-    }
-    if (IsLeaf(current)) break;
-  }
+  WalkPrefixes(s, [&](int word, int bytes) {
+    best = bytes;
+    if (bytes <= minLen) return true;
+    if (*count >= *capacity && !GrowPair(handles, lengths, capacity, 5)) return false;
+    (*handles)[*count] = static_cast<unsigned int>(m_pData[word].handle);
+    (*lengths)[*count] = static_cast<unsigned int>(bytes);
+    ++*count;
+    return true;
+  });
   return best;
 }
 

@@ -133,7 +133,15 @@ class CPDAT {
   // Stands for the root in walks; equals the check of the root's children.
   static constexpr int kRoot = -2;
 
+  // Code of a character starting with byte `first`, followed by `second`;
+  // `last` when `first` is the last byte of the text.
+  int CharCode(unsigned char first, unsigned char second, bool last, int* charLen) const;
   int CharIndex(int code) const;
+  // Walks the NUL-terminated s from the root and calls onWord(state, bytes)
+  // at every word end that is a prefix of s; stops after a leaf, at a failed
+  // transition, or when onWord returns false.
+  template <typename OnWord>
+  void WalkPrefixes(const char* s, OnWord&& onWord) const;
   // State reached from `from` (kRoot or a state) on the character index, or
   // -1 when the transition does not exist or leaves the array.
   int Next(int from, int index) const;
