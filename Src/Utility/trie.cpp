@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -16,10 +17,8 @@ using trie_elem = CDynamicArry::trie_elem;
 
 constexpr char kDefaultPos[] = "n";
 
-// Character codes are below 65536 (GetCharCode reads at most two bytes).
-constexpr unsigned int kCodeCount = 65536;
-// The root's children are indexed by code from this many on.
-constexpr int kRootIndexMin = 64;
+// Nodes with this many children or more are looked up through the edge index.
+constexpr int kWideNode = 8;
 
 // The white space that separates a word from its tag (that of scanf's %s).
 bool IsBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
@@ -105,7 +104,8 @@ CTrie::CTrie()
       m_nItemDelNum(0),
       m_sCurPos{},
       m_pDynamicArry(std::make_unique<CDynamicArry>()),
-      m_iHeadIndex(-1) {}
+      m_iHeadIndex(-1),
+      m_pEdgeIndex(std::make_unique<EdgeIndex>()) {}
 
 CTrie::~CTrie() = default;
 
@@ -137,23 +137,81 @@ int CTrie::Locate(int parent, unsigned int code, int& last) const {
   return -1;
 }
 
-int CTrie::Child(int parent, unsigned int code) const {
-  if (parent == m_iHeadIndex && !m_vecRootChild.empty() && code < kCodeCount) {
-    return m_vecRootChild[code];
+// An open-addressing hash table (linear probing, at most half full) from
+// (parent index, character code) to the child's index.
+class CTrie::EdgeIndex {
+ public:
+  int Find(int parent, unsigned int code) const {
+    if (slots_.empty()) return -1;
+    for (size_t i = SlotOf(parent, code);; i = (i + 1) & (slots_.size() - 1)) {
+      const Slot& s = slots_[i];
+      if (s.parent < 0) return -1;
+      if (s.parent == parent && s.code == code) return s.child;
+    }
   }
+
+  // Keeps the first edge for a (parent, code), as a sibling walk would.
+  void Insert(int parent, unsigned int code, int child) {
+    if (2 * (used_ + 1) > slots_.size()) Rehash(std::max<size_t>(64, 2 * slots_.size()));
+    size_t i = SlotOf(parent, code);
+    for (; slots_[i].parent >= 0; i = (i + 1) & (slots_.size() - 1)) {
+      if (slots_[i].parent == parent && slots_[i].code == code) return;
+    }
+    slots_[i] = Slot{parent, code, child};
+    ++used_;
+  }
+
+  void Clear() {
+    slots_.clear();
+    used_ = 0;
+  }
+
+ private:
+  struct Slot {
+    int parent;  // -1 for a free slot
+    unsigned int code;
+    int child;
+  };
+
+  size_t SlotOf(int parent, unsigned int code) const {
+    const uint64_t key = (uint64_t{static_cast<uint32_t>(parent)} << 32) | code;
+    return static_cast<size_t>((key * 0x9E3779B97F4A7C15ull) >> 32) & (slots_.size() - 1);
+  }
+
+  void Rehash(size_t capacity) {
+    std::vector<Slot> old(capacity, Slot{-1, 0, -1});
+    old.swap(slots_);
+    used_ = 0;
+    for (const Slot& s : old) {
+      if (s.parent >= 0) Insert(s.parent, s.code, s.child);
+    }
+  }
+
+  std::vector<Slot> slots_;
+  size_t used_ = 0;
+};
+
+int CTrie::Child(int parent, unsigned int code) const {
+  const trie_elem* p = Node(parent);
+  if (p != nullptr && p->child_count >= kWideNode) return m_pEdgeIndex->Find(parent, code);
   int last;
   return Locate(parent, code, last);
 }
 
-void CTrie::IndexRoot() {
-  m_vecRootChild.clear();
-  const trie_elem* root = Node(m_iHeadIndex);
-  if (root == nullptr || root->child_count < kRootIndexMin) return;
-  m_vecRootChild.assign(kCodeCount, -1);
-  // Walk the list as Locate does, so that the first of equal codes wins.
-  const trie_elem* e = nullptr;
-  for (int i = root->children; m_pDynamicArry->GetElem(i, e); i = e->nextNode) {
-    if (e->node < kCodeCount && m_vecRootChild[e->node] < 0) m_vecRootChild[e->node] = i;
+void CTrie::IndexChildren(int parent) {
+  const trie_elem* e = Node(parent);
+  if (e == nullptr) return;
+  for (int i = e->children; m_pDynamicArry->GetElem(i, e); i = e->nextNode) {
+    m_pEdgeIndex->Insert(parent, e->node, i);
+  }
+}
+
+void CTrie::IndexWideNodes() {
+  m_pEdgeIndex->Clear();
+  int count = 0;
+  m_pDynamicArry->GetElemNum(count);
+  for (int i = 0; i < count; ++i) {
+    if (Node(i)->child_count >= kWideNode) IndexChildren(i);
   }
 }
 
@@ -197,12 +255,10 @@ int CTrie::AppendChild(int parent, int last, unsigned int code) {
     Node(last)->nextNode = child;
   }
   ++p->child_count;
-  if (parent == m_iHeadIndex) {
-    if (!m_vecRootChild.empty()) {
-      if (code < kCodeCount) m_vecRootChild[code] = child;
-    } else if (p->child_count >= kRootIndexMin) {
-      IndexRoot();
-    }
+  if (p->child_count == kWideNode) {
+    IndexChildren(parent);
+  } else if (p->child_count > kWideNode) {
+    m_pEdgeIndex->Insert(parent, code, child);
   }
   return child;
 }
@@ -360,7 +416,7 @@ bool CTrie::Load(const char* path) {
   m_nItemDelNum = deletions;
   m_iHeadIndex = head;
   m_nMaxWordBytes = depth;
-  IndexRoot();
+  IndexWideNodes();
   return true;
 }
 

@@ -34,7 +34,6 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <vector>
 
 #include "Utility/DynamicArry.h"
 
@@ -136,8 +135,10 @@ class CTrie {
   // Appends a child with the code to parent after `last`; -1 when memory runs
   // out.
   int AppendChild(int parent, int last, unsigned int code);
-  // Fills m_vecRootChild when the root has enough children to need it.
-  void IndexRoot();
+  // Puts the children of `parent` into the edge index.
+  void IndexChildren(int parent);
+  // Rebuilds the edge index for every node with many children.
+  void IndexWideNodes();
   void SetCurPos(const char* pos);
 
   int m_nItemCount;
@@ -148,11 +149,13 @@ class CTrie {
 
   // Byte length of the deepest path in the trie: no match is longer.
   int m_nMaxWordBytes = 0;
-  // The root's child for each character code once the root has many
-  // children (empty before): the root's sibling list holds one node per
-  // distinct first character, thousands in a real dictionary, and every
-  // lookup starts there. Kept in step by AppendChild and rebuilt by Load.
-  std::vector<int> m_vecRootChild;
+  // The children of every node with kWideNode children or more, by parent
+  // and character code. Sibling lists are scanned one node at a time, and
+  // some are long: the root holds one child per distinct first character,
+  // thousands in a real dictionary, and common first characters have
+  // hundreds of continuations. Kept in step by AppendChild, rebuilt by Load.
+  class EdgeIndex;
+  std::unique_ptr<EdgeIndex> m_pEdgeIndex;
   // Guards m_sCurPos.
   mutable std::mutex m_mutexCurPos;
 };
