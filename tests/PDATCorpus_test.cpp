@@ -143,32 +143,4 @@ TEST_F(PDATCorpusTest, PrefixLookupsAgreeWithNaiveScan) {
   free(lengths);
 }
 
-TEST_F(PDATCorpusTest, MMSegmentPiecesRebuildTheSentence) {
-  int* handles = nullptr;
-  int handleCapacity = 0;
-  char* out = nullptr;
-  int outCapacity = 0;
-  for (size_t i = 0; i < sentences_.size(); i += 10) {
-    const std::string& sentence = sentences_[i];
-    const int n = dict_->MMSegment(sentence.c_str(), &handles, &handleCapacity, &out,
-                                   &outCapacity, false);
-    std::string joined, piece;
-    std::vector<int> found;
-    for (const char* p = out; *p != '\0'; ++p) {
-      if (*p != '\t') {
-        piece += *p;
-        continue;
-      }
-      joined += piece;
-      if (Expected(piece) != -1) found.push_back(Expected(piece));
-      piece.clear();
-    }
-    EXPECT_TRUE(piece.empty());
-    EXPECT_EQ(joined, sentence);
-    EXPECT_EQ(std::vector<int>(handles, handles + n), found) << testutil::Utf8(sentence);
-  }
-  free(handles);
-  free(out);
-}
-
 }  // namespace

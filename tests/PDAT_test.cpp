@@ -9,7 +9,6 @@
 #include <memory>
 #include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "TestUtil.h"
@@ -432,23 +431,6 @@ TEST_F(SmallDictTest, FileSegmentAndExport) {
   const size_t states = dump.find("nID\tBase\tCheck\tHandle\n");
   ASSERT_NE(states, std::string::npos);
   EXPECT_EQ(std::count(dump.begin() + states, dump.end(), '\n'), dict_->GetLowerBound() + 2);
-}
-
-TEST_F(SmallDictTest, ConcurrentLookupsAgree) {
-  const std::string text = Gbk("中国人民中华人民共和国好人Hello");
-  const int expected = dict_->GetMaxWord(text.c_str(), nullptr);
-  std::vector<std::thread> threads;
-  std::vector<int> mismatches(4, 0);
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([&, t] {
-      for (int i = 0; i < 2000; ++i) {
-        mismatches[t] += dict_->GetMaxWord(text.c_str(), nullptr) != expected;
-        mismatches[t] += dict_->Find(Gbk("人民").c_str()) != 4;
-      }
-    });
-  }
-  for (auto& th : threads) th.join();
-  EXPECT_EQ(mismatches, std::vector<int>(4, 0));
 }
 
 }  // namespace

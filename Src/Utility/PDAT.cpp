@@ -1,14 +1,12 @@
 #include "Utility/PDAT.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "Utility/BinaryIO.h"
@@ -26,6 +24,14 @@ constexpr char kSeparators[] = " \t-_,.:/~#%^*()";
 
 bool IsSeparator(unsigned char c) {
   return c != 0 && strchr(kSeparators, c) != nullptr;
+}
+
+// Size of an open file in bytes, -1 when it cannot be measured.
+long SizeOf(FILE* fp) {
+  if (fseek(fp, 0, SEEK_END) != 0) return -1;
+  const long size = ftell(fp);
+  rewind(fp);
+  return size;
 }
 
 bool IsAsciiDigit(unsigned char c) { return c >= '0' && c <= '9'; }
@@ -48,56 +54,87 @@ bool GrowPair(unsigned int** first, unsigned int** second, unsigned int* capacit
   return true;
 }
 
-// Appends to a caller-owned, realloc-grown, NUL-terminated text buffer.
-class OutputBuffer {
- public:
-  OutputBuffer(char** buffer, int* capacity) : buffer_(buffer), capacity_(capacity) {}
+char FoldAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + 32) : c; }
 
-  // Appends bytes and a tab; false when memory runs out.
-  bool AppendPiece(const char* bytes, int len) {
-    if (!Reserve(used_ + len + 2)) return false;
-    memcpy(*buffer_ + used_, bytes, len);
+// Writes MMSegment pieces: each piece and a tab go to a caller-owned,
+// realloc-grown, NUL-terminated text buffer; the handles of dictionary words
+// go to a caller-owned array sized for the whole text.
+class PieceWriter {
+ public:
+  PieceWriter(char** text, int* textCapacity, int* handles, int handleCapacity)
+      : text_(text), textCapacity_(textCapacity), handles_(handles),
+        handleCapacity_(handleCapacity) {}
+
+  // Appends the piece (handle -1: not a word). False when memory runs out.
+  bool Emit(const char* bytes, int len, int handle) {
+    if (handles_ != nullptr && handle != -1 && handleCount_ < handleCapacity_) {
+      handles_[handleCount_++] = handle;
+    }
+    if (!Reserve(int64_t{used_} + len + 2)) return false;
+    memcpy(*text_ + used_, bytes, len);
     used_ += len;
-    (*buffer_)[used_++] = '\t';
-    (*buffer_)[used_] = '\0';
+    (*text_)[used_++] = '\t';
+    (*text_)[used_] = '\0';
     return true;
   }
 
-  // Makes room for `bytes` bytes in all.
-  bool Reserve(long bytes) {
-    if (*buffer_ != nullptr && bytes <= *capacity_) return true;
-    long wanted = *buffer_ != nullptr && *capacity_ > 0 ? *capacity_ : 16;
+  int handleCount() const { return handleCount_; }
+
+ private:
+  // Makes room for `bytes` bytes in all. Only n-gram pieces can outgrow the
+  // buffer sized from the text.
+  bool Reserve(int64_t bytes) {
+    if (bytes <= *textCapacity_) return true;
+    int64_t wanted = std::max(*textCapacity_, 16);
     while (wanted < bytes) wanted *= 2;
     if (wanted > INT32_MAX) return false;
-    void* grown = realloc(*buffer_, wanted);
+    void* grown = realloc(*text_, static_cast<size_t>(wanted));
     if (grown == nullptr) return false;
-    *buffer_ = static_cast<char*>(grown);
-    *capacity_ = static_cast<int>(wanted);
+    *text_ = static_cast<char*>(grown);
+    *textCapacity_ = static_cast<int>(wanted);
     return true;
   }
 
- private:
-  char** buffer_;
-  int* capacity_;
+  char** text_;
+  int* textCapacity_;
   int used_ = 0;
-};
-
-// Appends to a caller-owned handle array sized for the whole text.
-class HandleSink {
- public:
-  HandleSink(int* handles, int capacity) : handles_(handles), capacity_(capacity) {}
-  void Add(int handle) {
-    if (handles_ != nullptr && handle != -1 && count_ < capacity_) {
-      handles_[count_++] = handle;
-    }
-  }
-  int count() const { return count_; }
-
- private:
   int* handles_;
-  int capacity_;
-  int count_ = 0;
+  int handleCapacity_;
+  int handleCount_ = 0;
 };
+
+// Makes *buffer hold at least `count` elements, growing it to
+// `grownCount` with realloc when it is smaller. False when memory runs out.
+template <typename T>
+bool EnsureCapacity(T** buffer, int* capacity, int count, int64_t grownCount) {
+  if (*buffer != nullptr && *capacity >= count) return true;
+  void* grown = realloc(*buffer, static_cast<size_t>(grownCount) * sizeof(T));
+  if (grown == nullptr) return false;
+  *buffer = static_cast<T*>(grown);
+  *capacity = static_cast<int>(grownCount);
+  return true;
+}
+
+// N-gram mode: the ASCII digit or letter run at text[pos] is emitted as
+// overlapping 3-digit or lower-cased 2-letter pieces (a shorter run as one
+// piece), each looked up in dict. Returns the run's length, 0 when memory
+// runs out.
+int EmitNgramRun(const CPDAT& dict, const char* text, int pos, int len, PieceWriter* writer) {
+  const bool digits = IsAsciiDigit(static_cast<unsigned char>(text[pos]));
+  const auto inRun = [digits](char c) {
+    const unsigned char u = static_cast<unsigned char>(c);
+    return digits ? IsAsciiDigit(u) : IsAsciiLetter(u);
+  };
+  int run = 1;
+  while (pos + run < len && inRun(text[pos + run])) ++run;
+  const int gram = std::min(digits ? 3 : 2, run);
+  for (int i = 0; i + gram <= run; ++i) {
+    char piece[3];
+    for (int k = 0; k < gram; ++k) piece[k] = FoldAscii(text[pos + i + k]);
+    if (!writer->Emit(piece, gram, dict.Find(piece, gram))) return 0;
+  }
+  return run;
+}
 
 }  // namespace
 
@@ -249,38 +286,33 @@ int CPDAT::GetWords(const char* s, unsigned int** handles, unsigned int** length
 bool CPDAT::Load(const char* path) {
   FilePtr fp = OpenFile(path, "rb");
   if (!fp) return false;
-  if (fseek(fp.get(), 0, SEEK_END) != 0) return false;
-  const long size = ftell(fp.get());
-  if (size < kStatesOffset || fseek(fp.get(), kCharCodes * 4L, SEEK_SET) != 0) return false;
+  const long size = SizeOf(fp.get());
+  if (size < kStatesOffset) return false;
 
   BinaryReader reader(fp.get());
+  std::vector<int> charset(kCharCodes);
   int lowerBound = 0, itemCount = 0;
-  if (!reader.ReadInt(&lowerBound) || !reader.ReadInt(&itemCount) || lowerBound < 0) {
+  if (reader.ReadInts(charset.data(), kCharCodes) != size_t{kCharCodes} ||
+      !reader.ReadInt(&lowerBound) || !reader.ReadInt(&itemCount) || lowerBound < 0) {
     return false;
   }
-  // A short file keeps only the states it really holds.
+  // A short file keeps only the states it really holds; the array always has
+  // at least the one state an empty dictionary describes.
   const int64_t present = (size - kStatesOffset) / kStateBytes;
-  int64_t states = int64_t{lowerBound} + 1;
-  if (states > present) states = present;
-  if (states < 1) states = 1;
-  state* data = static_cast<state*>(malloc(static_cast<size_t>(states) * sizeof(state)));
+  const int states = static_cast<int>(
+      std::max<int64_t>(1, std::min({int64_t{lowerBound} + 1, present, int64_t{INT32_MAX}})));
+  const size_t bytes = static_cast<size_t>(states) * sizeof(state);
+  state* data = static_cast<state*>(malloc(bytes));
   if (data == nullptr) return false;
-  memset(data, 0xff, static_cast<size_t>(states) * sizeof(state));
-
-  rewind(fp.get());
-  const bool ok = reader.ReadInts(m_charset, kCharCodes) == size_t{kCharCodes} &&
-                  fseek(fp.get(), kStatesOffset, SEEK_SET) == 0;
+  memset(data, 0xff, bytes);
   reader.ReadRecords(data, static_cast<size_t>(states));
-  if (!ok) {
-    free(data);
-    for (int& index : m_charset) index = -1;
-    return false;
-  }
+
   free(m_pData);
   m_pData = data;
-  m_nLength = static_cast<int>(states);
-  m_nLowerBound = static_cast<int>(states - 1);
+  m_nLength = states;
+  m_nLowerBound = states - 1;
   m_nItemCount = itemCount;
+  std::copy(charset.begin(), charset.end(), m_charset);
   RecoverCharacterRange();
   return true;
 }
@@ -384,71 +416,31 @@ int CPDAT::MMSegment(const char* text, int** handles, int* handleCapacity, char*
 
   int* handleArray = nullptr;
   int handleRoom = 0;
-  if (handles != nullptr && handleCapacity != nullptr) {
-    if (*handles == nullptr || *handleCapacity < len + 2) {
-      void* grown = realloc(*handles, (static_cast<size_t>(len) + 2) * sizeof(int));
-      if (grown != nullptr) {
-        *handles = static_cast<int*>(grown);
-        *handleCapacity = len + 2;
-      }
-    }
-    if (*handles != nullptr) {
-      handleArray = *handles;
-      handleRoom = *handleCapacity;
-    }
+  if (handles != nullptr && handleCapacity != nullptr &&
+      EnsureCapacity(handles, handleCapacity, len + 2, len + 2)) {
+    handleArray = *handles;
+    handleRoom = *handleCapacity;
   }
-  if (*out == nullptr || *outCapacity < 2 * len + 1) {
-    void* grown = realloc(*out, 3 * static_cast<size_t>(len) + 1);
-    if (grown == nullptr) return 0;
-    *out = static_cast<char*>(grown);
-    *outCapacity = 3 * len + 1;
+  if (!EnsureCapacity(out, outCapacity, 2 * len + 1, 3 * int64_t{len} + 1)) {
+    return 0;
   }
   **out = '\0';
 
-  OutputBuffer output(out, outCapacity);
-  HandleSink sink(handleArray, handleRoom);
-  // Emits text[start, start + n) as a piece; `lower` folds its letters.
-  auto emit = [&](const char* piece, int n, int handle) {
-    sink.Add(handle);
-    return output.AppendPiece(piece, n);
-  };
-  auto emitLooked = [&](const char* piece, int n) { return emit(piece, n, Find(piece, n)); };
-
+  PieceWriter writer(out, outCapacity, handleArray, handleRoom);
   for (int pos = 0; pos < len;) {
     const unsigned char c = static_cast<unsigned char>(text[pos]);
+    int pieceLen = 0;
     if (ngram && (IsAsciiDigit(c) || IsAsciiLetter(c))) {
-      const bool digits = IsAsciiDigit(c);
-      int run = 1;
-      while (pos + run < len) {
-        const unsigned char next = static_cast<unsigned char>(text[pos + run]);
-        if (digits ? !IsAsciiDigit(next) : !IsAsciiLetter(next)) break;
-        ++run;
-      }
-      const int gram = digits ? 3 : 2;
-      bool ok = true;
-      if (run < gram) {
-        std::string piece(text + pos, run);
-        if (!digits) for (char& ch : piece) ch = static_cast<char>(tolower(ch));
-        ok = emitLooked(piece.data(), run);
-      } else {
-        for (int i = 0; ok && i + gram <= run; ++i) {
-          char piece[3];
-          for (int k = 0; k < gram; ++k) {
-            piece[k] = static_cast<char>(digits ? text[pos + i + k] : tolower(text[pos + i + k]));
-          }
-          ok = emitLooked(piece, gram);
-        }
-      }
-      if (!ok) break;
-      pos += run;
-      continue;
+      pieceLen = EmitNgramRun(*this, text, pos, len, &writer);
+    } else {
+      int handle = -1;
+      pieceLen = NextPiece(text, pos, len, &handle);
+      if (!writer.Emit(text + pos, pieceLen, handle)) pieceLen = 0;
     }
-    int handle = -1;
-    const int pieceLen = NextPiece(text, pos, len, &handle);
-    if (!emit(text + pos, pieceLen, handle)) break;
+    if (pieceLen == 0) break;
     pos += pieceLen;
   }
-  return sink.count();
+  return writer.handleCount();
 }
 
 char* CPDAT::MMSegment(const char* text) {
