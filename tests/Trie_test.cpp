@@ -286,6 +286,7 @@ class DamagedTrieFileTest : public ::testing::Test {
   }
 
   bool LoadsBytes(const std::string& bytes) {
+    std::remove(path_.c_str());  // ext4 flushes a file rewritten in place
     testutil::WriteFile(path_, bytes);
     return trie_.Load(path_.c_str());
   }
@@ -333,20 +334,74 @@ TEST_F(DamagedTrieFileTest, RejectedFileLeavesTheTrieAsItWas) {
   EXPECT_EQ(trie_.Find("ad"), 2);
 }
 
-TEST_F(DamagedTrieFileTest, AnyFieldValueLoadsSafelyOrNotAtAll) {
-  const int values[] = {INT_MIN, -2, -1, 0, 1, 2, 3, 4, 5, 64, INT_MAX};
-  for (size_t offset = 0; offset + 4 <= good_.size(); offset += 4) {
+TEST(TrieFileTest, AnyFieldValueLoadsSafelyOrNotAtAll) {
+  // "a" has nine children, enough to be looked up through the edge index.
+  CTrie source;
+  for (char c = '1'; c <= '9'; ++c) source.AddTrie((std::string("a") + c + " x").c_str());
+  source.AddTrie("b y");
+  testutil::TempDir dir;
+  const std::string path = dir.File("UserDict.pdat");
+  ASSERT_TRUE(source.Save(path.c_str()));
+  const std::string good = testutil::ReadFileBytes(path);
+  const int values[] = {INT_MIN, -2, -1, 0, 1, 2, 3, 9, 11, 12, 64, INT_MAX};
+  CTrie trie;
+  for (size_t offset = 0; offset + 4 <= good.size(); offset += 4) {
     for (int value : values) {
-      if (!LoadsWith(offset, value)) continue;
+      std::string bytes = good;
+      StoreLE32(reinterpret_cast<unsigned char*>(bytes.data()) + offset, value);
+      // A fresh file each time: ext4 flushes a file rewritten in place.
+      std::remove(path.c_str());
+      std::remove(dir.File("dump.txt").c_str());
+      testutil::WriteFile(path, bytes);
+      if (!trie.Load(path.c_str())) continue;
       // Whatever was accepted must answer lookups and dump in bounded time.
       int handle;
-      trie_.Find("ab");
-      trie_.GetMaxWord("acab", &handle);
-      trie_.AddTrie("abc q");
-      EXPECT_TRUE(trie_.Export(dir_.File("dump.txt").c_str()))
+      trie.Find("a5");
+      trie.GetMaxWord("a9b", &handle);
+      trie.AddTrie("a0 q");
+      trie.AddTrie("c q");
+      EXPECT_GE(trie.Find("a0"), 0) << "offset " << offset << " value " << value;
+      EXPECT_TRUE(trie.Export(dir.File("dump.txt").c_str()))
           << "offset " << offset << " value " << value;
     }
   }
+}
+
+TEST(TrieTest, WideSiblingListsKeepInsertionOrderAndFindEveryChild) {
+  CTrie trie;
+  std::string expected_dump;
+  std::vector<std::string> words;
+  for (const char* tail : {"b", "Z", "9", "国", "家", "人", "民", "大", "小", "中", "x"}) {
+    words.push_back("a" + Gbk(tail));
+  }
+  for (size_t i = 0; i < words.size(); ++i) {
+    ASSERT_EQ(trie.AddTrie((words[i] + " t").c_str()), 1);
+    std::string lower = words[i];
+    for (char& c : lower) c = (c >= 'A' && c <= 'Z') ? static_cast<char>(c + 32) : c;
+    expected_dump += lower + "\tt\n";
+    // Every child stays reachable as the list passes the indexed size.
+    for (size_t j = 0; j <= i; ++j) ASSERT_EQ(trie.Find(words[j].c_str()), static_cast<int>(j));
+  }
+  EXPECT_EQ(trie.Find("az"), 1);
+  EXPECT_EQ(trie.Find("ay"), -1);
+  EXPECT_EQ(MaxWord(trie, "a" + Gbk("中国")), 3);
+  EXPECT_EQ(trie.AddTrie("ab u"), 2);
+  EXPECT_EQ(trie.DelTrie("aX"), 10);
+  EXPECT_EQ(trie.Find("ax"), -1);
+
+  testutil::TempDir dir;
+  ASSERT_TRUE(trie.Save(dir.File("u.pdat").c_str()));
+  CTrie loaded;
+  ASSERT_TRUE(loaded.Load(dir.File("u.pdat").c_str()));
+  for (size_t j = 0; j + 1 < words.size(); ++j) {
+    EXPECT_EQ(loaded.Find(words[j].c_str()), static_cast<int>(j));
+  }
+  EXPECT_EQ(loaded.AddTrie("aq v"), 1);
+  EXPECT_EQ(loaded.Find("aQ"), 11);
+  ASSERT_TRUE(trie.Export(dir.File("u.txt").c_str()));
+  expected_dump.replace(expected_dump.find("ab\tt"), 4, "ab\tu");
+  expected_dump.erase(expected_dump.find("ax\tt\n"));
+  EXPECT_EQ(testutil::ReadFileBytes(dir.File("u.txt")), expected_dump);
 }
 
 TEST(TrieTest, ImportKeepsTheFirstLineOfEachWord) {
