@@ -51,8 +51,7 @@ bool ParseInt(const char** cursor, long* value) {
 std::vector<long> ParseIntList(const char* line) {
   std::vector<long> values;
   const char* const kSeparators = " \t\r\n";
-  for (const char* p = line + strspn(line, kSeparators); *p != '\0';
-       p += strspn(p, kSeparators)) {
+  for (const char* p = line + strspn(line, kSeparators); *p != '\0'; p += strspn(p, kSeparators)) {
     const size_t token = strcspn(p, kSeparators);
     const char* cursor = p;
     long value = 0;
@@ -68,9 +67,7 @@ bool ParseCount(const char* line, long* count) {
   return ParseInt(&cursor, count) && *count >= 0 && *count <= INT_MAX;
 }
 
-int ClampToInt(long value) {
-  return static_cast<int>(std::clamp<long>(value, INT_MIN, INT_MAX));
-}
+int ClampToInt(long value) { return static_cast<int>(std::clamp<long>(value, INT_MIN, INT_MAX)); }
 
 // low <= value < high.
 bool InRange(long value, long low, long high) { return value >= low && value < high; }
@@ -125,8 +122,7 @@ bool CFSA::Load(const char* path) {
   const uintmax_t fileSize = std::filesystem::file_size(path, error);
   BinaryReader in(fp.get());
   int nInputs = 0, nStates = 0;
-  if (error || !in.ReadInt(&nInputs) || !in.ReadInt(&nStates) || nInputs < 0 ||
-      nStates < 0) {
+  if (error || !in.ReadInt(&nInputs) || !in.ReadInt(&nStates) || nInputs < 0 || nStates < 0) {
     return false;
   }
   // Check the sizes against the file before allocating anything.
@@ -171,10 +167,9 @@ bool CFSA::Import(const char* path) {
   char line[kLineSize];
   // Lines 1 to 4: title, S, comment, M.
   long nStates = 0, nInputs = 0;
-  if (!ReadLine(fp.get(), line) || !ReadLine(fp.get(), line) ||
-      !ParseCount(line, &nStates) || !ReadLine(fp.get(), line) ||
-      !ReadLine(fp.get(), line) || !ParseCount(line, &nInputs) || nStates == 0 ||
-      uint64_t(nStates) * (uint64_t(nInputs) + 1) > kMaxTransitions) {
+  if (!ReadLine(fp.get(), line) || !ReadLine(fp.get(), line) || !ParseCount(line, &nStates) ||
+      !ReadLine(fp.get(), line) || !ReadLine(fp.get(), line) || !ParseCount(line, &nInputs) ||
+      nStates == 0 || uint64_t(nStates) * (uint64_t(nInputs) + 1) > kMaxTransitions) {
     return false;
   }
   CFSA built;
@@ -199,8 +194,7 @@ bool CFSA::Import(const char* path) {
       if (!ParseInt(&cursor, &field)) break;
     }
     const auto [from, input, to] = transition;
-    if (InRange(from, 0, nStates) && input >= 0 && input <= nInputs &&
-        InRange(to, 0, nStates)) {
+    if (InRange(from, 0, nStates) && input >= 0 && input <= nInputs && InRange(to, 0, nStates)) {
       built.m_pTransData[from][input].state_to = static_cast<int>(to);
     }
   }

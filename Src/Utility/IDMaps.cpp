@@ -80,8 +80,9 @@ bool CIDMaps::Load(const char* sFilename) {
   CIDMaps loaded;
   loaded.m_nSize = static_cast<int>(std::min<uint64_t>(uint64_t(nSize), available / 4));
   const uint64_t afterData = available - 4 * uint64_t(loaded.m_nSize);
-  loaded.m_nBound =
-      loaded.m_nSize < nSize ? 0 : static_cast<int>(std::min<uint64_t>(uint64_t(nBound), afterData / 8));
+  loaded.m_nBound = loaded.m_nSize < nSize
+                        ? 0
+                        : static_cast<int>(std::min<uint64_t>(uint64_t(nBound), afterData / 8));
   loaded.m_pData = std::make_unique<idmaps_info[]>(size_t(loaded.m_nSize));
   loaded.m_pIndex = NoMappings(loaded.m_nBound);
   if (in.ReadRecords(loaded.m_pData.get(), size_t(loaded.m_nSize)) != size_t(loaded.m_nSize) ||
@@ -177,8 +178,8 @@ bool CIDMaps::Import(const char* sFilename1, const char* sFilename2, CPDAT* pDic
   return true;
 }
 
-bool CIDMaps::Export(const char* sFilename, const CWordList* pLeftList,
-                     const CWordList* pRightList, bool bMultipleOnly) const {
+bool CIDMaps::Export(const char* sFilename, const CWordList* pLeftList, const CWordList* pRightList,
+                     bool bMultipleOnly) const {
   FilePtr fp = OpenFile(sFilename, "w");
   if (!fp) return false;
   FILE* out = fp.get();

@@ -61,8 +61,7 @@ class CIDMaps {
   bool Import(const char* sFilename, CPDAT* pDictLeft, CPDAT* pDictRight);
   // The same from two word files read in step: line i of the first is the
   // source of line i of the second.
-  bool Import(const char* sFilename1, const char* sFilename2, CPDAT* pDictLeft,
-              CPDAT* pDictRight);
+  bool Import(const char* sFilename1, const char* sFilename2, CPDAT* pDictLeft, CPDAT* pDictRight);
   // Writes a readable dump of every mapped handle and its targets, with their
   // strings when the word lists are given. With bMultipleOnly, only handles
   // with two or more targets are listed.

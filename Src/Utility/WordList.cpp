@@ -63,8 +63,9 @@ bool CWordList::OffsetsAreValid() const {
                             ? memrchr(m_pWordListBuf, '\0', size_t(m_nWordListDataSize))
                             : nullptr;
   const long lastStart = lastNul ? static_cast<const char*>(lastNul) - m_pWordListBuf : -1;
-  return std::all_of(m_pData.get(), m_pData.get() + size_t(m_nBound) + 1,
-                     [lastStart](int offset) { return offset == -1 || (offset >= 0 && offset <= lastStart); });
+  return std::all_of(m_pData.get(), m_pData.get() + size_t(m_nBound) + 1, [lastStart](int offset) {
+    return offset == -1 || (offset >= 0 && offset <= lastStart);
+  });
 }
 
 bool CWordList::Load(const char* sFilename) {

@@ -28,14 +28,12 @@ int RunIdMap(const std::vector<std::string>& raw);
 
 const DataCommand kWordList{
     "wordlist", "wordlist DICT.pdat WORDS.txt OUT.wordlist [--byte-mode]",
-    "strings of a dictionary's handles, from a word file (first token per line)",
-    RunWordList};
+    "strings of a dictionary's handles, from a word file (first token per line)", RunWordList};
 
-const DataCommand kIdMap{
-    "idmap",
-    "idmap LEFT.pdat RIGHT.pdat (PAIRS.txt | SOURCES.txt TARGETS.txt) OUT.map "
-    "[--left-byte-mode] [--right-byte-mode]",
-    "map from handles of LEFT to handles of RIGHT, from word pairs", RunIdMap};
+const DataCommand kIdMap{"idmap",
+                         "idmap LEFT.pdat RIGHT.pdat (PAIRS.txt | SOURCES.txt TARGETS.txt) OUT.map "
+                         "[--left-byte-mode] [--right-byte-mode]",
+                         "map from handles of LEFT to handles of RIGHT, from word pairs", RunIdMap};
 
 int RunWordList(const std::vector<std::string>& raw) {
   const ArgList args(raw);
@@ -66,9 +64,8 @@ int RunIdMap(const std::vector<std::string>& raw) {
   if (!left || !right) return 1;
   CIDMaps map;
   const bool imported =
-      files.size() == 4
-          ? map.Import(files[2].c_str(), left.get(), right.get())
-          : map.Import(files[2].c_str(), files[3].c_str(), left.get(), right.get());
+      files.size() == 4 ? map.Import(files[2].c_str(), left.get(), right.get())
+                        : map.Import(files[2].c_str(), files[3].c_str(), left.get(), right.get());
   if (!imported) {
     fprintf(stderr, "zivor-data idmap: cannot read the word pairs\n");
     return 1;
