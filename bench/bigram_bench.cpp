@@ -5,7 +5,6 @@
 // adjacent pair are looked up before timing, so the timed loops measure
 // GetFreq alone.
 #include <benchmark/benchmark.h>
-
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,8 +18,8 @@
 #include <vector>
 
 #include "BenchUtil.h"
-#include "Utility/BinaryIO.h"
 #include "Utility/Bigram.h"
+#include "Utility/BinaryIO.h"
 #include "Utility/PDAT.h"
 #include "Utility/Unigram.h"
 

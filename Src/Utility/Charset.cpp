@@ -25,8 +25,7 @@ int FirstCharCode(const char* s) {
 
 }  // namespace
 
-CCharset::CCharset()
-    : m_pData(static_cast<unsigned char*>(calloc(kCodeCount, 1))), m_nSize(0) {
+CCharset::CCharset() : m_pData(static_cast<unsigned char*>(calloc(kCodeCount, 1))), m_nSize(0) {
   if (m_pData == nullptr) throw std::bad_alloc();
 }
 
@@ -37,9 +36,7 @@ int CCharset::GetType(int code) const {
   return m_pData[code];
 }
 
-int CCharset::GetType(const char* s) const {
-  return s == nullptr ? -1 : GetType(FirstCharCode(s));
-}
+int CCharset::GetType(const char* s) const { return s == nullptr ? -1 : GetType(FirstCharCode(s)); }
 
 bool CCharset::Load(const char* path) {
   FilePtr fp = OpenFile(path, "rb");

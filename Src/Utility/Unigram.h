@@ -43,10 +43,10 @@ class CUnigram {
   // Takes ownership of data (bound + 1 frequencies, malloc'ed).
   void Replace(int size, int bound, int total, int* data);
 
-  int m_nSize;    // imported lines of known words; also GetFreq's bound
-  int m_nBound;   // highest handle of the array: it holds m_nBound + 1 entries
-  int m_nTotal;   // sum of the imported frequencies
-  int* m_pData;   // frequency by handle, owned (malloc)
+  int m_nSize;   // imported lines of known words; also GetFreq's bound
+  int m_nBound;  // highest handle of the array: it holds m_nBound + 1 entries
+  int m_nTotal;  // sum of the imported frequencies
+  int* m_pData;  // frequency by handle, owned (malloc)
 };
 
 #endif  // ZIVOR_UTILITY_UNIGRAM_H_

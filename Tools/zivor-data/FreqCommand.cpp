@@ -46,8 +46,7 @@ int RunBigram(const std::vector<std::string>& raw);
 const DataCommand kUnigram{"unigram", "unigram DICT.pdat COUNTS.txt OUT.unig",
                            "word frequency table from \"word count\" lines", RunUnigram};
 const DataCommand kBigram{"bigram", "bigram DICT.pdat PAIRS.txt OUT.big",
-                          "word-pair frequency table from \"word1@word2 count\" lines",
-                          RunBigram};
+                          "word-pair frequency table from \"word1@word2 count\" lines", RunBigram};
 
 int RunUnigram(const std::vector<std::string>& raw) {
   CUnigram unigram;
