@@ -271,6 +271,7 @@ TEST_F(SmallDictTest, SaveLoadKeepsLookupsAndFileSize) {
   }
   EXPECT_EQ(SavedBytes(loaded), testutil::ReadFileBytes(path));
   EXPECT_FALSE(loaded.Load(dir.File("missing.pdat").c_str()));
+  EXPECT_FALSE(loaded.Load(dir.path().c_str()));
   EXPECT_EQ(loaded.Find("hello"), 6);  // a failed Load keeps the dictionary
   EXPECT_FALSE(loaded.Save((dir.File("no-such-dir") + "/x.pdat").c_str()));
 }

@@ -106,7 +106,9 @@ class CPDAT {
   // handles written.
   int MMSegment(const char* text, int** handles, int* handleCapacity, char** out,
                 int* outCapacity, bool ngram = false) const;
-  // The same into the object's own result buffer; returns that buffer.
+  // The same into the object's own result buffer; returns that buffer, valid
+  // until the next call. Unlike the lookups it writes to the object, so it is
+  // not for concurrent use.
   char* MMSegment(const char* text);
   // Segments a whole file into outPath. Returns thousands of bytes per second
   // of processor time, 0 when either file cannot be opened.
