@@ -231,23 +231,26 @@ unsigned int CTrie::MatchLength(const char* text) const {
   return static_cast<unsigned int>(strnlen(text, static_cast<size_t>(m_nMaxWordBytes) + 1));
 }
 
-bool CTrie::CreateRoot() {
-  const int root = m_pDynamicArry->NewElem();
-  trie_elem* e = Node(root);
-  if (e == nullptr) return false;
+int CTrie::NewNode(unsigned int code) {
+  const int index = m_pDynamicArry->NewElem();  // may move every node
+  trie_elem* e = Node(index);
+  if (e == nullptr) return -1;
   *e = trie_elem{};
+  e->node = code;
   e->children = e->handle = e->nextNode = -1;
+  return index;
+}
+
+bool CTrie::CreateRoot() {
+  const int root = NewNode(0);
+  if (root < 0) return false;
   m_iHeadIndex = root;
   return true;
 }
 
 int CTrie::AppendChild(int parent, int last, unsigned int code) {
-  const int child = m_pDynamicArry->NewElem();  // may move every node
-  trie_elem* e = Node(child);
-  if (e == nullptr) return -1;
-  *e = trie_elem{};
-  e->node = code;
-  e->children = e->handle = e->nextNode = -1;
+  const int child = NewNode(code);
+  if (child < 0) return -1;
   trie_elem* p = Node(parent);
   if (last < 0) {
     p->children = child;

@@ -130,6 +130,9 @@ class CTrie {
   int Walk(const char* word, unsigned int length) const;
   // Bytes of a NUL-terminated text that a match can possibly cover.
   unsigned int MatchLength(const char* text) const;
+  // Index of a fresh childless node without a word for the code; -1 when
+  // memory runs out. Pointers to nodes are invalid afterwards.
+  int NewNode(unsigned int code);
   // Creates the root of an empty trie; false when memory runs out.
   bool CreateRoot();
   // Appends a child with the code to parent after `last`; -1 when memory runs
