@@ -15,3 +15,13 @@ int gQuatation_LS_ID = -1;
 int gQuatation_RS_ID = -1;
 int gPunctation_WP_ID = -1;
 int gOneID = -1;
+
+std::string g_sDefaultDir;
+std::string g_sDataPath;
+std::string g_sTagset;
+std::string g_sPOSDelimiter;
+std::string g_sWordBoundary;
+bool g_bWordMerged = false;
+bool g_bNERPerson = false;
+bool g_bPOSTagger = false;
+int g_nPOSPresent = 0;

@@ -10,6 +10,7 @@
 #define ZIVOR_UTILITY_GLOBAL_H_
 
 #include <cstdint>
+#include <string>
 
 #include "API/ZIVOR.h"
 
@@ -47,5 +48,17 @@ extern int gQuatation_LS_ID;   // ‘
 extern int gQuatation_RS_ID;   // ’
 extern int gPunctation_WP_ID;  // ———, punctuation run
 extern int gOneID;             // 一
+
+// Process-wide settings, given their defaults and then read from the
+// configuration by initialisation; analysis only reads them.
+extern std::string g_sDefaultDir;     // the data directory, "<dir>/Data"
+extern std::string g_sDataPath;       // "Data"
+extern std::string g_sTagset;         // file name of tag map 0
+extern std::string g_sPOSDelimiter;   // between a word and its tag (first character used)
+extern std::string g_sWordBoundary;   // after each word
+extern bool g_bWordMerged;            // "Merge": kept, consulted by no stage
+extern bool g_bNERPerson;             // person-name recognition on
+extern bool g_bPOSTagger;             // part-of-speech tagging on
+extern int g_nPOSPresent;             // "POS": kept, consulted by no stage
 
 #endif  // ZIVOR_UTILITY_GLOBAL_H_
