@@ -1,0 +1,48 @@
+// Segment.h: choice of the best word sequence through a sentence's lattice.
+//
+// CSegment scores every path from the sentence-start atom to the sentence-end
+// atom of a word lattice by the product of interpolated bigram probabilities
+// and keeps the single best one as an array of word_t, each carrying its
+// unigram frequency in `value`. It reads the unigram and bigram tables, which
+// are shared and read-only; one instance serves one thread.
+#ifndef ZIVOR_SEGMENT_SEGMENT_H_
+#define ZIVOR_SEGMENT_SEGMENT_H_
+
+#include "Utility/Global.h"
+
+class CPDAT;
+class CUnigram;
+class CBigram;
+
+class CSegment {
+ public:
+  CSegment(CPDAT* coreDict, CUnigram* unigram, CBigram* bigram);
+  virtual ~CSegment();
+  CSegment(const CSegment&) = delete;
+  CSegment& operator=(const CSegment&) = delete;
+
+  // Chooses the best path through the lattice (rowCount rows; row 0 the start
+  // atom, row b + 1 the words starting at byte b, the last row the end atom)
+  // and leaves it in m_pWords. `capacity` bounds the path length (the
+  // sentence's atom count). Returns the number of words on the path.
+  int BiSegment(word_t** lattice, int rowCount, int* rowSizes, int capacity);
+
+  // The chosen path, start atom first and end atom last.
+  word_t* m_pWords = nullptr;
+  int m_nWordCount = 0;
+
+ private:
+  // ln P of word w followed by n (n.value holds F(n)).
+  double TransitionLogProb(const word_t& w, const word_t& n) const;
+  void CopyPath(word_t** lattice, int rowCount, int* rowSizes, int capacity,
+                int** successors);
+
+  CPDAT* m_pCoreDict;
+  CUnigram* m_pUnigram;
+  CBigram* m_pBigram;
+  double m_dSmoothingArg;
+  double m_dTotalFreq;
+  double m_dTotalItem;
+};
+
+#endif  // ZIVOR_SEGMENT_SEGMENT_H_
