@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -37,6 +36,13 @@ long long FileSizeOf(FILE* fp) {
 bool RecordLess(const CPOS::POS_elem& a, const CPOS::POS_elem& b) {
   if (a.handle != b.handle) return a.handle < b.handle;
   return a.POS_id < b.POS_id;
+}
+
+bool StrictlyIncreasing(const CPOS::POS_elem* records, int low, int high) {
+  for (int k = low; k < high; ++k) {
+    if (!RecordLess(records[k], records[k + 1])) return false;
+  }
+  return true;
 }
 
 void EncodeRecord(const POS_info& record, unsigned char* out) {
@@ -278,10 +284,14 @@ int CPOS::qkpass(POS_elem* records, int low, int high) {
 }
 
 void CPOS::qksort(POS_elem* records, int low, int high) {
-  // The two parts left by a pass are disjoint, so sorting the smaller one
-  // first by recursion and the larger one in the loop gives the same result
-  // with a stack depth that stays logarithmic.
   while (low < high) {
+    // Passes over a strictly increasing range move nothing (each returns
+    // low + 1), so such a range is skipped instead of walked in quadratic
+    // time. Equal keys are not skipped: a pass may exchange them.
+    if (StrictlyIncreasing(records, low, high)) return;
+    // The two parts left by a pass are disjoint, so sorting the smaller one
+    // by recursion and the larger one in the loop gives the same result with
+    // a stack depth that stays logarithmic.
     const int p = qkpass(records, low, high);
     if (p - low < high - p) {
       qksort(records, low, p - 1);
