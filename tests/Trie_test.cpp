@@ -333,11 +333,7 @@ TEST(TrieTest, ImportKeepsTheFirstLineOfEachWord) {
 }
 
 TEST(TrieTest, GeneratedDictionaryRoundTripsThroughSaveAndLoad) {
-#if defined(__SANITIZE_ADDRESS__)
-  const size_t kWords = 20000;
-#else
   const size_t kWords = 100000;
-#endif
   const std::vector<std::string> words = GeneratedWords(kWords, 20240601);
   CTrie trie;
   for (size_t i = 0; i < words.size(); ++i) {
