@@ -60,8 +60,8 @@ struct Dictionary {
 };
 
 const Dictionary& Dict() {
-  static const Dictionary* dict = new Dictionary;
-  return *dict;
+  static const Dictionary dict;  // removes its file at exit
+  return dict;
 }
 
 // Resident set size in kB.
