@@ -9,6 +9,9 @@
 #define ZIVOR_API_ZIVOR_H_
 
 #include <stddef.h>
+#ifndef __cplusplus
+#include <stdbool.h>
+#endif
 
 #ifdef __cplusplus
 extern "C" {
@@ -34,10 +37,70 @@ typedef struct result_t {
 #ifdef __cplusplus
 static_assert(sizeof(result_t) == 68, "result_t must be 68 bytes");
 static_assert(offsetof(result_t, weight) == 60, "result_t::weight must be at byte 60");
-#else
+#elif defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
 _Static_assert(sizeof(result_t) == 68, "result_t must be 68 bytes");
 _Static_assert(offsetof(result_t, weight) == 60, "result_t::weight must be at byte 60");
 #endif
+
+/*
+ * Initialisation and exit.
+ *
+ * ZIVOR_Init loads the data directory `sInitDirPath`/Data (null or empty: the
+ * current working directory) as "Data/Configure.xml" describes it. `encode`
+ * is the caller's encoding: 0 GBK; 1 to 4 the other supported encodings; any
+ * other value is taken as GBK. Returns true when the library is ready, also
+ * when it already was (a second call changes nothing); false on failure, with
+ * the reason in the day's log file (YYYYmmdd.log in the current directory).
+ * It must not run concurrently with any other call.
+ *
+ * ZIVOR_Exit releases everything ZIVOR_Init built; false when the library was
+ * not initialised. No other call may be under way. ZIVOR_Init may be called
+ * again afterwards.
+ */
+bool ZIVOR_Init(const char* sInitDirPath, int encode);
+bool ZIVOR_Exit(void);
+
+/*
+ * Analysis. Every call below may run on any number of threads at once; each
+ * borrows an analysis instance for its duration. Returned pointers belong to
+ * the library and stay valid until the next call that lands on the same
+ * instance, which may be another thread's next call: copy the result before
+ * calling again. Before ZIVOR_Init and after ZIVOR_Exit each returns its
+ * failure value (null, 0, 0.0 or false).
+ */
+
+/* The analysed text: each word followed by the tag delimiter and its tag
+ * (when bPOStagged is non-zero and tagging is configured on) and the word
+ * boundary. */
+const char* ZIVOR_ParagraphProcess(const char* sParagraph, int bPOStagged);
+
+/* The analysis as records; *pResultCount receives their number (0 on
+ * failure). bUserDict lets user-dictionary words override the segmentation. */
+const result_t* ZIVOR_ParagraphProcessA(const char* sParagraph, int* pResultCount,
+                                        bool bUserDict);
+
+/* The record count of sParagraph, analysed on the main instance, and a copy
+ * of those records into the caller's array of nCount records. The copy is
+ * made only when nCount equals the count of the main instance's last
+ * analysis; otherwise `result` is left untouched. The pair is for one thread
+ * at a time. */
+int ZIVOR_GetParagraphProcessAWordCount(const char* sParagraph);
+void ZIVOR_ParagraphProcessAW(int nCount, result_t* result);
+
+/* Analyses a text file line by line into sResultFilename. Returns the speed
+ * in thousands of bytes per second, 0.0 on failure. */
+double ZIVOR_FileProcess(const char* sSourceFilename, const char* sResultFilename,
+                         int bPOStagged);
+
+/* Chooses the tag names of later results: 0 the configured tag set, 1 its
+ * first level, 2 the PKU tag set, 3 the PKU first level. Always returns 0;
+ * values outside 0..3 change nothing. Not to be called during analyses. */
+int ZIVOR_SetPOSmap(int nPOSmap);
+
+/* Word queries on the core dictionary (main instance; one thread at a time
+ * together with the count/copy pair above). */
+bool ZIVOR_IsWord(const char* sWord);
+double ZIVOR_GetUniProb(const char* sWord);
 
 #ifdef __cplusplus
 }  /* extern "C" */

@@ -1,0 +1,161 @@
+#include "MiniData.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <sstream>
+#include <vector>
+
+#include "TestUtil.h"
+
+namespace testutil {
+namespace {
+
+namespace fs = std::filesystem;
+
+const char* const kTagMaps[] = {"ZIVOR.map", "ZIVOR_First.map", "PKU.map", "PKU_First.map"};
+
+// Every file ZIVOR_Init may load, besides Configure.xml.
+const char* const kDataFiles[] = {"CoreDict.pdat", "CoreDict.unig", "BiWord.big",
+                                  "CoreDict.pos",  "ZIVOR.ctx",     "nr.role",
+                                  "nr.ctx",        "nr.fsa",        "UserDict.pdat",
+                                  "charset.type"};
+
+std::string SourceDataDir() { return std::string(ZIVOR_SOURCE_DIR) + "/Data"; }
+
+bool Fail(const std::string& what) {
+  fprintf(stderr, "BuildMiniData: %s\n", what.c_str());
+  return false;
+}
+
+// Writes the GBK form of a UTF-8 source file.
+bool ConvertSource(const std::string& name, const std::string& work) {
+  const std::string text = ReadFileBytes(MiniSourceDir() + "/" + name);
+  if (text.empty()) return Fail("missing source " + name);
+  WriteFile(work + "/" + name, Gbk(text));
+  return true;
+}
+
+// The dictionary's word list and the word counts, both derived from the tag
+// lexicon: words in order of first appearance, counts summed over tags.
+void WriteWordTables(const std::string& work) {
+  std::istringstream lexicon(ReadFileBytes(work + "/lexicon.txt"));
+  std::vector<std::string> order;
+  std::map<std::string, long> counts;
+  std::string line;
+  while (std::getline(lexicon, line)) {
+    std::istringstream fields(line);
+    std::string word, tag;
+    long count = 0;
+    if (!(fields >> word >> tag >> count)) continue;
+    if (counts.find(word) == counts.end()) order.push_back(word);
+    counts[word] += count;
+  }
+  std::string words, unigrams;
+  for (const std::string& word : order) {
+    words += word + "\n";
+    unigrams += word + " " + std::to_string(counts[word]) + "\n";
+  }
+  WriteFile(work + "/words.txt", words);
+  WriteFile(work + "/unigrams.txt", unigrams);
+}
+
+// Builds the binaries with zivor-data inside `work`, where the GBK sources
+// and the tag maps already are.
+bool RunSteps(const std::string& work) {
+  const auto in = [&work](const char* name) { return work + "/" + name; };
+  std::vector<std::vector<std::string>> steps = {
+      {"pdat", in("words.txt"), in("CoreDict.pdat")},
+      {"unigram", in("CoreDict.pdat"), in("unigrams.txt"), in("CoreDict.unig")},
+      {"bigram", in("CoreDict.pdat"), in("pairs.txt"), in("BiWord.big")},
+      {"pos", in("CoreDict.pdat"), in("lexicon.txt"), in("CoreDict.pos"), "--map",
+       in("ZIVOR.map")},
+      {"ctx", in("transitions.txt"), in("ZIVOR.ctx"), "--map", in("ZIVOR.map")},
+      {"pos", in("CoreDict.pdat"), in("roles.txt"), in("nr.role")},
+      {"ctx", in("role_transitions.txt"), in("nr.ctx"), "--map", in("ZIVOR.map"), "--size",
+       "23"},
+      {"fsa", in("nr_fsa.txt"), in("nr.fsa")},
+      {"userdict", in("userdict.txt"), in("UserDict.pdat")},
+  };
+  // The shipped character types when they exist, else the set's own.
+  const std::string shipped = SourceDataDir() + "/charset.type";
+  if (FileSize(shipped) > 0) {
+    fs::copy_file(shipped, in("charset.type"), fs::copy_options::overwrite_existing);
+  } else {
+    steps.push_back({"charset", in("charset.txt"), in("charset.type")});
+  }
+  for (const auto& step : steps) {
+    if (RunDataTool(step) != 0) return Fail("zivor-data " + step[0] + " failed");
+  }
+  return true;
+}
+
+// Builds the set once into a directory that lives as long as the program.
+const std::string* BuiltSet() {
+  static std::unique_ptr<TempDir> dir;
+  static bool ok = false;
+  static std::once_flag once;
+  std::call_once(once, [] {
+    dir = std::make_unique<TempDir>();
+    const std::string work = dir->path();
+    for (const char* name : {"lexicon.txt", "pairs.txt", "transitions.txt", "roles.txt",
+                             "role_transitions.txt", "nr_fsa.txt", "userdict.txt",
+                             "charset.txt"}) {
+      if (!ConvertSource(name, work)) return;
+    }
+    for (const char* map : kTagMaps) {
+      std::error_code error;
+      fs::copy_file(SourceDataDir() + "/" + map, work + "/" + map, error);
+      if (error) {
+        Fail(std::string("missing tag map ") + map);
+        return;
+      }
+    }
+    WriteWordTables(work);
+    ok = RunSteps(work);
+  });
+  return ok ? &dir->path() : nullptr;
+}
+
+}  // namespace
+
+std::string MiniSourceDir() { return std::string(ZIVOR_SOURCE_DIR) + "/tests/data/mini"; }
+
+std::string MiniConfigure(const MiniDataOptions& o) {
+  const auto on_off = [](bool on) { return on ? "on" : "off"; };
+  std::string xml = "<?xml version=\"1.0\" encoding=\"GBK\"?>\n<Configure>\n";
+  if (!o.tag_set.empty()) xml += "  <TagSet>" + o.tag_set + "</TagSet>\n";
+  xml += "  <POSDelimiter>" + o.pos_delimiter + "</POSDelimiter>\n";
+  xml += "  <WordBoundary>" + o.word_boundary + "</WordBoundary>\n";
+  xml += "  <Merge>off</Merge>\n";
+  xml += std::string("  <Person>") + on_off(o.person) + "</Person>\n";
+  xml += std::string("  <Tagger>") + on_off(o.tagger) + "</Tagger>\n";
+  xml += std::string("  <UserDict>") + on_off(o.user_dict) + "</UserDict>\n";
+  xml += "  <FieldDict>off</FieldDict>\n";
+  xml += "  <GranularityContorl>off</GranularityContorl>\n";
+  xml += "  <POS>Full</POS>\n";
+  xml += "</Configure>\n";
+  return xml;
+}
+
+bool BuildMiniData(const std::string& dir, const MiniDataOptions& options) {
+  const std::string* built = BuiltSet();
+  if (built == nullptr) return false;
+  const std::string data = dir + "/Data";
+  std::error_code error;
+  fs::create_directories(data, error);
+  if (error) return Fail("cannot create " + data);
+  std::vector<std::string> files(std::begin(kDataFiles), std::end(kDataFiles));
+  files.insert(files.end(), std::begin(kTagMaps), std::end(kTagMaps));
+  for (const std::string& name : files) {
+    fs::copy_file(*built + "/" + name, data + "/" + name, fs::copy_options::overwrite_existing,
+                  error);
+    if (error) return Fail("cannot copy " + name);
+  }
+  WriteFile(data + "/Configure.xml", MiniConfigure(options));
+  return true;
+}
+
+}  // namespace testutil

@@ -1,0 +1,38 @@
+// MiniData.h: a complete, small data directory for tests that initialise the
+// library.
+//
+// The text sources live in tests/data/mini (UTF-8, converted to GBK here);
+// every binary is built from them with zivor-data, so the set always matches
+// the current file formats. The set is built once per test program and then
+// copied, so asking for many directories is cheap.
+#ifndef ZIVOR_TESTS_MINIDATA_H_
+#define ZIVOR_TESTS_MINIDATA_H_
+
+#include <string>
+
+namespace testutil {
+
+// The switches of the Configure.xml written beside the data.
+struct MiniDataOptions {
+  bool person = true;      // "Person"
+  bool tagger = true;      // "Tagger"
+  bool user_dict = false;  // "UserDict" (UserDict.pdat is always built)
+  std::string tag_set = "ZIVOR.map";  // "TagSet"; empty leaves the key out
+  std::string pos_delimiter = "/";
+  std::string word_boundary = "  ";
+};
+
+// The Configure.xml text for the options.
+std::string MiniConfigure(const MiniDataOptions& options = {});
+
+// Creates dir/Data holding Configure.xml, the four tag maps, charset.type and
+// every binary the library loads, so that ZIVOR_Init(dir, 0) succeeds. Returns
+// false (and prints why on standard error) when the set cannot be built.
+bool BuildMiniData(const std::string& dir, const MiniDataOptions& options = {});
+
+// tests/data/mini in the source tree.
+std::string MiniSourceDir();
+
+}  // namespace testutil
+
+#endif  // ZIVOR_TESTS_MINIDATA_H_
