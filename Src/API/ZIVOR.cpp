@@ -1,0 +1,153 @@
+// ZIVOR.cpp: the process-wide state, the exported analysis functions and
+// ZIVOR_Exit. Initialisation is in ZIVORInit.cpp.
+#include "API/ZIVOR.h"
+
+#include <cstdlib>
+
+#include "API/ZIVORState.h"
+#include "API/ZIVORWorker.h"
+#include "System/MainSystem.h"
+#include "Utility/Global.h"
+
+std::atomic<bool> g_bActive{false};
+CMainSystem* g_pZIVOR = nullptr;
+CMainSystem** g_vecZIVOR = nullptr;
+unsigned int g_nCopyMemSize = 0;
+std::vector<std::unique_ptr<CZIVOR>> g_vecWorker;
+pthread_mutex_t g_mutex;
+pthread_mutex_t g_hWoker;
+std::atomic<int> g_nPosMap{0};
+
+CCharset* g_pCharset = nullptr;
+CPDAT* g_pCoreDict = nullptr;
+CUnigram* g_pUnigram = nullptr;
+CBigram* g_pBiDict = nullptr;
+CTrie* g_pUserDict = nullptr;
+CPDAT* g_pFieldDict = nullptr;
+CPDAT* g_pGranDict = nullptr;
+CPOS* g_pCorePOS = nullptr;
+CPOS* g_pFieldPOS = nullptr;
+CPOS* g_pGranPOS = nullptr;
+CPOSmap** g_ppPOSmap = nullptr;
+CContextStat* g_pPOSContext = nullptr;
+CPOS* g_pPersonRole = nullptr;
+CContextStat* g_pPersonContext = nullptr;
+CFSA* g_pPersonFSA = nullptr;
+CCodeTran* g_pCodeTranslator = nullptr;
+FilePtr g_fpNewWord;
+
+namespace {
+
+// A worker claimed for the duration of one call.
+class WorkerLease {
+ public:
+  WorkerLease() : worker_(GetActiveInstance()) {}
+  ~WorkerLease() {
+    if (worker_ != nullptr) worker_->SetAvailable(true);
+  }
+  WorkerLease(const WorkerLease&) = delete;
+  WorkerLease& operator=(const WorkerLease&) = delete;
+
+  CZIVOR* get() const { return worker_; }
+
+ private:
+  CZIVOR* worker_;
+};
+
+// Text arguments may be null; the instances see an empty text instead.
+const char* TextOrEmpty(const char* text) { return text != nullptr ? text : ""; }
+
+// ZIVOR_Exit step 6: every instance, then the table itself.
+void DeleteInstances() {
+  for (unsigned int i = 0; i < g_nCopyMemSize; ++i) {
+    delete g_vecZIVOR[i];
+    g_vecZIVOR[i] = nullptr;
+  }
+  free(g_vecZIVOR);
+  g_vecZIVOR = nullptr;
+  g_nCopyMemSize = 0;
+  g_pZIVOR = nullptr;
+}
+
+}  // namespace
+
+CMainSystem* NewMainSystem() {
+  return new (std::nothrow)
+      CMainSystem(g_pCharset, g_pCoreDict, g_pUnigram, g_pBiDict, g_pUserDict, g_pFieldDict,
+                  g_pGranDict, g_pCorePOS, g_pFieldPOS, g_pGranPOS, g_ppPOSmap, g_pPOSContext,
+                  g_pPersonRole, g_pPersonContext, g_pPersonFSA, g_pCodeTranslator);
+}
+
+const char* ZIVOR_ParagraphProcess(const char* sParagraph, int bPOStagged) {
+  if (!g_bActive) return nullptr;
+  WorkerLease lease;
+  if (lease.get() == nullptr) return nullptr;
+  return lease.get()->ParagraphProcess(TextOrEmpty(sParagraph), bPOStagged);
+}
+
+const result_t* ZIVOR_ParagraphProcessA(const char* sParagraph, int* pResultCount,
+                                        bool bUserDict) {
+  int ignored = 0;
+  int* count = pResultCount != nullptr ? pResultCount : &ignored;
+  *count = 0;
+  if (!g_bActive) return nullptr;
+  WorkerLease lease;
+  if (lease.get() == nullptr) return nullptr;
+  return lease.get()->ParagraphProcessA(TextOrEmpty(sParagraph), count, bUserDict);
+}
+
+int ZIVOR_GetParagraphProcessAWordCount(const char* sParagraph) {
+  if (!g_bActive || g_pZIVOR == nullptr) return 0;
+  std::string translated;
+  return g_pZIVOR->ProcessA(TextOrEmpty(sParagraph), translated, true, true, false);
+}
+
+void ZIVOR_ParagraphProcessAW(int nCount, result_t* result) {
+  // The main instance exists exactly while the library is initialised.
+  CopyLastResult(g_pZIVOR, nCount, result);
+}
+
+double ZIVOR_FileProcess(const char* sSourceFilename, const char* sResultFilename,
+                         int bPOStagged) {
+  if (!g_bActive || sSourceFilename == nullptr || sResultFilename == nullptr) return 0.0;
+  WorkerLease lease;
+  if (lease.get() == nullptr) return 0.0;
+  return lease.get()->FileProcess(sSourceFilename, sResultFilename, bPOStagged);
+}
+
+int ZIVOR_SetPOSmap(int nPOSmap) {
+  if (!g_bActive || nPOSmap < 0 || nPOSmap > 3) return 0;
+  g_nPosMap = nPOSmap;
+  if (!g_bPOSTagger) return 0;
+  g_pZIVOR->SetPOSmap(nPOSmap);
+  PoolLock lock(&g_mutex);
+  for (unsigned int i = 0; i < g_nCopyMemSize; ++i) {
+    if (g_vecZIVOR[i] != nullptr) g_vecZIVOR[i]->SetPOSmap(nPOSmap);
+  }
+  return 0;
+}
+
+bool ZIVOR_IsWord(const char* sWord) {
+  if (!g_bActive || g_pZIVOR == nullptr) return false;
+  return g_pZIVOR->IsWord(TextOrEmpty(sWord));
+}
+
+double ZIVOR_GetUniProb(const char* sWord) {
+  if (!g_bActive || g_pZIVOR == nullptr) return 0.0;
+  return g_pZIVOR->GetUniProb(TextOrEmpty(sWord));
+}
+
+bool ZIVOR_Exit() {
+  if (!g_bActive) return false;
+  DeleteSharedResources();
+  g_bActive = false;
+  g_fpNewWord.reset();
+  // With the library inactive the workers' destructors leave the slots alone;
+  // the instances go with the table.
+  g_vecWorker.clear();
+  DeleteInstances();
+  pthread_mutex_destroy(&g_mutex);
+  pthread_mutex_destroy(&g_hWoker);
+  DeleteCodeTranslator();
+  return true;
+}

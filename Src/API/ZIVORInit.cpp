@@ -1,0 +1,343 @@
+// ZIVORInit.cpp: ZIVOR_Init, which reads Configure.xml and loads the shared
+// resources from the data directory, and the teardown of those resources.
+//
+// Every problem is reported through the day's log (WriteLog with no
+// directory, so the log lands in the current directory); a file that cannot
+// be opened is reported as the message and then, on a line of its own, the
+// file's full path.
+#include <strings.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+
+#include "API/ZIVOR.h"
+#include "API/ZIVORState.h"
+#include "System/MainSystem.h"
+#include "Utility/Bigram.h"
+#include "Utility/Charset.h"
+#include "Utility/ContextStat.h"
+#include "Utility/FSA.h"
+#include "Utility/Global.h"
+#include "Utility/PDAT.h"
+#include "Utility/POS.h"
+#include "Utility/POSmap.h"
+#include "Utility/Unigram.h"
+#include "Utility/global_linux.h"
+#include "Utility/trie.h"
+
+namespace {
+
+// Size of the buffer the current working directory is read into.
+constexpr size_t kDirBufferSize = 1000;
+
+void Log(const std::string& message) { WriteLog(message, nullptr); }
+
+void LogWithPath(const std::string& message, const std::string& path) {
+  Log(message);
+  Log(path);
+}
+
+std::string DataFile(const std::string& name) { return g_sDefaultDir + "/" + name; }
+
+template <class T>
+void DeleteAndNull(T*& object) {
+  delete object;
+  object = nullptr;
+}
+
+// Replaces `object` with a fresh one; null when memory runs out.
+template <class T>
+T* Renew(T*& object) {
+  delete object;
+  object = new (std::nothrow) T;
+  return object;
+}
+
+void DeletePOSmaps() {
+  if (g_ppPOSmap == nullptr) return;
+  for (int i = 0; i < kPOSmapCount; ++i) delete g_ppPOSmap[i];
+  delete[] g_ppPOSmap;
+  g_ppPOSmap = nullptr;
+}
+
+// --- Configuration ----------------------------------------------------------
+
+// The settings of Configure.xml that only initialisation uses.
+struct Switches {
+  bool user_dict = false;
+  bool field_dict = false;
+  bool gran_dict = false;
+};
+
+// The value of `key` in the configuration text; false when the key is absent.
+bool ConfigValue(const char* config, const char* key, std::string* value) {
+  char buffer[kXMLValueSize];
+  if (!GetXMLItemValue(config, key, buffer, sizeof buffer)) return false;
+  *value = buffer;
+  return true;
+}
+
+bool ConfigIs(const char* config, const char* key, const char* expected) {
+  std::string value;
+  return ConfigValue(config, key, &value) && strcasecmp(value.c_str(), expected) == 0;
+}
+
+void SetDefaults(const std::string& dir) {
+  g_sDefaultDir = dir + "/Data";
+  g_sDataPath = "Data";
+  g_sTagset.clear();
+  g_sPOSDelimiter = "/";
+  g_sWordBoundary = "  ";
+  g_bWordMerged = false;
+  g_bNERPerson = true;
+  g_bPOSTagger = true;
+  g_nPOSPresent = 2;
+  g_nPosMap = 0;
+}
+
+// Step 4: the settings that decide what the rest of initialisation loads.
+void ReadSettings(const char* config) {
+  std::string value;
+  if (ConfigValue(config, "TagSet", &value)) g_sTagset = value;
+  if (ConfigValue(config, "POSDelimiter", &value)) g_sPOSDelimiter = value;
+  if (ConfigValue(config, "WordBoundary", &value)) g_sWordBoundary = value;
+  if (ConfigIs(config, "Merge", "on")) g_bWordMerged = true;
+  if (ConfigIs(config, "Person", "off")) g_bNERPerson = false;
+  if (ConfigIs(config, "Tagger", "off")) g_bPOSTagger = false;
+}
+
+// Step 9: the requested tag presentation.
+void ReadPresentation(const char* config) {
+  if (ConfigIs(config, "POS", "None")) {
+    g_nPOSPresent = 0;
+  } else if (ConfigIs(config, "POS", "Upper")) {
+    g_nPOSPresent = 1;
+  }
+}
+
+// The directory that holds Data: the given one, else the working directory.
+std::string BaseDirectory(const char* sInitDirPath) {
+  if (sInitDirPath != nullptr && sInitDirPath[0] != '\0') return sInitDirPath;
+  char buffer[kDirBufferSize];
+  if (getcwd(buffer, sizeof buffer) == nullptr) return ".";
+  return buffer;
+}
+
+// --- Loading ----------------------------------------------------------------
+
+// A resource without which the library cannot work. `build_error` is logged
+// when the object cannot be created (a generic open failure when null);
+// "Cannot open file " and the path when the file does not load.
+template <class T, class... LoadArgs>
+bool LoadRequired(T*& object, const std::string& name, const char* build_error,
+                  LoadArgs... args) {
+  const std::string path = DataFile(name);
+  if (Renew(object) == nullptr) {
+    if (build_error != nullptr) {
+      Log(build_error);
+    } else {
+      LogWithPath("Cannot open file ", path);
+    }
+    return false;
+  }
+  if (!object->Load(path.c_str(), args...)) {
+    LogWithPath("Cannot open file ", path);
+    return false;
+  }
+  return true;
+}
+
+// An optional resource: on failure the message and path are logged and the
+// library goes on without it.
+template <class T>
+void LoadOptional(T*& object, const std::string& name, const char* error) {
+  const std::string path = DataFile(name);
+  if (Renew(object) != nullptr && object->Load(path.c_str())) return;
+  LogWithPath(error, path);
+  DeleteAndNull(object);
+}
+
+// A tag map must name at least one tag: a file without any (or a directory,
+// which opens as an empty stream) is as good as missing.
+bool LoadPOSmap(int level, const std::string& name) {
+  CPOSmap*& map = g_ppPOSmap[level];
+  if (!LoadRequired(map, name, nullptr)) return false;
+  if (map->GetItemCount() > 0) return true;
+  LogWithPath("Cannot open file ", DataFile(name));
+  return false;
+}
+
+// Step 5. Codes 1 to 4 (the encodings other than GBK) get a code translator
+// here once code translation exists; until then every code is served as GBK.
+void CreateCodeTranslator(int /*encode*/) { DeleteCodeTranslator(); }
+
+// Steps 6 to 8: the dictionaries that the configuration switches on.
+void LoadOptionalDictionaries(const Switches& on) {
+  if (on.user_dict) LoadOptional(g_pUserDict, "UserDict.pdat", "Cannot open user dictionary");
+  if (on.field_dict) {
+    LoadOptional(g_pFieldDict, "FieldDict.pdat", "Cannot open field dictionary");
+    if (g_bPOSTagger) {
+      LoadOptional(g_pFieldPOS, "FieldDict.pos", "Cannot open filed dictionary POS data\n");
+    }
+  }
+  if (on.gran_dict) {
+    LoadOptional(g_pGranDict, "GranDict.pdat", "Cannot open Granularity dictionary");
+    if (g_bPOSTagger) {
+      LoadOptional(g_pGranPOS, "GranDict.pos", "Cannot open granularity dictionary POS data");
+    }
+  }
+}
+
+// Step 12: the handles of the pseudo-words and fixed words (GBK spellings).
+bool ResolvePseudoWords() {
+  const struct {
+    int* handle;
+    const char* word;
+    bool required;
+  } words[] = {
+      {&gSent_StartID, "\xca\xbc##\xca\xbc", true},      // 始##始
+      {&gSent_EndID, "\xc4\xa9##\xc4\xa9", true},        // 末##末
+      {&gUnknown_x_ID, "\xce\xb4##\xb4\xae", true},      // 未##串
+      {&gUnknown_nr_ID, "\xce\xb4##\xc8\xcb", true},     // 未##人
+      {&gUnknown_ns_ID, "\xce\xb4##\xb5\xd8", true},     // 未##地
+      {&gUnknown_nt_ID, "\xce\xb4##\xcd\xc5", true},     // 未##团
+      {&gUnknown_t_ID, "\xce\xb4##\xca\xb1", true},      // 未##时
+      {&gUnknown_m_ID, "\xce\xb4##\xca\xfd", true},      // 未##数
+      {&gUnknown_nz_ID, "\xce\xb4##\xd7\xa8", true},     // 未##专
+      {&gQuatation_LD_ID, "\xa1\xb0", false},            // “
+      {&gQuatation_RD_ID, "\xa1\xb1", false},            // ”
+      {&gQuatation_LS_ID, "\xa1\xae", false},            // ‘
+      {&gQuatation_RS_ID, "\xa1\xaf", false},            // ’
+      {&gPunctation_WP_ID, "\xa1\xaa\xa1\xaa\xa1\xaa", false},  // ———
+      {&gOneID, "\xd2\xbb", false},                      // 一
+  };
+  bool complete = true;
+  for (const auto& w : words) {
+    *w.handle = g_pCoreDict->Find(w.word);
+    if (w.required && *w.handle == -1) complete = false;
+  }
+  if (!complete) Log("The Core Dictionary has been destroyed! ");
+  return complete;
+}
+
+// Steps 10 to 14: character types, core dictionary, pseudo-words, unigram and
+// bigram tables.
+bool LoadCoreResources() {
+  return LoadRequired(g_pCharset, "charset.type", "Cannot build object CCharset") &&
+         LoadRequired(g_pCoreDict, "CoreDict.pdat", "Cannot build object CPDAT ") &&
+         ResolvePseudoWords() &&
+         LoadRequired(g_pUnigram, "CoreDict.unig", "Cannot build object CUnigram! ") &&
+         LoadRequired(g_pBiDict, "BiWord.big", "Cannot build object CBigram! ");
+}
+
+// Step 15: the core tag lexicon, the tag statistics and the four tag maps
+// (filled in the order 0, 3, 1, 2).
+bool LoadTagger() {
+  if (!LoadRequired(g_pCorePOS, "CoreDict.pos", nullptr) ||
+      !LoadRequired(g_pPOSContext, "ZIVOR.ctx", nullptr, false)) {
+    return false;
+  }
+  DeletePOSmaps();
+  g_ppPOSmap = new (std::nothrow) CPOSmap*[kPOSmapCount]();
+  if (g_ppPOSmap == nullptr) {
+    LogWithPath("Cannot open file ", DataFile(g_sTagset));
+    return false;
+  }
+  return LoadPOSmap(0, g_sTagset) && LoadPOSmap(3, "PKU_First.map") &&
+         LoadPOSmap(1, "ZIVOR_First.map") && LoadPOSmap(2, "PKU.map");
+}
+
+// Step 16: role lexicon, role statistics and the name automaton.
+bool LoadPersonRecognition() {
+  return LoadRequired(g_pPersonRole, "nr.role", nullptr) &&
+         LoadRequired(g_pPersonContext, "nr.ctx", nullptr, false) &&
+         LoadRequired(g_pPersonFSA, "nr.fsa", nullptr);
+}
+
+// Step 17: the new-word log, appended to; the library works without it.
+void OpenNewWordLog() {
+  const std::string path = DataFile("NewWord.lst");
+  g_fpNewWord = OpenFile(path.c_str(), "a");
+  if (!g_fpNewWord) LogWithPath("Cannot write", path);
+}
+
+// Step 19: the main instance, the slot table and the pool's mutexes.
+bool CreatePool() {
+  g_vecZIVOR = static_cast<CMainSystem**>(calloc(kSlotStep, sizeof(CMainSystem*)));
+  if (g_vecZIVOR == nullptr) return false;
+  g_nCopyMemSize = kSlotStep;
+  g_pZIVOR = NewMainSystem();
+  g_vecZIVOR[0] = g_pZIVOR;
+  pthread_mutex_init(&g_mutex, nullptr);
+  pthread_mutex_init(&g_hWoker, nullptr);
+  return g_pZIVOR != nullptr;
+}
+
+}  // namespace
+
+void DeleteSharedResources() {
+  DeleteAndNull(g_pCharset);
+  DeleteAndNull(g_pCoreDict);
+  DeleteAndNull(g_pUnigram);
+  DeleteAndNull(g_pBiDict);
+  DeleteAndNull(g_pUserDict);
+  DeleteAndNull(g_pFieldDict);
+  DeleteAndNull(g_pGranDict);
+  // The tagger's and the person recogniser's resources exist only when they
+  // were configured on; null pointers are skipped.
+  DeleteAndNull(g_pCorePOS);
+  DeleteAndNull(g_pPOSContext);
+  DeletePOSmaps();
+  DeleteAndNull(g_pFieldPOS);
+  DeleteAndNull(g_pGranPOS);
+  DeleteAndNull(g_pPersonRole);
+  DeleteAndNull(g_pPersonContext);
+  DeleteAndNull(g_pPersonFSA);
+}
+
+void DeleteCodeTranslator() {
+  // No translator is ever created yet (every encoding is served as GBK).
+  g_pCodeTranslator = nullptr;
+}
+
+bool ZIVOR_Init(const char* sInitDirPath, int encode) {
+  if (g_bActive) return true;
+  g_fpNewWord.reset();
+  SetDefaults(BaseDirectory(sInitDirPath));
+
+  const std::string config_path = DataFile("Configure.xml");
+  char* text = nullptr;
+  const int size = ReadFile(config_path.c_str(), &text);
+  std::unique_ptr<char[]> config(text);
+  if (size <= 0) {
+    LogWithPath("Cannot Open Configure file", config_path);
+    return false;
+  }
+  ReadSettings(config.get());
+  CreateCodeTranslator(encode);
+  LoadOptionalDictionaries(Switches{ConfigIs(config.get(), "UserDict", "on"),
+                                    ConfigIs(config.get(), "FieldDict", "on"),
+                                    ConfigIs(config.get(), "GranularityContorl", "on")});
+  ReadPresentation(config.get());
+  config.reset();
+
+  if (!LoadCoreResources() || (g_bPOSTagger && !LoadTagger()) ||
+      (g_bNERPerson && !LoadPersonRecognition())) {
+    // Nothing of a failed initialisation stays behind: a later one starts
+    // from scratch, whatever its configuration switches on.
+    DeleteSharedResources();
+    DeleteCodeTranslator();
+    return false;
+  }
+  OpenNewWordLog();
+  g_bActive = true;
+  if (!CreatePool()) {
+    ZIVOR_Exit();
+    return false;
+  }
+  return true;
+}

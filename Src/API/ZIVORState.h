@@ -1,0 +1,88 @@
+// ZIVORState.h: the process-wide state behind the exported functions.
+//
+// ZIVOR_Init fills it, the exported functions read it and ZIVOR_Exit takes it
+// down again. The shared resources are loaded once and afterwards only read,
+// so any number of analysis instances use them at once; they are created with
+// new and deleted by ZIVOR_Exit.
+//
+// Locks: g_hWoker guards g_vecWorker, g_mutex guards the slot table
+// (g_vecZIVOR, g_nCopyMemSize); when both are held g_hWoker is taken first.
+// The initialised flag, the workers' availability flags and the tag-map
+// level are atomics and need no lock.
+#ifndef ZIVOR_API_ZIVORSTATE_H_
+#define ZIVOR_API_ZIVORSTATE_H_
+
+#include <pthread.h>
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+#include "Utility/BinaryIO.h"
+
+class CBigram;
+class CCharset;
+class CCodeTran;
+class CContextStat;
+class CFSA;
+class CMainSystem;
+class CPDAT;
+class CPOS;
+class CPOSmap;
+class CTrie;
+class CUnigram;
+class CZIVOR;
+
+// Number of tag maps (levels 0 to 3) in g_ppPOSmap.
+constexpr int kPOSmapCount = 4;
+// Slots the instance table starts with and grows by.
+constexpr unsigned int kSlotStep = 5;
+
+extern std::atomic<bool> g_bActive;  // between a successful Init and Exit
+extern CMainSystem* g_pZIVOR;        // the main instance, also in slot 0
+extern CMainSystem** g_vecZIVOR;     // instance slots (malloc/realloc); null = free
+extern unsigned int g_nCopyMemSize;  // number of slots in g_vecZIVOR
+extern std::vector<std::unique_ptr<CZIVOR>> g_vecWorker;  // creation order
+extern pthread_mutex_t g_mutex;
+extern pthread_mutex_t g_hWoker;
+extern std::atomic<int> g_nPosMap;  // tag-map level given to new instances
+
+extern CCharset* g_pCharset;
+extern CPDAT* g_pCoreDict;
+extern CUnigram* g_pUnigram;
+extern CBigram* g_pBiDict;
+extern CTrie* g_pUserDict;
+extern CPDAT* g_pFieldDict;
+extern CPDAT* g_pGranDict;
+extern CPOS* g_pCorePOS;
+extern CPOS* g_pFieldPOS;
+extern CPOS* g_pGranPOS;
+extern CPOSmap** g_ppPOSmap;  // kPOSmapCount maps, or null
+extern CContextStat* g_pPOSContext;
+extern CPOS* g_pPersonRole;
+extern CContextStat* g_pPersonContext;
+extern CFSA* g_pPersonFSA;
+extern CCodeTran* g_pCodeTranslator;  // null when the caller's encoding is GBK
+extern FilePtr g_fpNewWord;           // the new-word log "NewWord.lst"
+
+// Creates an analysis instance over the shared resources.
+CMainSystem* NewMainSystem();
+
+// Deletes the shared resources loaded by ZIVOR_Init (Exit steps 1 to 3) and
+// the code translator; every pointer becomes null.
+void DeleteSharedResources();
+void DeleteCodeTranslator();
+
+// Holds a POSIX mutex for the scope.
+class PoolLock {
+ public:
+  explicit PoolLock(pthread_mutex_t* mutex) : mutex_(mutex) { pthread_mutex_lock(mutex_); }
+  ~PoolLock() { pthread_mutex_unlock(mutex_); }
+  PoolLock(const PoolLock&) = delete;
+  PoolLock& operator=(const PoolLock&) = delete;
+
+ private:
+  pthread_mutex_t* mutex_;
+};
+
+#endif  // ZIVOR_API_ZIVORSTATE_H_
