@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
 #include <string>
 #include <vector>
 
 #include "TestUtil.h"
 #include "Utility/BinaryIO.h"
+#include "Utility/Global.h"
 
 namespace {
 
@@ -126,6 +129,229 @@ TEST(FSATest, BadInputIsRejectedAndThePreviousAutomatonKept) {
   testutil::WriteFile(dir.File("empty.fsa"), Ints({0, 0}));
   EXPECT_TRUE(fsa.Load(dir.File("empty.fsa").c_str()));
   EXPECT_EQ(fsa.NextState(0, 0), -1);
+}
+
+}  // namespace
+
+// --- MaxPR -------------------------------------------------------------------
+
+namespace {
+
+// Roles of the automata below; M is 4 unless a test says otherwise.
+constexpr int kA = 0, kB = 1, kC = 2, kEnd = 3;
+constexpr int kNameHandle = 999;
+
+struct Move {
+  int from, input, to;
+};
+
+// Imports an automaton of `states` states over `inputs` symbols with the
+// given accepting states (state, tag) and moves.
+void Build(CFSA* fsa, int states, int inputs, const std::vector<std::pair<int, int>>& accepting,
+           const std::vector<Move>& moves) {
+  std::string accepted, tags;
+  for (const auto& [state, tag] : accepting) {
+    accepted += std::to_string(state) + " ";
+    tags += std::to_string(tag) + " ";
+  }
+  std::vector<std::string> lines = {"names", std::to_string(states), "inputs",
+                                    std::to_string(inputs), "accepting", accepted, "tags", tags,
+                                    "moves"};
+  for (const Move& m : moves) {
+    lines.push_back(std::to_string(m.from) + " " + std::to_string(m.input) + " " +
+                    std::to_string(m.to));
+  }
+  TempDir dir;
+  ASSERT_TRUE(ImportText(fsa, dir, testutil::Lines(lines)));
+}
+
+// a b reach accepting state 2 (tag 30); c continues to state 3, which does
+// not accept.
+void BuildABC(CFSA* fsa) { Build(fsa, 4, 4, {{2, 30}}, {{0, kA, 1}, {1, kB, 2}, {2, kC, 3}}); }
+
+// Words with the given roles, every field distinct: word i covers bytes
+// [10i, 10i + 10).
+std::vector<word_t> Sentence(const std::vector<int>& roles) {
+  std::vector<word_t> words(roles.size());
+  for (size_t i = 0; i < roles.size(); ++i) {
+    const int k = static_cast<int>(i);
+    words[i].handle = 100 + k;
+    words[i].start = 10 * k;
+    words[i].end = 10 * k + 10;
+    words[i].value = k + 0.5;
+    words[i].type = static_cast<unsigned char>(40 + k);
+    words[i].POS_id = static_cast<unsigned char>(roles[i]);
+  }
+  return words;
+}
+
+std::string Describe(const word_t& w) {
+  return "{handle " + std::to_string(w.handle) + ", " + std::to_string(w.start) + ".." +
+         std::to_string(w.end) + ", value " + std::to_string(w.value) + ", type " +
+         std::to_string(w.type) + ", POS " + std::to_string(w.POS_id) + "}";
+}
+
+// One output word: input words first .. last, merged with `tag` when
+// first < last, else the input word unchanged.
+struct Span {
+  int first, last, tag;
+};
+
+word_t Merged(const std::vector<word_t>& input, const Span& span) {
+  word_t name = input[span.first];
+  name.end = input[span.last].end;
+  name.type = static_cast<unsigned char>(span.tag);
+  name.handle = kNameHandle;
+  return name;
+}
+
+std::vector<word_t> RunMaxPR(const CFSA& fsa, std::vector<word_t> words) {
+  int count = static_cast<int>(words.size());
+  EXPECT_EQ(fsa.MaxPR(words.data(), &count, kNameHandle), 0);
+  EXPECT_GE(count, 0);
+  EXPECT_LE(count, static_cast<int>(words.size()));
+  words.resize(std::max(count, 0));
+  return words;
+}
+
+void ExpectMaxPR(const CFSA& fsa, const std::vector<int>& roles, const std::vector<Span>& spans) {
+  const std::vector<word_t> input = Sentence(roles);
+  std::vector<std::string> expected, actual;
+  for (const Span& span : spans) {
+    expected.push_back(Describe(span.first < span.last ? Merged(input, span) : input[span.first]));
+  }
+  for (const word_t& w : RunMaxPR(fsa, input)) actual.push_back(Describe(w));
+  EXPECT_EQ(actual, expected);
+}
+
+// Roles a b c end: a and b merge, c and end stay.
+TEST(MaxPRTest, MergesTheAcceptedRunAndKeepsTheRest) {
+  CFSA fsa;
+  BuildABC(&fsa);
+  ExpectMaxPR(fsa, {kA, kB, kC, kEnd}, {{0, 1, 30}, {2, 2, 0}, {3, 3, 0}});
+  // Several names: each later word moves down by the words removed so far.
+  ExpectMaxPR(fsa, {kA, kB, kC, kA, kB, kEnd, kC, kA, kB, kA, kB, kEnd},
+              {{0, 1, 30}, {2, 2, 0}, {3, 4, 30}, {5, 5, 0}, {6, 6, 0}, {7, 8, 30},
+               {9, 10, 30}, {11, 11, 0}});
+}
+
+TEST(MaxPRTest, TakesTheLongestAcceptedPrefixAndRescansWhatFollowsIt) {
+  CFSA fsa;
+  // a b accepts (tag 20), a b b accepts (tag 21), a b b c and a b a go on
+  // without accepting.
+  Build(&fsa, 6, 4, {{2, 20}, {3, 21}},
+        {{0, kA, 1}, {1, kB, 2}, {2, kB, 3}, {3, kC, 4}, {2, kA, 5}});
+  ExpectMaxPR(fsa, {kA, kB, kB, kC, kEnd}, {{0, 2, 21}, {3, 3, 0}, {4, 4, 0}});
+  ExpectMaxPR(fsa, {kA, kB, kB, kEnd}, {{0, 2, 21}, {3, 3, 0}});
+  // The run a b a blocks at the second b; the second a is read again and
+  // starts the next name.
+  ExpectMaxPR(fsa, {kA, kB, kA, kB, kEnd}, {{0, 1, 20}, {2, 3, 20}, {4, 4, 0}});
+}
+
+TEST(MaxPRTest, WithoutAnAcceptedRunNothingMergesAndTheBlockingWordIsSkipped) {
+  CFSA fsa;
+  Build(&fsa, 4, 4, {{2, 30}}, {{0, kA, 1}, {2, kC, 3}});  // no move on b
+  ExpectMaxPR(fsa, {kA, kB, kC, kEnd}, {{0, 0, 0}, {1, 1, 0}, {2, 2, 0}, {3, 3, 0}});
+  BuildABC(&fsa);
+  // The second a blocks the first attempt and is not tried as a start, so
+  // a b right after it is no name; after c blocks, a b is.
+  ExpectMaxPR(fsa, {kA, kA, kB, kEnd}, {{0, 0, 0}, {1, 1, 0}, {2, 2, 0}, {3, 3, 0}});
+  ExpectMaxPR(fsa, {kB, kA, kC, kA, kB, kEnd},
+              {{0, 0, 0}, {1, 1, 0}, {2, 2, 0}, {3, 4, 30}, {5, 5, 0}});
+}
+
+TEST(MaxPRTest, ASingleAcceptedWordNeverMerges) {
+  CFSA fsa;
+  Build(&fsa, 3, 4, {{1, 30}}, {{0, kA, 1}, {1, kB, 2}});
+  ExpectMaxPR(fsa, {kA, kEnd, kA, kB, kEnd, kA},
+              {{0, 0, 0}, {1, 1, 0}, {2, 2, 0}, {3, 3, 0}, {4, 4, 0}, {5, 5, 0}});
+}
+
+TEST(MaxPRTest, SymbolsAtOrAboveTheInputSetSizeBlock) {
+  CFSA fsa;
+  // The text form admits input M (4) itself; it must still block.
+  Build(&fsa, 3, 4, {{2, 30}}, {{0, kA, 1}, {1, kB, 2}, {1, 4, 2}});
+  ExpectMaxPR(fsa, {kA, 4, kEnd}, {{0, 0, 0}, {1, 1, 0}, {2, 2, 0}});
+  ExpectMaxPR(fsa, {kA, 255, kA, kB, 200}, {{0, 0, 0}, {1, 1, 0}, {2, 3, 30}, {4, 4, 0}});
+}
+
+// A name still being read at the last word is not merged, yet the words
+// before it have moved down: the pending words must follow them.
+TEST(MaxPRTest, ARunReachingTheLastWordStaysUnmergedAndInPlace) {
+  CFSA fsa;
+  BuildABC(&fsa);
+  ExpectMaxPR(fsa, {kA, kB}, {{0, 0, 0}, {1, 1, 0}});
+  ExpectMaxPR(fsa, {kA, kB, kC, kA, kB}, {{0, 1, 30}, {2, 2, 0}, {3, 3, 0}, {4, 4, 0}});
+  ExpectMaxPR(fsa, {kA, kB, kEnd, kA, kB, kC},
+              {{0, 1, 30}, {2, 2, 0}, {3, 3, 0}, {4, 4, 0}, {5, 5, 0}});
+}
+
+TEST(MaxPRTest, DegenerateInputsChangeNothing) {
+  CFSA empty;
+  ExpectMaxPR(empty, {kA, kB, kEnd}, {{0, 0, 0}, {1, 1, 0}, {2, 2, 0}});
+  CFSA fsa;
+  BuildABC(&fsa);
+  std::vector<word_t> words = Sentence({kA, kB, kEnd});
+  for (int bad : {0, -5}) {
+    int count = bad;
+    EXPECT_EQ(fsa.MaxPR(words.data(), &count, kNameHandle), 0);
+    EXPECT_EQ(count, bad);
+  }
+  int count = 3;
+  EXPECT_EQ(fsa.MaxPR(nullptr, &count, kNameHandle), 0);
+  EXPECT_EQ(count, 3);
+  EXPECT_EQ(fsa.MaxPR(words.data(), nullptr, kNameHandle), 0);
+  EXPECT_EQ(Describe(words[0]), Describe(Sentence({kA})[0]));
+  ExpectMaxPR(fsa, {kA}, {{0, 0, 0}});
+}
+
+// Random automata and role sequences: the output must be the input with
+// some runs of two or more words, each accepted by the automaton, merged;
+// no word lost, repeated or reordered.
+TEST(MaxPRTest, RandomSentencesKeepEveryWordInOrder) {
+  std::mt19937 random(20240611);
+  int merges = 0;
+  for (int round = 0; round < 300; ++round) {
+    const int states = 1 + static_cast<int>(random() % 6);
+    const int inputs = 1 + static_cast<int>(random() % 4);
+    std::vector<std::pair<int, int>> accepting;
+    std::vector<Move> moves;
+    for (int s = 0; s < states; ++s) {
+      if (random() % 3 == 0) accepting.emplace_back(s, 10 + s);
+      for (int i = 0; i < inputs; ++i) {
+        if (random() % 2 == 0) moves.push_back({s, i, static_cast<int>(random() % states)});
+      }
+    }
+    CFSA fsa;
+    Build(&fsa, states, inputs, accepting, moves);
+    std::vector<int> roles(random() % 12);
+    for (int& role : roles) role = static_cast<int>(random() % (inputs + 1));
+    const std::vector<word_t> input = Sentence(roles);
+    const std::vector<word_t> output = RunMaxPR(fsa, input);
+
+    size_t next = 0;
+    for (const word_t& w : output) {
+      ASSERT_LT(next, input.size());
+      if (Describe(w) == Describe(input[next])) {
+        ++next;
+        continue;
+      }
+      // A merged name: find its last word by its end and replay its roles.
+      const size_t last = static_cast<size_t>(w.end / 10 - 1);
+      ASSERT_GT(last, next) << Describe(w);
+      ASSERT_LT(last, input.size());
+      int state = 0;
+      for (size_t k = next; k <= last; ++k) state = fsa.NextState(state, input[k].POS_id);
+      ASSERT_TRUE(fsa.IsAccepted(state)) << Describe(w);
+      const Span span = {static_cast<int>(next), static_cast<int>(last),
+                         fsa.GetAcceptedPosId(state)};
+      EXPECT_EQ(Describe(w), Describe(Merged(input, span)));
+      next = last + 1;
+      ++merges;
+    }
+    EXPECT_EQ(next, input.size());
+  }
+  EXPECT_GT(merges, 20);  // the rounds did exercise merging
 }
 
 }  // namespace

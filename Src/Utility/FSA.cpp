@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Utility/BinaryIO.h"
+#include "Utility/Global.h"
 
 namespace {
 
@@ -68,6 +69,11 @@ bool ParseCount(const char* line, long* count) {
 }
 
 int ClampToInt(long value) { return static_cast<int>(std::clamp<long>(value, INT_MIN, INT_MAX)); }
+
+// Moves words[from .. to] down by shift positions.
+void ShiftDown(word_t* words, int from, int to, int shift) {
+  if (shift > 0 && from <= to) std::copy(words + from, words + to + 1, words + from - shift);
+}
 
 // low <= value < high.
 bool InRange(long value, long low, long high) { return value >= low && value < high; }
@@ -219,4 +225,46 @@ bool CFSA::Export(const char* path) const {
     }
   }
   return fflush(out) == 0 && !ferror(out);
+}
+
+int CFSA::MaxPR(word_t* words, int* count, int handle) const {
+  if (words == nullptr || count == nullptr || *count < 1) return 0;
+  const int n = *count;
+  int start = 0;  // first word of the current attempt
+  int i = 0;      // current word
+  int state = 0;
+  int shift = 0;       // words removed so far
+  int lastAccept = 0;  // last word at which an accepting state was reached
+  int acceptTag = 0;
+  while (i < n) {
+    const int next = NextState(state, words[i].POS_id);
+    if (next != -1) {
+      state = next;
+      if (IsAccepted(state)) {
+        lastAccept = i;
+        acceptTag = m_pPosIdAccepted[state];
+      }
+      ++i;
+    } else if (lastAccept > start) {
+      // Merge start .. lastAccept into one word at start - shift.
+      word_t& name = words[start - shift];
+      if (shift > 0) name = words[start];
+      name.end = words[lastAccept].end;
+      name.type = static_cast<unsigned char>(acceptTag);
+      name.handle = handle;
+      shift += lastAccept - start;
+      start = i = lastAccept + 1;
+      state = 0;
+    } else {
+      ShiftDown(words, start, i, shift);
+      start = i = i + 1;
+      state = 0;
+    }
+  }
+  // An attempt still running at the last word is not merged; its words are
+  // moved down with the others so that the first n - shift words are the
+  // whole sentence.
+  ShiftDown(words, start, n - 1, shift);
+  *count = n - shift;
+  return 0;
 }

@@ -6,6 +6,9 @@
 // transition table holds one row per state and one entry per input symbol;
 // -1 means "no transition".
 //
+// MaxPR runs the automaton over the name roles of a tagged sentence and
+// merges each accepted run of words into one person-name word.
+//
 // An automaton is written as text (Import), saved as a binary file and later
 // only loaded. Lookups on a loaded automaton are const and lock-free.
 //
@@ -15,6 +18,8 @@
 #define ZIVOR_UTILITY_FSA_H_
 
 #include <memory>
+
+struct word_t;
 
 class CFSA {
  public:
@@ -50,6 +55,21 @@ class CFSA {
   // The state reached from `state` on `symbol`, or -1 when there is no such
   // transition; symbols outside 0 .. M-1 and unknown states give -1.
   int NextState(int state, int symbol) const;
+
+  // Merges person names in words[0 .. *count - 1], reading each word's
+  // POS_id as its role, and lowers *count by the number of words removed.
+  //
+  // From each start the automaton runs until it blocks; if it passed an
+  // accepting state after two words or more, the words up to the last
+  // accepting one become one word: a copy of the first with the last one's
+  // `end`, `type` = the accepting state's tag and the given handle. Scanning
+  // resumes after the merged run (words the failed continuation consumed
+  // are read again). A run that blocks without such an acceptance leaves its
+  // words alone and scanning resumes after the word that blocked it, which
+  // is not tried again as the first word of a name. Symbols outside
+  // 0 .. M-1 block. A run still going at the last word is not merged.
+  // Returns 0.
+  int MaxPR(word_t* words, int* count, int handle) const;
 
  private:
   using Row = std::unique_ptr<_transitive[]>;
