@@ -128,7 +128,9 @@ bool CFSA::Load(const char* path) {
   const uintmax_t fileSize = std::filesystem::file_size(path, error);
   BinaryReader in(fp.get());
   int nInputs = 0, nStates = 0;
-  if (error || !in.ReadInt(&nInputs) || !in.ReadInt(&nStates) || nInputs < 0 || nStates < 0) {
+  // No states at all is only the empty automaton, which has no inputs either.
+  if (error || !in.ReadInt(&nInputs) || !in.ReadInt(&nStates) || nInputs < 0 || nStates < 0 ||
+      (nStates == 0 && nInputs != 0)) {
     return false;
   }
   // Check the sizes against the file before allocating anything.

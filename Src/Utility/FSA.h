@@ -34,8 +34,9 @@ class CFSA {
   virtual ~CFSA();
 
   // Reads the binary automaton. False when the file cannot be opened, or is
-  // too short for the sizes in its header, or holds a transition to a state
-  // that does not exist; the previous automaton is then kept.
+  // too short for the sizes in its header, declares inputs without states, or
+  // holds a transition to a state that does not exist; the previous automaton
+  // is then kept.
   bool Load(const char* path);
   // Writes the binary automaton. False when the file cannot be written.
   bool Save(const char* path) const;
