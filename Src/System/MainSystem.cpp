@@ -1,11 +1,75 @@
-// MainSystem.cpp: construction, the processing drivers and the busy guard.
+// MainSystem.cpp: construction, the busy guard, the processing drivers and
+// the work buffers. Output is in MainSystemOutput.cpp, the dictionary passes
+// in MainSystemField.cpp, files and word queries in MainSystemFile.cpp.
 #include "System/MainSystem.h"
 
+#include <climits>
 #include <cstdlib>
+#include <cstring>
+#include <new>
+#include <vector>
 
 #include "Segment/PreProcess.h"
 #include "Segment/Segment.h"
+#include "Tagger/HMMTagger.h"
+#include "Utility/FSA.h"
+#include "Utility/Unigram.h"
 #include "Utility/global_linux.h"
+
+namespace {
+
+// Texts longer than this are processed line by line.
+constexpr size_t kLongTextBytes = 100;
+// Initial capacities of the work buffers.
+constexpr int kInitialResultBytes = 10240;
+constexpr int kInitialRecords = 2048;
+// Records and words are added in steps of this many beyond what is needed.
+constexpr int kGrowthStep = 1024;
+// Result text bytes reserved per input byte, untagged and tagged.
+constexpr int kUntaggedBytesPerByte = 3;
+constexpr int kTaggedBytesPerByte = 6;
+// Longest line whose buffers can be sized in int arithmetic.
+constexpr size_t kMaxLineBytes = INT_MAX / kTaggedBytesPerByte - kGrowthStep;
+// Default role of the person-name role tagger.
+constexpr int kDefaultRole = 22;
+
+bool IsLineBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+// realloc that leaves the buffer as it was when memory runs out.
+template <class T>
+bool Reallocate(T** buffer, int count) {
+  void* grown = realloc(*buffer, sizeof(T) * static_cast<size_t>(count));
+  if (grown == nullptr) return false;
+  *buffer = static_cast<T*>(grown);
+  return true;
+}
+
+}  // namespace
+
+// Marks the instance busy for the lifetime of one call. A second call on a
+// busy instance waits on m_idle until the first has finished, so one call at
+// a time runs on the instance and m_bProcessing is only touched under
+// m_mutex.
+class CMainSystem::Busy {
+ public:
+  explicit Busy(CMainSystem* system) : system_(system) {
+    pthread_mutex_lock(&system_->m_mutex);
+    while (system_->m_bProcessing) pthread_cond_wait(&system_->m_idle, &system_->m_mutex);
+    system_->m_bProcessing = true;
+    pthread_mutex_unlock(&system_->m_mutex);
+  }
+  ~Busy() {
+    pthread_mutex_lock(&system_->m_mutex);
+    system_->m_bProcessing = false;
+    pthread_cond_signal(&system_->m_idle);
+    pthread_mutex_unlock(&system_->m_mutex);
+  }
+  Busy(const Busy&) = delete;
+  Busy& operator=(const Busy&) = delete;
+
+ private:
+  CMainSystem* const system_;
+};
 
 CMainSystem::CMainSystem(CCharset* pCharset, CPDAT* pCoreDict, CUnigram* pUnigram,
                          CBigram* pBiDict, CTrie* pUserDict, CPDAT* pFieldDict,
@@ -22,8 +86,23 @@ CMainSystem::CMainSystem(CCharset* pCharset, CPDAT* pCoreDict, CUnigram* pUnigra
       m_pPersonFSA(pFSA), m_pCodeTranslator(pCodeTrans) {
   pthread_mutex_init(&m_mutex, nullptr);
   pthread_cond_init(&m_idle, nullptr);
-  m_pPreProcess = new CPreProcess(m_pCharset, m_pCoreDict, m_pUserDict);
-  m_pSegmenter = new CSegment(m_pCoreDict, m_pUnigram, m_pBiDict);
+  m_pPreProcess = new (std::nothrow) CPreProcess(m_pCharset, m_pCoreDict, m_pUserDict);
+  if (m_pPreProcess == nullptr) {
+    WriteLog("Cannot build object CPreProcess.\n", nullptr);
+    return;
+  }
+  m_pSegmenter = new (std::nothrow) CSegment(m_pCoreDict, m_pUnigram, m_pBiDict);
+  if (m_pSegmenter == nullptr) {
+    WriteLog("Cannot build object  CSegment", nullptr);
+    return;
+  }
+  const double vocabulary = m_pUnigram != nullptr ? m_pUnigram->GetItemCount() : 0.0;
+  if (g_bPOSTagger) {
+    m_pTagger = new CHMMTagger(m_pCorePOS, m_pPOSContext, vocabulary, kDefaultTag);
+  }
+  if (g_bNERPerson) {
+    m_pPERTagger = new CHMMTagger(m_pPersonRole, m_pPersonContext, vocabulary, kDefaultRole);
+  }
   AllocateBuffers();
 }
 
@@ -31,43 +110,238 @@ CMainSystem::~CMainSystem() {
   FreeBuffers();
   delete m_pPreProcess;
   delete m_pSegmenter;
+  delete m_pTagger;
+  delete m_pPERTagger;
   pthread_cond_destroy(&m_idle);
   pthread_mutex_destroy(&m_mutex);
 }
 
-void CMainSystem::AllocateBuffers() {}
-void CMainSystem::FreeBuffers() {}
-void CMainSystem::BeginProcessing() {}
-void CMainSystem::EndProcessing() {}
-
-const char* CMainSystem::Process(const char*, int, bool) { return ""; }
-int CMainSystem::ProcessA(const char*, std::string&, bool, bool, bool) { return 0; }
-int CMainSystem::ProcessAtomEx(const char*, bool, bool, bool) { return 0; }
-int CMainSystem::ProcessAtom(const char*, bool, bool) { return 0; }
-result_t* CMainSystem::GetResult(int* p_nCount) {
-  *p_nCount = 0;
-  return nullptr;
+void CMainSystem::AllocateBuffers() {
+  if (Reallocate(&m_sResult, kInitialResultBytes)) {
+    m_nResultMemSize = kInitialResultBytes;
+    m_sResult[0] = '\0';
+  }
+  if (Reallocate(&m_pVecResult, kInitialRecords)) m_nVecResultMemSize = kInitialRecords;
+  if (Reallocate(&m_pVecOut, kInitialRecords)) m_nVecOutMemSize = kInitialRecords;
+  if (Reallocate(&m_pVecField, kInitialRecords)) m_nFiledMemSize = kInitialRecords;
 }
+
+void CMainSystem::FreeBuffers() {
+  free(m_sResult);
+  free(m_pVecResult);
+  free(m_pVecOut);
+  free(m_pVecField);
+  m_sResult = nullptr;
+  m_pVecResult = m_pVecOut = nullptr;
+  m_pVecField = nullptr;
+  m_nResultMemSize = m_nResultLen = 0;
+  m_nVecResultMemSize = m_nVecResultLen = 0;
+  m_nVecOutMemSize = m_nVecOutLen = 0;
+  m_nFiledMemSize = 0;
+}
+
+const char* CMainSystem::Process(const char* sLineOrig, int bPOStagged, bool bUserDict) {
+  Busy busy(this);
+  RunText(sLineOrig, bPOStagged != 0, bUserDict, true);
+  if (m_bLongText) return m_sOutput.c_str();
+  return m_sResult != nullptr ? m_sResult : "";
+}
+
+// Without a translator the text is GBK already: sLineTrans stays untouched and
+// the records' offsets refer to the caller's text whatever bKeyWordExtract.
+int CMainSystem::ProcessA(const char* sLineOrig, std::string& /*sLineTrans*/,
+                          bool bPOStagged, bool bUserDict, bool /*bKeyWordExtract*/) {
+  Busy busy(this);
+  RunText(sLineOrig, bPOStagged, bUserDict, false);
+  int count = 0;
+  GetResult(&count);
+  return count;
+}
+
+int CMainSystem::ProcessAtomEx(const char* sLine, bool bPOStagged, bool bUserDict,
+                               bool bStrOut) {
+  Busy busy(this);
+  return RunText(sLine, bPOStagged, bUserDict, bStrOut);
+}
+
+int CMainSystem::RunText(const char* sLine, bool bPOStagged, bool bUserDict, bool bStrOut) {
+  m_bLongText = false;
+  const size_t length = sLine != nullptr ? strlen(sLine) : 0;
+  if (length <= kLongTextBytes || length > kMaxLineBytes) {
+    return ProcessAtom(sLine, bPOStagged, bUserDict);
+  }
+  return RunLongText(sLine, static_cast<int>(length), bPOStagged, bUserDict, bStrOut);
+}
+
+// Cuts a long text into lines (leading white space of a line is skipped),
+// analyses each, gathers the results in m_sOutput or m_pVecOut and keeps
+// each line break as a token of its own.
+int CMainSystem::RunLongText(const char* sLine, int nLen, bool bPOStagged, bool bUserDict,
+                             bool bStrOut) {
+  m_bLongText = true;
+  std::vector<char> text(sLine, sLine + nLen + 1);
+  m_nVecOutLen = 0;
+  ReserveRecords(&m_pVecOut, &m_nVecOutMemSize, nLen);
+  if (bStrOut) m_sOutput.clear();
+  char* const base = text.data();
+  char* cursor = base;
+  for (;;) {
+    char* next = nullptr;
+    char separator = '\0';
+    char* line = StrLine(cursor, &next, &separator);
+    if (line == nullptr) break;
+    ProcessAtom(line, bPOStagged, bUserDict);
+    if (next != nullptr) *next = separator;
+    if (!bStrOut) {
+      AppendLineRecords(static_cast<int>(line - base));
+    } else if (m_sResult != nullptr) {
+      m_sOutput += m_sResult;
+    }
+    if (next == nullptr) break;
+    SetOutput(base, static_cast<int>(next - base), 1, -1, 1, true);
+    cursor = next + 1;
+  }
+  return m_nVecResultLen;
+}
+
+void CMainSystem::AppendLineRecords(int nLineOffset) {
+  if (!ReserveRecords(&m_pVecOut, &m_nVecOutMemSize, m_nVecOutLen + m_nVecResultLen)) return;
+  for (int k = 0; k < m_nVecResultLen; ++k) {
+    result_t& record = m_pVecOut[m_nVecOutLen + k];
+    record = m_pVecResult[k];
+    record.start += nLineOffset;
+  }
+  m_nVecOutLen += m_nVecResultLen;
+}
+
+int CMainSystem::ProcessAtom(const char* sLine, bool bPOStagged, bool bUserDict) {
+  m_nVecResultLen = 0;
+  m_nResultLen = 0;
+  if (m_sResult != nullptr) m_sResult[0] = '\0';
+  const size_t length = sLine != nullptr ? strlen(sLine) : 0;
+  if (length == 0 || length > kMaxLineBytes) return 0;
+  if (m_pPreProcess == nullptr || m_pSegmenter == nullptr) return 0;
+  const int n = static_cast<int>(length);
+  PrepareLineBuffers(n, g_bPOSTagger && bPOStagged);
+  int pos = 0;
+  while (pos < n) {
+    while (pos < n && IsLineBlank(sLine[pos])) SetOutput(sLine, pos++, 1, -1, 1, false);
+    if (pos >= n) break;
+    const char* segment = sLine + pos;
+    const char* next = SegmentSentence(segment, n - pos);
+    ProcessSegment(segment, pos, bPOStagged, bUserDict);
+    if (next <= segment) break;  // nothing consumed; never loop on the same bytes
+    pos += static_cast<int>(next - segment);
+  }
+  return m_nVecResultLen;
+}
+
+// Atom segmentation measures and sizes its buffers by the whole rest of the
+// text it is given, which would make a long line cost quadratic time. It is
+// therefore given a window of the line that ends well after the sentence; a
+// window that the sentence (or the look-ahead past its last atom) may run
+// out of is widened until it is the rest of the line.
+const char* CMainSystem::SegmentSentence(const char* pSegment, int nRemaining) {
+  constexpr int kFirstWindow = 4096;
+  constexpr int kLookAheadMargin = 64;
+  for (int window = kFirstWindow; window < nRemaining; window *= 4) {
+    m_sWindow.assign(pSegment, static_cast<size_t>(window));
+    const char* next = m_pPreProcess->FullSegment(m_sWindow.c_str());
+    const int consumed = static_cast<int>(next - m_sWindow.c_str());
+    if (consumed <= window - kLookAheadMargin) return pSegment + consumed;
+  }
+  return m_pPreProcess->FullSegment(pSegment);
+}
+
+// Sizes the buffers for a line of nLen bytes before any stage runs, so that
+// appending words does not reallocate: a sentence segment has at most nLen
+// words plus its two pseudo-words, a line at most nLen tokens.
+void CMainSystem::PrepareLineBuffers(int nLen, bool bTagged) {
+  if (nLen + 2 > m_nFiledMemSize && Reallocate(&m_pVecField, nLen + kGrowthStep)) {
+    m_nFiledMemSize = nLen + kGrowthStep;
+  }
+  ReserveRecords(&m_pVecResult, &m_nVecResultMemSize, nLen);
+  ReserveResultText(nLen * (bTagged ? kTaggedBytesPerByte : kUntaggedBytesPerByte));
+}
+
+void CMainSystem::ProcessSegment(const char* pSegment, int nOffset, bool bPOStagged,
+                                 bool bUserDict) {
+  if (m_pPreProcess->AtomCount() < 3) return;  // no lattice was built for it
+  m_pSegmenter->BiSegment(m_pPreProcess->WordGraph(), m_pPreProcess->GraphLength(),
+                          m_pPreProcess->WordCounter(), m_pPreProcess->AtomCount());
+  word_t* words = m_pSegmenter->m_pWords;
+  int count = m_pSegmenter->m_nWordCount;
+  if (m_pPERTagger != nullptr) {
+    m_pPERTagger->Tagging(words, count);
+    if (m_pPersonFSA != nullptr) m_pPersonFSA->MaxPR(words, &count, gUnknown_nr_ID);
+    m_pSegmenter->m_nWordCount = count;
+  }
+  if (g_bPOSTagger && bPOStagged && m_pTagger != nullptr) m_pTagger->Tagging(words, count);
+  if (m_pGranDict != nullptr) {
+    int merged = 0;
+    FieldDic(pSegment, words, count, m_pVecField, merged, m_pGranDict, m_pGranPOS, 0);
+    words = m_pVecField;
+    count = merged;
+  }
+  if (m_pFieldDict != nullptr) {
+    // The field pass works on the granularity pass's output only; without a
+    // granularity dictionary it is handed no words.
+    word_t* source = m_pGranDict != nullptr ? m_pVecField : nullptr;
+    const int sourceCount = m_pGranDict != nullptr ? count : 0;
+    int merged = 0;
+    FieldDic(pSegment, source, sourceCount, m_pVecField, merged, m_pFieldDict, m_pFieldPOS,
+             kMergedWordType);
+    words = m_pVecField;
+    count = merged;
+  }
+  Output(pSegment, words, count, nOffset, bPOStagged, bUserDict);
+}
+
+result_t* CMainSystem::GetResult(int* p_nCount) {
+  const bool longText = m_bLongText;
+  if (p_nCount != nullptr) *p_nCount = longText ? m_nVecOutLen : m_nVecResultLen;
+  return longText ? m_pVecOut : m_pVecResult;
+}
+
 bool CMainSystem::SetFieldPOS(CPOS* pFieldPOS) {
   m_pFieldPOS = pFieldPOS;
   return true;
 }
-int CMainSystem::Output(const char*, word_t*, int, int, int, bool) { return 0; }
-int CMainSystem::SetOutput(const char*, int, int, int, int, bool) { return 0; }
-bool CMainSystem::SetPOSmap(int nPOSmap) {
-  if (nPOSmap < 0 || nPOSmap > 3) return false;
-  m_nPOSmap = nPOSmap;
+
+bool CMainSystem::ReserveResultText(int nBytes) {
+  if (nBytes <= m_nResultMemSize) return true;
+  if (!Reallocate(&m_sResult, nBytes)) return false;
+  if (m_nResultMemSize == 0) m_sResult[0] = '\0';
+  m_nResultMemSize = nBytes;
   return true;
 }
-int CMainSystem::GetPosmap() { return m_nPOSmap; }
-int CMainSystem::FieldDic(const char*, word_t*, int, word_t*, int& nWordCountDest,
-                          CPDAT*, CPOS*, int) {
-  nWordCountDest = 0;
-  return 0;
+
+bool CMainSystem::ReserveRecords(result_t** ppVec, int* pCapacity, int nRecords) {
+  if (nRecords <= *pCapacity) return true;
+  if (!Reallocate(ppVec, nRecords + kGrowthStep)) return false;
+  *pCapacity = nRecords + kGrowthStep;
+  return true;
 }
-double CMainSystem::FileProcess(const char*, const char*, int) { return 0.0; }
-bool CMainSystem::FileProcessEx(const char*, const char*) { return true; }
-bool CMainSystem::IsWord(const char*) { return false; }
-double CMainSystem::GetUniProb(int) { return 0.0; }
-double CMainSystem::GetUniProb(const char*) { return 0.0; }
-bool CMainSystem::IsFreqAssociate(const char*, const char*) { return false; }
+
+result_t* CMainSystem::AppendRecord(result_t** ppVec, int* pLen, int* pCapacity) {
+  if (!ReserveRecords(ppVec, pCapacity, *pLen + 1)) return nullptr;
+  result_t* record = *ppVec + (*pLen)++;
+  memset(record, 0, sizeof(*record));
+  record->iPOS = kNoTag;
+  record->word_ID = -1;
+  return record;
+}
+
+bool CMainSystem::AppendResultText(const char* pText, int nLen) {
+  if (nLen < 0) nLen = 0;
+  // Room for the text, the word boundary's two bytes and the final NUL.
+  const int needed = m_nResultLen + nLen + 3;
+  if (needed > m_nResultMemSize &&
+      !ReserveResultText(needed > m_nResultMemSize * 2 ? needed : m_nResultMemSize * 2)) {
+    return false;
+  }
+  memcpy(m_sResult + m_nResultLen, pText, static_cast<size_t>(nLen));
+  m_nResultLen += nLen;
+  m_sResult[m_nResultLen] = '\0';
+  return true;
+}

@@ -16,6 +16,7 @@
 #include <pthread.h>
 #include <stdio.h>
 
+#include <atomic>
 #include <string>
 
 #include "Utility/Global.h"
@@ -138,17 +139,67 @@ class CMainSystem {
   bool m_bLongText = false;
   int m_nFiledMemSize = 0;
   word_t* m_pVecField = nullptr;
-  int m_nPOSmap = 0;
+  std::atomic<int> m_nPOSmap{0};  // may be switched while a run is under way
   pthread_mutex_t m_mutex;
   bool m_bProcessing = false;  // read and written only under m_mutex
 
  private:
-  pthread_cond_t m_idle;  // signalled when m_bProcessing is cleared
+  class Busy;  // holds m_bProcessing for the lifetime of one call
+
+  // The default tag (a word or user word without a known tag).
+  static constexpr unsigned char kDefaultTag = 21;
+  // Word types: a user-dictionary word, a field-dictionary word or person name.
+  static constexpr unsigned char kUserWordType = 101;
+  static constexpr unsigned char kMergedWordType = 102;
 
   void AllocateBuffers();
   void FreeBuffers();
-  void BeginProcessing();
-  void EndProcessing();
+
+  // Everything between taking the busy flag and releasing it.
+  int RunText(const char* sLine, bool bPOStagged, bool bUserDict, bool bStrOut);
+  int RunLongText(const char* sLine, int nLen, bool bPOStagged, bool bUserDict,
+                  bool bStrOut);
+  void AppendLineRecords(int nLineOffset);
+  // Runs the stages over one sentence segment at nOffset in the line.
+  void ProcessSegment(const char* pSegment, int nOffset, bool bPOStagged,
+                      bool bUserDict);
+  void PrepareLineBuffers(int nLen, bool bTagged);
+  // Atoms and lattice of the sentence at the front of pSegment (nRemaining
+  // bytes to the end of the line); returns where the next sentence begins.
+  const char* SegmentSentence(const char* pSegment, int nRemaining);
+
+  // Buffer growth: capacities only grow, never below what is asked for.
+  bool ReserveResultText(int nBytes);
+  static bool ReserveRecords(result_t** ppVec, int* pCapacity, int nRecords);
+  static result_t* AppendRecord(result_t** ppVec, int* pLen, int* pCapacity);
+  bool AppendResultText(const char* pText, int nLen);
+  void AppendWordBoundary();
+  void TerminateResult();
+
+  // Output helpers (MainSystemOutput.cpp).
+  struct Token;
+  // Appends the token that starts at word i; returns the words it consumed.
+  int OutputWord(const char* pLine, word_t* pWords, int nWordCount, int i,
+                 int nStartLen, bool bTagged, bool bUserDict,
+                 const CPOSmap* pMap);
+  void MatchUserWord(const char* pLine, word_t* pWords, int nWordCount,
+                     int i, bool bTagged, const CPOSmap* pMap, Token* pToken,
+                     result_t* pRecord);
+  static void MergePatterns(const char* pLine, word_t* pWords, int nWordCount,
+                            int i, bool bTagged, Token* pToken);
+  void WriteTag(const word_t& word, const Token& token, const CPOSmap* pMap,
+                result_t* pRecord);
+
+  // One field pass step: the number of source words the dictionary word at
+  // word i covers exactly, or 0.
+  static int DictionaryCover(const char* pLine, const word_t* pWords,
+                             int nWordCount, int i, CPDAT* pDict, int* pHandle);
+  // FileProcess: analyses one piece of a file, returns the clock ticks spent.
+  double ProcessPiece(const char* pPiece, int nLen, int bPOStagged,
+                      std::string* pResult);
+
+  pthread_cond_t m_idle;  // signalled when m_bProcessing is cleared
+  std::string m_sWindow;  // the front of a long line, for SegmentSentence
 };
 
 #endif  // ZIVOR_SYSTEM_MAINSYSTEM_H_

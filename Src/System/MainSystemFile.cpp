@@ -1,0 +1,124 @@
+// MainSystemFile.cpp: analysis of a whole file and the dictionary queries.
+#include <sys/stat.h>
+
+#include <cstring>
+#include <ctime>
+
+#include "System/MainSystem.h"
+#include "Utility/Bigram.h"
+#include "Utility/BinaryIO.h"
+#include "Utility/PDAT.h"
+#include "Utility/Unigram.h"
+#include "Utility/global_linux.h"
+
+namespace {
+
+// A source line is analysed in pieces of at most this many bytes minus one.
+constexpr int kFilePieceBytes = 10240;
+// Additive smoothing per vocabulary item.
+constexpr double kSmoothing = 0.05;
+// Pair frequency below which two words are never associated, and the share
+// of a word's frequency the pair must reach.
+constexpr int kMinAssociatedPairs = 4;
+constexpr double kAssociationShare = 0.1;
+
+double LogOpenFailure(const char* path) {
+  WriteLog("Error read file", nullptr);
+  WriteLog(path != nullptr ? path : "", nullptr);
+  return 0.0;
+}
+
+// Reads like fgets (up to nCapacity - 1 bytes, through the first line feed)
+// but returns the number of bytes read, so NUL bytes in the file are seen.
+int ReadPiece(FILE* fp, char* buffer, int nCapacity) {
+  int length = 0;
+  while (length < nCapacity - 1) {
+    const int c = getc(fp);
+    if (c == EOF) break;
+    buffer[length++] = static_cast<char>(c);
+    if (c == '\n') break;
+  }
+  buffer[length] = '\0';
+  return length;
+}
+
+long SourceSize(const char* path) {
+  struct stat status;
+  return stat(path, &status) == 0 ? static_cast<long>(status.st_size) : 0;
+}
+
+}  // namespace
+
+double CMainSystem::FileProcess(const char* sSrcFilename, const char* sDsnFilename,
+                                int bPOStagged) {
+  // Both are opened before either is tested: the destination is created or
+  // emptied even when the source is missing.
+  const FilePtr source = OpenFile(sSrcFilename, "r");
+  const FilePtr dest = OpenFile(sDsnFilename, "w");
+  if (!source) return LogOpenFailure(sSrcFilename);
+  if (!dest) return LogOpenFailure(sDsnFilename);
+  char piece[kFilePieceBytes];
+  std::string result;
+  double ticks = 0;
+  for (int length; (length = ReadPiece(source.get(), piece, kFilePieceBytes)) > 0;) {
+    ticks += ProcessPiece(piece, length, bPOStagged, &result);
+    fprintf(dest.get(), "%s\n", result.c_str());
+  }
+  const double seconds = ticks / CLOCKS_PER_SEC;
+  return SourceSize(sSrcFilename) / seconds / 1000;
+}
+
+// Analyses one piece of a file; the parts between NUL bytes are analysed one
+// after the other and their results joined. Returns the clock ticks spent.
+double CMainSystem::ProcessPiece(const char* pPiece, int nLen, int bPOStagged,
+                                 std::string* pResult) {
+  pResult->clear();
+  double ticks = 0;
+  for (int pos = 0; pos < nLen;) {
+    const char* part = pPiece + pos;
+    const int partLen = static_cast<int>(strlen(part));
+    if (partLen > 0) {
+      const clock_t begin = clock();
+      const char* text = Process(part, bPOStagged, true);
+      ticks += static_cast<double>(clock() - begin);
+      pResult->append(text);
+    }
+    pos += partLen + 1;
+  }
+  return ticks;
+}
+
+bool CMainSystem::FileProcessEx(const char* /*sSrcFilename*/, const char* /*sDsnFilename*/) {
+  return true;
+}
+
+bool CMainSystem::IsWord(const char* sWord) {
+  return sWord != nullptr && m_pCoreDict != nullptr && m_pCoreDict->Find(sWord) != -1;
+}
+
+double CMainSystem::GetUniProb(int nHandle) {
+  if (m_pUnigram == nullptr) return 0.0;
+  const double frequency = nHandle >= 0 ? m_pUnigram->GetFreq(nHandle) : 0;
+  const double total = m_pUnigram->GetTotalFreq();
+  const double items = m_pUnigram->GetItemCount();
+  return (frequency + kSmoothing) / (total + kSmoothing * items);
+}
+
+double CMainSystem::GetUniProb(const char* sWord) {
+  const int handle = sWord != nullptr && m_pCoreDict != nullptr ? m_pCoreDict->Find(sWord) : -1;
+  return GetUniProb(handle);
+}
+
+bool CMainSystem::IsFreqAssociate(const char* sPrevWord, const char* sNextWord) {
+  if (sPrevWord == nullptr || sNextWord == nullptr || m_pCoreDict == nullptr ||
+      m_pBiDict == nullptr || m_pUnigram == nullptr) {
+    return false;
+  }
+  const int prev = m_pCoreDict->Find(sPrevWord);
+  const int next = m_pCoreDict->Find(sNextWord);
+  if (prev == -1 || next == -1) return false;
+  const int pairs = m_pBiDict->GetFreq(prev, next);
+  if (pairs < kMinAssociatedPairs) return false;
+  return pairs >= kAssociationShare * m_pUnigram->GetFreq(prev) ||
+         pairs >= kAssociationShare * m_pUnigram->GetFreq(next);
+}
