@@ -1,0 +1,144 @@
+// Many threads analysing at once through the pool get exactly what one
+// thread gets, and each call has an instance of its own.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "API/ZIVOR.h"
+#include "API/ZIVORState.h"
+#include "API/ZIVORWorker.h"
+#include "MiniData.h"
+#include "TestUtil.h"
+
+namespace {
+
+using testutil::Gbk;
+
+constexpr int kThreads = 8;
+#if defined(__SANITIZE_THREAD__)
+constexpr int kCallsPerThread = 300;  // ThreadSanitizer runs about 10x slower
+#else
+constexpr int kCallsPerThread = 2000;
+#endif
+
+// What one call returned, copied before the next call can overwrite it.
+struct Outcome {
+  std::string tagged;
+  std::string plain;
+  std::vector<result_t> records;
+
+  bool operator==(const Outcome& o) const {
+    return tagged == o.tagged && plain == o.plain && records.size() == o.records.size() &&
+           (records.empty() ||
+            memcmp(records.data(), o.records.data(), records.size() * sizeof(result_t)) == 0);
+  }
+};
+
+Outcome Analyse(const std::string& text) {
+  Outcome outcome;
+  const char* tagged = ZIVOR_ParagraphProcess(text.c_str(), 1);
+  outcome.tagged = tagged != nullptr ? tagged : "(null)";
+  const char* plain = ZIVOR_ParagraphProcess(text.c_str(), 0);
+  outcome.plain = plain != nullptr ? plain : "(null)";
+  int count = 0;
+  const result_t* records = ZIVOR_ParagraphProcessA(text.c_str(), &count, true);
+  if (records != nullptr) outcome.records.assign(records, records + count);
+  return outcome;
+}
+
+// Short texts, texts over 100 bytes (analysed line by line), blanks and line
+// breaks.
+std::vector<std::string> Texts() {
+  std::vector<std::string> texts;
+  for (const char* utf8 :
+       {"中国人民热爱和平。", "他在北京大学学习经济。", "记者王伟报道",
+        "结婚的和尚未结婚的", "  他们 在 天津 参加 了 会议 。",
+        "我们要发展经济，提高人民的生活水平。\n新华社北京电。\r\n李明是北京大学的学生。",
+        "研究生在研究生命的起源。国务院总理刘强访问了上海。联合国表示，世界需要和平。"
+        "陈丽喜欢读书。她买了三本书。",
+        "第一\t1998年 abc123 “学习很重要。”——— 把书给我！", "一", ""}) {
+    texts.push_back(Gbk(utf8));
+  }
+  std::string paragraph;
+  for (int i = 0; i < 20; ++i) paragraph += Gbk("政府和企业都在研究这个问题。\n");
+  texts.push_back(paragraph);
+  return texts;
+}
+
+class ApiConcurrencyTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(testutil::BuildMiniData(data_.path()));
+    ASSERT_TRUE(ZIVOR_Init(data_.path().c_str(), 0));
+  }
+  void TearDown() override { ZIVOR_Exit(); }
+
+  testutil::TempDir data_;
+};
+
+TEST_F(ApiConcurrencyTest, ThreadsGetTheSingleThreadedResults) {
+  const std::vector<std::string> texts = Texts();
+  std::vector<Outcome> expected;
+  for (const std::string& text : texts) expected.push_back(Analyse(text));
+  ASSERT_EQ(1u, g_vecWorker.size());
+
+  std::atomic<int> mismatches{0};
+  std::atomic<int> ready{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&, t] {
+      // Start together so that the pool grows under contention.
+      ++ready;
+      while (ready < kThreads) std::this_thread::yield();
+      for (int i = 0; i < kCallsPerThread / 3; ++i) {
+        const size_t k = static_cast<size_t>(t * 7 + i) % texts.size();
+        if (!(Analyse(texts[k]) == expected[k])) ++mismatches;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(0, mismatches);
+
+  // One worker per thread at most, each with its own instance: no call ever
+  // found its instance busy.
+  EXPECT_LE(g_vecWorker.size(), static_cast<size_t>(kThreads));
+  std::vector<const CMainSystem*> instances;
+  for (unsigned int i = 0; i < g_nCopyMemSize; ++i) {
+    if (g_vecZIVOR[i] != nullptr) instances.push_back(g_vecZIVOR[i]);
+  }
+  EXPECT_EQ(g_vecWorker.size() + 1, instances.size());
+  EXPECT_LE(instances.size(), static_cast<size_t>(kThreads + 1));
+  for (const auto& worker : g_vecWorker) EXPECT_TRUE(worker->IsAvailable());
+}
+
+TEST_F(ApiConcurrencyTest, RacingClaimsNeverShareAWorker) {
+  // Workers are released and reclaimed as fast as possible; a worker handed
+  // to two threads at once would be seen twice in the in-use set.
+  std::atomic<int> in_use[64] = {};
+  std::atomic<int> doubles{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&] {
+      for (int i = 0; i < kCallsPerThread * 5; ++i) {
+        CZIVOR* worker = GetActiveInstance();
+        size_t index = 0;
+        {
+          PoolLock lock(&g_hWoker);
+          while (index < g_vecWorker.size() && g_vecWorker[index].get() != worker) ++index;
+        }
+        if (index < 64 && in_use[index].fetch_add(1) != 0) ++doubles;
+        if (index < 64) in_use[index].fetch_sub(1);
+        worker->SetAvailable(true);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(0, doubles);
+  EXPECT_LE(g_vecWorker.size(), static_cast<size_t>(kThreads));
+}
+
+}  // namespace

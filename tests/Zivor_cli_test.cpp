@@ -1,0 +1,204 @@
+// Tests of the zivor command on the mini data set: its output agrees with the
+// library called directly, its options, and its failures.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "API/ZIVOR.h"
+#include "MiniData.h"
+#include "TestUtil.h"
+#include "Utility/global_linux.h"
+
+namespace {
+
+using testutil::Gbk;
+using testutil::Utf8;
+
+struct CliRun {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+
+std::string Quote(const std::string& s) {
+  std::string q = "'";
+  for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return q + "'";
+}
+
+std::vector<std::string> SplitLines(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream in(text);
+  std::string line;
+  while (std::getline(in, line)) lines.push_back(line);
+  return lines;
+}
+
+class ZivorCliTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    data_ = new testutil::TempDir;
+    ASSERT_TRUE(testutil::BuildMiniData(data_->path()));
+    ASSERT_TRUE(ZIVOR_Init(data_->path().c_str(), 0));
+  }
+  static void TearDownTestSuite() {
+    ZIVOR_Exit();
+    delete data_;
+    data_ = nullptr;
+  }
+  void TearDown() override { ZIVOR_SetPOSmap(0); }
+
+  // Runs zivor in the scratch directory with `input` on standard input.
+  CliRun Run(const std::vector<std::string>& args, const std::string& input = "") const {
+    testutil::WriteFile(work_.File("stdin"), input);
+    std::string command = "cd " + Quote(work_.path()) + " && " + Quote(ZIVOR_CLI_TOOL);
+    for (const std::string& arg : args) command += " " + Quote(arg);
+    command += " < stdin > stdout 2> stderr";
+    const int status = system(command.c_str());
+    CliRun run;
+    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    run.out = testutil::ReadFileBytes(work_.File("stdout"));
+    run.err = testutil::ReadFileBytes(work_.File("stderr"));
+    return run;
+  }
+  std::vector<std::string> WithData(std::vector<std::string> args) const {
+    args.insert(args.begin(), {"-d", data_->path()});
+    return args;
+  }
+
+  static testutil::TempDir* data_;
+  testutil::TempDir work_;
+};
+
+testutil::TempDir* ZivorCliTest::data_ = nullptr;
+
+const char* const kSentences[] = {"中国人民热爱和平。", "记者王伟报道：今天上午，北京举行了一次重要会议。",
+                                  "", "  他们 在 天津 参加 了 会议 。"};
+
+std::string Input() {
+  std::string input;
+  for (const char* sentence : kSentences) input += Gbk(sentence) + "\n";
+  return input;
+}
+
+TEST_F(ZivorCliTest, PrintsTheLibrarysResultForEveryLine) {
+  for (const bool tags : {true, false}) {
+    const CliRun run = Run(WithData(tags ? std::vector<std::string>{}
+                                         : std::vector<std::string>{"--no-tags"}),
+                           Input());
+    ASSERT_EQ(0, run.status) << run.err;
+    EXPECT_EQ("", run.err);
+    std::string expected;
+    for (const char* sentence : kSentences) {
+      expected += std::string(ZIVOR_ParagraphProcess(Gbk(sentence).c_str(), tags)) + "\n";
+    }
+    EXPECT_EQ(Utf8(expected), Utf8(run.out));
+  }
+  EXPECT_EQ("中国/ns 人民/n 热爱/v 和平/n 。/wj ", Utf8(SplitLines(Run(WithData({}), Input()).out)[0]));
+}
+
+TEST_F(ZivorCliTest, MapLevelChoosesTheTagNames) {
+  for (int level = 0; level <= 3; ++level) {
+    const CliRun run = Run(WithData({"--map", std::to_string(level)}), Input());
+    ASSERT_EQ(0, run.status) << run.err;
+    ZIVOR_SetPOSmap(level);
+    std::string expected;
+    for (const char* sentence : kSentences) {
+      expected += std::string(ZIVOR_ParagraphProcess(Gbk(sentence).c_str(), 1)) + "\n";
+    }
+    EXPECT_EQ(Utf8(expected), Utf8(run.out)) << level;
+  }
+  EXPECT_EQ("中国/n 人民/n 热爱/v 和平/n 。/w \n",
+            Utf8(SplitLines(Run(WithData({"--map", "1"}), Input()).out)[0] + "\n"));
+}
+
+TEST_F(ZivorCliTest, RecordsMatchTheLibrarysRecords) {
+  const CliRun run = Run(WithData({"--records"}), Input());
+  ASSERT_EQ(0, run.status) << run.err;
+  const std::vector<std::string> lines = SplitLines(run.out);
+  size_t next = 0;
+  for (const char* sentence : kSentences) {
+    int count = 0;
+    const result_t* records = ZIVOR_ParagraphProcessA(Gbk(sentence).c_str(), &count, true);
+    for (int i = 0; i < count; ++i, ++next) {
+      ASSERT_LT(next, lines.size());
+      const result_t& r = records[i];
+      char expected[256];
+      snprintf(expected, sizeof expected, "%d\t%d\t%s\t%d\t%d\t%.6f", r.start, r.length, r.sPOS,
+               r.word_ID, r.word_type, r.weight);
+      EXPECT_EQ(expected, lines[next]) << sentence;
+    }
+    ASSERT_LT(next, lines.size());
+    EXPECT_EQ("", lines[next++]) << "an empty line ends each input line";
+  }
+  EXPECT_EQ(lines.size(), next);
+}
+
+TEST_F(ZivorCliTest, UserDictionaryWordsOverrideTheSegmentation) {
+  testutil::WriteFile(work_.File("words.txt"), Gbk("经济发展 nz\n热爱和平 vl\n"));
+  const std::string input = Gbk("我们要经济发展。\n中国人民热爱和平。\n");
+  const CliRun run = Run(WithData({"--user-dict", work_.File("words.txt")}), input);
+  ASSERT_EQ(0, run.status) << run.err;
+  EXPECT_EQ("我们/rr 要/v 经济发展/nz 。/wj \n中国/ns 人民/n 热爱和平/vl 。/wj \n", Utf8(run.out));
+  // The data directory itself is left as it was.
+  EXPECT_EQ("我们/rr 要/v 经济/n 发展/v 。/wj \n",
+            Utf8(SplitLines(Run(WithData({}), input).out)[0] + "\n"));
+  EXPECT_EQ(1, Run(WithData({"--user-dict", work_.File("missing.txt")}), input).status);
+}
+
+TEST_F(ZivorCliTest, ReadsFilesInOrderAndReportsMissingOnes) {
+  testutil::WriteFile(work_.File("a.txt"), Gbk("中国\n"));
+  testutil::WriteFile(work_.File("b.txt"), Gbk("北京\r\n"));
+  const CliRun run = Run(WithData({"--no-tags", "a.txt", "missing.txt", "b.txt"}));
+  EXPECT_EQ(1, run.status);
+  EXPECT_EQ("中国 \n北京 \n", Utf8(run.out));
+  EXPECT_NE(std::string::npos, run.err.find("cannot open missing.txt")) << run.err;
+}
+
+TEST_F(ZivorCliTest, BinaryAndHugeLinesAreAnalysedWholeWithoutCrashing) {
+  std::string input = std::string("abc\0def", 7) + "\n";  // NUL inside a line
+  input += Gbk("中国") + "\xd6\n";                          // lone lead byte at the end
+  input += std::string("\x80\xff\x81\x00\xfe", 5) + "\n";
+  input += std::string(1 << 20, 'x') + Gbk("和平") + "\n";  // one megabyte line
+  input += Gbk("北京");                                     // no final line feed
+  const CliRun run = Run(WithData({"--no-tags"}), input);
+  ASSERT_EQ(0, run.status) << run.err;
+  const std::vector<std::string> lines = SplitLines(run.out);
+  ASSERT_EQ(5u, lines.size());
+  // The NUL is read as a blank (a token of its own), so nothing is lost.
+  EXPECT_EQ("abc   def ", lines[0]);
+  EXPECT_EQ(Gbk("北京 "), lines[4]);
+  EXPECT_NE(std::string::npos, lines[3].find(Gbk("和平"))) << lines[3].size();
+}
+
+TEST_F(ZivorCliTest, FailedInitialisationPointsAtTheLog) {
+  const CliRun run = Run({"-d", work_.File("nowhere")}, Input());
+  EXPECT_EQ(1, run.status);
+  EXPECT_EQ("", run.out);
+  EXPECT_NE(std::string::npos, run.err.find("cannot initialise from " + work_.File("nowhere/Data")))
+      << run.err;
+  const std::string log = work_.File(LogFileName(nullptr));
+  EXPECT_NE(std::string::npos, run.err.find(log)) << run.err;
+  EXPECT_NE(std::string::npos, testutil::ReadFileBytes(log).find("Cannot Open Configure file"));
+}
+
+TEST_F(ZivorCliTest, BadOptionsAreRefused) {
+  for (const std::vector<std::string>& args :
+       {std::vector<std::string>{"-e", "utf8"}, {"--map", "4"}, {"--map"}, {"--bogus"}, {"-d"}}) {
+    const CliRun run = Run(WithData(args), Input());
+    EXPECT_EQ(2, run.status) << args[0];
+    EXPECT_EQ("", run.out) << args[0];
+    EXPECT_NE("", run.err) << args[0];
+  }
+  EXPECT_NE(std::string::npos, Run({"-e", "big5"}).err.find("only gbk"));
+  const CliRun help = Run({"-h"});
+  EXPECT_EQ(0, help.status);
+  EXPECT_NE(std::string::npos, help.out.find("--records"));
+  EXPECT_EQ(0, Run(WithData({"-e", "GBK"}), Input()).status);
+}
+
+}  // namespace
