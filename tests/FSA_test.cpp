@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -137,172 +137,144 @@ TEST(FSATest, BadInputIsRejectedAndThePreviousAutomatonKept) {
 
 namespace {
 
-// Roles of the automata below; M is 4 unless a test says otherwise.
+// Roles of the automata below; M is 4.
 constexpr int kA = 0, kB = 1, kC = 2, kEnd = 3;
 constexpr int kNameHandle = 999;
 
-struct Move {
-  int from, input, to;
-};
-
-// Imports an automaton of `states` states over `inputs` symbols with the
-// given accepting states (state, tag) and moves.
-void Build(CFSA* fsa, int states, int inputs, const std::vector<std::pair<int, int>>& accepting,
-           const std::vector<Move>& moves) {
+// Imports an automaton of `states` states over 4 symbols with one accepting
+// state list (state, tag) and "from input to" moves.
+void Build(CFSA* fsa, int states, const std::vector<std::pair<int, int>>& accepting,
+           const std::vector<std::string>& moves) {
   std::string accepted, tags;
   for (const auto& [state, tag] : accepting) {
     accepted += std::to_string(state) + " ";
     tags += std::to_string(tag) + " ";
   }
-  std::vector<std::string> lines = {"names", std::to_string(states), "inputs",
-                                    std::to_string(inputs), "accepting", accepted, "tags", tags,
-                                    "moves"};
-  for (const Move& m : moves) {
-    lines.push_back(std::to_string(m.from) + " " + std::to_string(m.input) + " " +
-                    std::to_string(m.to));
-  }
+  std::vector<std::string> lines = {"t", std::to_string(states), "c", "4", "c", accepted, "c", tags,
+                                    "c"};
+  lines.insert(lines.end(), moves.begin(), moves.end());
   TempDir dir;
   ASSERT_TRUE(ImportText(fsa, dir, testutil::Lines(lines)));
 }
 
-// a b reach accepting state 2 (tag 30); c continues to state 3, which does
-// not accept.
-void BuildABC(CFSA* fsa) { Build(fsa, 4, 4, {{2, 30}}, {{0, kA, 1}, {1, kB, 2}, {2, kC, 3}}); }
-
-// Words with the given roles, every field distinct: word i covers bytes
-// [10i, 10i + 10).
-std::vector<word_t> Sentence(const std::vector<int>& roles) {
-  std::vector<word_t> words(roles.size());
-  for (size_t i = 0; i < roles.size(); ++i) {
-    const int k = static_cast<int>(i);
-    words[i].handle = 100 + k;
-    words[i].start = 10 * k;
-    words[i].end = 10 * k + 10;
-    words[i].value = k + 0.5;
-    words[i].type = static_cast<unsigned char>(40 + k);
-    words[i].POS_id = static_cast<unsigned char>(roles[i]);
-  }
-  return words;
-}
+// a b reach accepting state 2 (tag 30); c goes on to state 3, not accepting.
+void BuildABC(CFSA* fsa) { Build(fsa, 4, {{2, 30}}, {"0 0 1", "1 1 2", "2 2 3"}); }
 
 std::string Describe(const word_t& w) {
-  return "{handle " + std::to_string(w.handle) + ", " + std::to_string(w.start) + ".." +
-         std::to_string(w.end) + ", value " + std::to_string(w.value) + ", type " +
-         std::to_string(w.type) + ", POS " + std::to_string(w.POS_id) + "}";
+  char text[128];
+  snprintf(text, sizeof text, "{handle %d, %d..%d, value %g, type %d, POS %d}", w.handle, w.start,
+           w.end, w.value, w.type, w.POS_id);
+  return text;
 }
 
-// One output word: input words first .. last, merged with `tag` when
-// first < last, else the input word unchanged.
-struct Span {
-  int first, last, tag;
+// One output word: `words` input words in a row, merged with `tag` when
+// there are several.
+struct Out {
+  int words;
+  int tag = 0;
 };
 
-word_t Merged(const std::vector<word_t>& input, const Span& span) {
-  word_t name = input[span.first];
-  name.end = input[span.last].end;
-  name.type = static_cast<unsigned char>(span.tag);
-  name.handle = kNameHandle;
-  return name;
-}
-
-std::vector<word_t> RunMaxPR(const CFSA& fsa, std::vector<word_t> words) {
+// Runs MaxPR on words with the given roles (every other field distinct;
+// word i covers bytes 10i .. 10i + 10) and compares the result with `out`.
+void ExpectMaxPR(const CFSA& fsa, const std::vector<int>& roles, const std::vector<Out>& out) {
+  std::vector<word_t> words(roles.size());
+  for (int i = 0; i < static_cast<int>(roles.size()); ++i) {
+    const auto role = static_cast<unsigned char>(roles[i]);
+    words[i] = {100 + i, 10 * i, 10 * i + 10, i + 0.5, static_cast<unsigned char>(40 + i), role};
+  }
+  std::vector<std::string> expected, actual;
+  size_t next = 0;
+  for (const Out& o : out) {
+    word_t w = words.at(next);
+    if (o.words > 1) {
+      w.end = words.at(next + o.words - 1).end;
+      w.type = static_cast<unsigned char>(o.tag);
+      w.handle = kNameHandle;
+    }
+    expected.push_back(Describe(w));
+    next += o.words;
+  }
+  ASSERT_EQ(next, words.size());
   int count = static_cast<int>(words.size());
   EXPECT_EQ(fsa.MaxPR(words.data(), &count, kNameHandle), 0);
-  EXPECT_GE(count, 0);
-  EXPECT_LE(count, static_cast<int>(words.size()));
-  words.resize(std::max(count, 0));
-  return words;
-}
-
-void ExpectMaxPR(const CFSA& fsa, const std::vector<int>& roles, const std::vector<Span>& spans) {
-  const std::vector<word_t> input = Sentence(roles);
-  std::vector<std::string> expected, actual;
-  for (const Span& span : spans) {
-    expected.push_back(Describe(span.first < span.last ? Merged(input, span) : input[span.first]));
-  }
-  for (const word_t& w : RunMaxPR(fsa, input)) actual.push_back(Describe(w));
+  ASSERT_LE(count, static_cast<int>(words.size()));
+  for (int i = 0; i < count; ++i) actual.push_back(Describe(words[i]));
   EXPECT_EQ(actual, expected);
 }
 
-// Roles a b c end: a and b merge, c and end stay.
+void ExpectUnchanged(const CFSA& fsa, const std::vector<int>& roles) {
+  ExpectMaxPR(fsa, roles, std::vector<Out>(roles.size(), {1, 0}));
+}
+
 TEST(MaxPRTest, MergesTheAcceptedRunAndKeepsTheRest) {
   CFSA fsa;
   BuildABC(&fsa);
-  ExpectMaxPR(fsa, {kA, kB, kC, kEnd}, {{0, 1, 30}, {2, 2, 0}, {3, 3, 0}});
+  ExpectMaxPR(fsa, {kA, kB, kC, kEnd}, {{2, 30}, {1}, {1}});
   // Several names: each later word moves down by the words removed so far.
   ExpectMaxPR(fsa, {kA, kB, kC, kA, kB, kEnd, kC, kA, kB, kA, kB, kEnd},
-              {{0, 1, 30}, {2, 2, 0}, {3, 4, 30}, {5, 5, 0}, {6, 6, 0}, {7, 8, 30},
-               {9, 10, 30}, {11, 11, 0}});
+              {{2, 30}, {1}, {2, 30}, {1}, {1}, {2, 30}, {2, 30}, {1}});
 }
 
 TEST(MaxPRTest, TakesTheLongestAcceptedPrefixAndRescansWhatFollowsIt) {
   CFSA fsa;
-  // a b accepts (tag 20), a b b accepts (tag 21), a b b c and a b a go on
+  // a b accepts (tag 20) and a b b (tag 21); a b b c and a b a go on
   // without accepting.
-  Build(&fsa, 6, 4, {{2, 20}, {3, 21}},
-        {{0, kA, 1}, {1, kB, 2}, {2, kB, 3}, {3, kC, 4}, {2, kA, 5}});
-  ExpectMaxPR(fsa, {kA, kB, kB, kC, kEnd}, {{0, 2, 21}, {3, 3, 0}, {4, 4, 0}});
-  ExpectMaxPR(fsa, {kA, kB, kB, kEnd}, {{0, 2, 21}, {3, 3, 0}});
-  // The run a b a blocks at the second b; the second a is read again and
-  // starts the next name.
-  ExpectMaxPR(fsa, {kA, kB, kA, kB, kEnd}, {{0, 1, 20}, {2, 3, 20}, {4, 4, 0}});
+  Build(&fsa, 6, {{2, 20}, {3, 21}}, {"0 0 1", "1 1 2", "2 1 3", "3 2 4", "2 0 5"});
+  ExpectMaxPR(fsa, {kA, kB, kB, kC, kEnd}, {{3, 21}, {1}, {1}});
+  // a b a blocks at the second b; the second a is read again.
+  ExpectMaxPR(fsa, {kA, kB, kA, kB, kEnd}, {{2, 20}, {2, 20}, {1}});
 }
 
-TEST(MaxPRTest, WithoutAnAcceptedRunNothingMergesAndTheBlockingWordIsSkipped) {
+TEST(MaxPRTest, ABlockedAttemptSkipsTheWordThatBlockedIt) {
   CFSA fsa;
-  Build(&fsa, 4, 4, {{2, 30}}, {{0, kA, 1}, {2, kC, 3}});  // no move on b
-  ExpectMaxPR(fsa, {kA, kB, kC, kEnd}, {{0, 0, 0}, {1, 1, 0}, {2, 2, 0}, {3, 3, 0}});
+  Build(&fsa, 4, {{2, 30}}, {"0 0 1", "2 2 3"});  // no move on b
+  ExpectUnchanged(fsa, {kA, kB, kC, kEnd});
   BuildABC(&fsa);
   // The second a blocks the first attempt and is not tried as a start, so
-  // a b right after it is no name; after c blocks, a b is.
-  ExpectMaxPR(fsa, {kA, kA, kB, kEnd}, {{0, 0, 0}, {1, 1, 0}, {2, 2, 0}, {3, 3, 0}});
-  ExpectMaxPR(fsa, {kB, kA, kC, kA, kB, kEnd},
-              {{0, 0, 0}, {1, 1, 0}, {2, 2, 0}, {3, 4, 30}, {5, 5, 0}});
+  // the a b after it is no name; after c blocks, a b is.
+  ExpectUnchanged(fsa, {kA, kA, kB, kEnd});
+  ExpectMaxPR(fsa, {kB, kA, kC, kA, kB, kEnd}, {{1}, {1}, {1}, {2, 30}, {1}});
 }
 
 TEST(MaxPRTest, ASingleAcceptedWordNeverMerges) {
   CFSA fsa;
-  Build(&fsa, 3, 4, {{1, 30}}, {{0, kA, 1}, {1, kB, 2}});
-  ExpectMaxPR(fsa, {kA, kEnd, kA, kB, kEnd, kA},
-              {{0, 0, 0}, {1, 1, 0}, {2, 2, 0}, {3, 3, 0}, {4, 4, 0}, {5, 5, 0}});
+  Build(&fsa, 3, {{1, 30}}, {"0 0 1", "1 1 2"});
+  ExpectUnchanged(fsa, {kA, kEnd, kA, kB, kEnd, kA});
 }
 
 TEST(MaxPRTest, SymbolsAtOrAboveTheInputSetSizeBlock) {
   CFSA fsa;
   // The text form admits input M (4) itself; it must still block.
-  Build(&fsa, 3, 4, {{2, 30}}, {{0, kA, 1}, {1, kB, 2}, {1, 4, 2}});
-  ExpectMaxPR(fsa, {kA, 4, kEnd}, {{0, 0, 0}, {1, 1, 0}, {2, 2, 0}});
-  ExpectMaxPR(fsa, {kA, 255, kA, kB, 200}, {{0, 0, 0}, {1, 1, 0}, {2, 3, 30}, {4, 4, 0}});
+  Build(&fsa, 3, {{2, 30}}, {"0 0 1", "1 1 2", "1 4 2"});
+  ExpectUnchanged(fsa, {kA, 4, kEnd});
+  ExpectMaxPR(fsa, {kA, 255, kA, kB, 200}, {{1}, {1}, {2, 30}, {1}});
 }
 
-// A name still being read at the last word is not merged, yet the words
-// before it have moved down: the pending words must follow them.
+// A name still being read at the last word is not merged; the words before
+// it may have moved down, and it must follow them.
 TEST(MaxPRTest, ARunReachingTheLastWordStaysUnmergedAndInPlace) {
   CFSA fsa;
   BuildABC(&fsa);
-  ExpectMaxPR(fsa, {kA, kB}, {{0, 0, 0}, {1, 1, 0}});
-  ExpectMaxPR(fsa, {kA, kB, kC, kA, kB}, {{0, 1, 30}, {2, 2, 0}, {3, 3, 0}, {4, 4, 0}});
-  ExpectMaxPR(fsa, {kA, kB, kEnd, kA, kB, kC},
-              {{0, 1, 30}, {2, 2, 0}, {3, 3, 0}, {4, 4, 0}, {5, 5, 0}});
+  ExpectUnchanged(fsa, {kA, kB});
+  ExpectMaxPR(fsa, {kA, kB, kC, kA, kB}, {{2, 30}, {1}, {1}, {1}});
+  ExpectMaxPR(fsa, {kA, kB, kEnd, kA, kB, kC}, {{2, 30}, {1}, {1}, {1}, {1}});
 }
 
 TEST(MaxPRTest, DegenerateInputsChangeNothing) {
-  CFSA empty;
-  ExpectMaxPR(empty, {kA, kB, kEnd}, {{0, 0, 0}, {1, 1, 0}, {2, 2, 0}});
+  ExpectUnchanged(CFSA(), {kA, kB, kEnd});
   CFSA fsa;
   BuildABC(&fsa);
-  std::vector<word_t> words = Sentence({kA, kB, kEnd});
+  ExpectUnchanged(fsa, {kA});
+  word_t words[2];
   for (int bad : {0, -5}) {
     int count = bad;
-    EXPECT_EQ(fsa.MaxPR(words.data(), &count, kNameHandle), 0);
+    EXPECT_EQ(fsa.MaxPR(words, &count, kNameHandle), 0);
     EXPECT_EQ(count, bad);
   }
-  int count = 3;
+  int count = 2;
   EXPECT_EQ(fsa.MaxPR(nullptr, &count, kNameHandle), 0);
-  EXPECT_EQ(count, 3);
-  EXPECT_EQ(fsa.MaxPR(words.data(), nullptr, kNameHandle), 0);
-  EXPECT_EQ(Describe(words[0]), Describe(Sentence({kA})[0]));
-  ExpectMaxPR(fsa, {kA}, {{0, 0, 0}});
+  EXPECT_EQ(count, 2);
+  EXPECT_EQ(fsa.MaxPR(words, nullptr, kNameHandle), 0);
 }
 
 }  // namespace
