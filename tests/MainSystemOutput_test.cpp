@@ -1,0 +1,288 @@
+// Tests of result formatting: the text byte for byte, tag names by map level,
+// delimiter and boundary, user words, the pattern merges, and the
+// granularity and field dictionary passes.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "MainSystemFixture.h"
+#include "System/MainSystem.h"
+#include "TestUtil.h"
+
+namespace {
+
+using testutil::Gbk;
+using testutil::MiniResources;
+using testutil::Utf8Result;
+
+const char kSentence[] = "他是北京大学的学生。";
+
+class OutputTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    r_ = MiniResources::Get();
+    ASSERT_NE(r_, nullptr);
+    sys_ = r_->NewSystem();
+  }
+  // The result text in UTF-8.
+  std::string Text(const char* utf8, int tagged = 1, bool userDict = true) {
+    return Utf8Result(sys_->Process(Gbk(utf8).c_str(), tagged, userDict));
+  }
+  // The single record of a text that becomes one token.
+  result_t OnlyRecord(const char* utf8, bool userDict = true) {
+    std::string scratch;
+    EXPECT_EQ(1, sys_->ProcessA(Gbk(utf8).c_str(), scratch, true, userDict, false)) << utf8;
+    return sys_->m_pVecResult[0];
+  }
+
+  MiniResources* r_ = nullptr;
+  std::unique_ptr<CMainSystem> sys_;
+};
+
+TEST_F(OutputTest, TaggedAndUntaggedTextByteForByte) {
+  EXPECT_EQ("他/rr 是/vshi 北京大学/nt 的/ude1 学生/n 。/wj ", Text(kSentence));
+  EXPECT_EQ("他 是 北京大学 的 学生 。 ", Text(kSentence, 0));
+  EXPECT_EQ("记者/n 报道/v ：/wm 今天/t 上午/t ，/wd 北京/ns 举行/v 了/ule 一/m 次/qv 重要/a "
+            "会议/n 。/wj ",
+            Text("记者报道：今天上午，北京举行了一次重要会议。"));
+  // A recognised person name and an unknown character (default tag n).
+  EXPECT_EQ("王伟/nr 是/vshi 学生/n 。/wj ", Text("王伟是学生。"));
+  EXPECT_EQ(std::string("\xB1/n "), sys_->Process("\xB1", 1, true));
+}
+
+TEST_F(OutputTest, TagNamesFollowTheMapLevel) {
+  const char* expected[4] = {
+      "他/rr 是/vshi 北京大学/nt 的/ude1 学生/n 。/wj abc@def.com/email ",
+      "他/r 是/v 北京大学/n 的/u 学生/n 。/w abc@def.com/email ",
+      "他/r 是/v 北京大学/nt 的/u 学生/n 。/w abc@def.com/email ",
+      "他/r 是/v 北京大学/n 的/u 学生/n 。/w abc@def.com/email ",
+  };
+  std::vector<int> ids;
+  for (int level = 0; level < 4; ++level) {
+    ASSERT_TRUE(sys_->SetPOSmap(level));
+    EXPECT_EQ(level, sys_->GetPosmap());
+    EXPECT_EQ(expected[level], Text("他是北京大学的学生。abc@def.com")) << level;
+    // The identifiers are the same at every level; only the names change.
+    int count = 0;
+    const result_t* records = sys_->GetResult(&count);
+    std::vector<int> levelIds;
+    for (int i = 0; i < count; ++i) levelIds.push_back(records[i].iPOS);
+    if (level == 0) ids = levelIds;
+    EXPECT_EQ(ids, levelIds);
+  }
+  EXPECT_FALSE(sys_->SetPOSmap(4));
+  EXPECT_FALSE(sys_->SetPOSmap(-1));
+  EXPECT_EQ(3, sys_->GetPosmap());
+}
+
+TEST_F(OutputTest, OnlyTheFirstCharacterOfDelimiterAndBoundaryIsWritten) {
+  g_sPOSDelimiter = "_|";
+  g_sWordBoundary = "#%";
+  EXPECT_EQ("他_rr#是_vshi#学生_n#", Text("他是学生"));
+  EXPECT_EQ("他#是#学生#", Text("他是学生", 0));
+
+  // An empty boundary ends the visible text after the first token; the
+  // records stay complete.
+  g_sWordBoundary = "";
+  EXPECT_EQ("他_rr", Text("他是学生"));
+  EXPECT_EQ(3, sys_->m_nVecResultLen);
+  EXPECT_STREQ("n", sys_->m_pVecResult[2].sPOS);
+}
+
+TEST_F(OutputTest, UserWordReplacesTheWordsItCoversExactly) {
+  EXPECT_EQ("经济/n 发展/v 很/d 快/a ", Text("经济发展很快", 1, false));
+  EXPECT_EQ("经济发展/n 很/d 快/a ", Text("经济发展很快"));
+  EXPECT_EQ("经济发展 很 快 ", Text("经济发展很快", 0));
+  int count = 0;
+  const result_t* records = sys_->GetResult(&count);
+  ASSERT_EQ(3, count);
+  EXPECT_EQ(0, records[0].start);
+  EXPECT_EQ(8, records[0].length);
+  EXPECT_EQ(1, records[0].word_type);
+  EXPECT_EQ(-1, records[0].word_ID);
+  EXPECT_STREQ("n", records[0].sPOS);
+
+  Text("经济发展很快");
+  EXPECT_EQ(21, sys_->m_pVecResult[0].iPOS);  // "n" in the map
+  EXPECT_EQ(r_->core.Find(Gbk("很").c_str()), sys_->m_pVecResult[1].word_ID);
+}
+
+TEST_F(OutputTest, UserWordsThatEndInsideAWordOrHaveUnknownTags) {
+  CTrie users;
+  ASSERT_EQ(1, users.AddTrie(Gbk("北京大 nz").c_str()));
+  ASSERT_EQ(1, users.AddTrie(Gbk("学生。 zz").c_str()));
+  MiniResources::Options options;
+  options.ownUserDict = &users;
+  sys_ = r_->NewSystem(options);
+  // 北京大 ends inside 北京大学: ignored. 学生。 covers two words with a tag the
+  // map does not know: the default identifier 21.
+  EXPECT_EQ("他/rr 是/vshi 北京大学/nt 的/ude1 学生。/zz ", Text(kSentence));
+  const result_t last = sys_->m_pVecResult[sys_->m_nVecResultLen - 1];
+  EXPECT_STREQ("zz", last.sPOS);
+  EXPECT_EQ(21, last.iPOS);
+  EXPECT_EQ(1, last.word_type);
+}
+
+TEST_F(OutputTest, LatinRunsMergeIntoEmailUrlAndString) {
+  EXPECT_EQ("abc@def.com/email ", Text("abc@def.com"));
+  EXPECT_EQ("abc\\def/url ", Text("abc\\def"));
+  EXPECT_EQ("abc/x ", Text("abc"));
+  EXPECT_EQ("他/rr abc@def.com/email 是/vshi ", Text("他abc@def.com是"));
+  const result_t email = OnlyRecord("abc@def.com");
+  EXPECT_EQ(97, email.iPOS);
+  EXPECT_STREQ("email", email.sPOS);
+  EXPECT_EQ(-1, email.word_ID);  // a Latin string class handle
+  EXPECT_EQ(11, email.length);
+  EXPECT_EQ(96, OnlyRecord("abc\\def").iPOS);
+  EXPECT_EQ(93, OnlyRecord("abc").iPOS);
+}
+
+TEST_F(OutputTest, RepeatedMeasureAtRunsAndDoubleSlash) {
+  EXPECT_EQ("一个个/m ", Text("一个个"));
+  const result_t numeral = OnlyRecord("一个个");
+  EXPECT_EQ(18, numeral.iPOS);
+  EXPECT_EQ(-1, numeral.word_ID);
+  EXPECT_EQ(6, numeral.length);
+  EXPECT_EQ("一/m 个/q 一/m ", Text("一个一"));
+  EXPECT_EQ("一个个 ", Text("一个个", 0));  // untagged runs merge as well
+
+  // "@" takes the following words up to a delimiter or the sentence end.
+  EXPECT_EQ("@abc/nr ，/wd 他/rr ", Text("@abc，他"));
+  EXPECT_EQ("中国/ns ///session 人民/n ", Text("中国//人民"));
+  EXPECT_EQ(98, sys_->m_pVecResult[1].iPOS);
+}
+
+// --- FieldDic --------------------------------------------------------------
+
+class FieldDicTest : public OutputTest {
+ protected:
+  // 北京 大学 学生 between the pseudo-words, offsets in line_.
+  void SetUp() override {
+    OutputTest::SetUp();
+    line_ = Gbk("北京大学学生");
+    words_.assign(5, word_t());
+    const int bounds[][2] = {{0, 0}, {0, 4}, {4, 8}, {8, 12}, {12, 12}};
+    const char* texts[] = {"始##始", "北京", "大学", "学生", "末##末"};
+    for (int i = 0; i < 5; ++i) {
+      words_[i].start = bounds[i][0];
+      words_[i].end = bounds[i][1];
+      words_[i].handle = r_->core.Find(Gbk(texts[i]).c_str());
+      words_[i].type = 50;
+      words_[i].value = i;
+      words_[i].POS_id = 21;
+    }
+    dest_.assign(8, word_t());
+  }
+  int Run(testutil::SmallDict* dict, int type, word_t* dest = nullptr) {
+    int count = -1;
+    const int returned = sys_->FieldDic(line_.c_str(), words_.data(), 5,
+                                        dest != nullptr ? dest : dest_.data(), count,
+                                        dict != nullptr ? &dict->dict : nullptr,
+                                        dict != nullptr ? &dict->pos : nullptr, type);
+    EXPECT_EQ(returned, count);
+    return count;
+  }
+
+  std::string line_;
+  std::vector<word_t> words_, dest_;
+};
+
+TEST_F(FieldDicTest, DictionaryWordCoveringWordsExactlyBecomesOneWord) {
+  testutil::SmallDict dict;
+  ASSERT_TRUE(dict.Build("北京大学 nt 3\n", r_->maps[0]));
+  const int dictHandle = dict.dict.Find(Gbk("北京大学").c_str());
+  const int beijing = words_[1].handle;
+  ASSERT_EQ(4, Run(&dict, 102));
+  EXPECT_EQ(0, dest_[1].start);
+  EXPECT_EQ(8, dest_[1].end);
+  EXPECT_EQ(102, dest_[1].type);
+  EXPECT_EQ(r_->maps[0].GetID("nt"), dest_[1].POS_id);
+  // The separate destination keeps the first covered word's handle; the
+  // source word takes the dictionary's.
+  EXPECT_EQ(beijing, dest_[1].handle);
+  EXPECT_EQ(dictHandle, words_[1].handle);
+  EXPECT_EQ(102, words_[1].type);
+  EXPECT_EQ(8, dest_[2].start);
+  EXPECT_EQ(12, dest_[2].end);
+  EXPECT_EQ(50, dest_[2].type);
+  EXPECT_EQ(12, dest_[3].start);
+  EXPECT_EQ(words_[4].handle, dest_[3].handle);
+
+  // In place the merged slot is the source word and shows the new handle.
+  SetUp();
+  ASSERT_EQ(4, Run(&dict, 0, words_.data()));
+  EXPECT_EQ(dictHandle, words_[1].handle);
+  EXPECT_EQ(0, words_[1].type);
+  EXPECT_EQ(8, words_[1].end);
+  EXPECT_EQ(Gbk("学生"), line_.substr(words_[2].start, words_[2].end - words_[2].start));
+}
+
+TEST_F(FieldDicTest, WordsStayWhenTheLongestDictionaryWordEndsInsideOne) {
+  // 北京大 ends inside 大学; 北京大学学, the longest match, inside 学生 (the
+  // shorter 北京大学 is not tried).
+  for (const char* lines : {"北京大 nz 1\n", "北京大学学 nz 1\n北京大学 nt 3\n"}) {
+    testutil::SmallDict dict;
+    ASSERT_TRUE(dict.Build(lines, r_->maps[0]));
+    ASSERT_EQ(5, Run(&dict, 102));
+    for (int i = 1; i < 5; ++i) {
+      EXPECT_EQ(words_[i].start, dest_[i].start);
+      EXPECT_EQ(words_[i].end, dest_[i].end);
+      EXPECT_EQ(words_[i].handle, dest_[i].handle);
+      EXPECT_EQ(50, dest_[i].type);
+    }
+  }
+  // Without a dictionary the words are copied one to one.
+  ASSERT_EQ(5, Run(nullptr, 102));
+  EXPECT_EQ(4, dest_[1].end);
+  EXPECT_EQ(50, dest_[3].type);
+  EXPECT_EQ(3.0, dest_[3].value);
+}
+
+TEST_F(FieldDicTest, MissingTagGivesTheDefaultAndShortInputsCopyTheEnd) {
+  testutil::SmallDict dict;
+  ASSERT_TRUE(dict.Build("学生 n 1\n", r_->maps[0]));
+  CPOS empty;
+  int count = 0;
+  words_[3].POS_id = 0;
+  sys_->FieldDic(line_.c_str(), words_.data(), 5, dest_.data(), count, &dict.dict, &empty, 0);
+  EXPECT_EQ(5, count);
+  EXPECT_EQ(21, dest_[3].POS_id);
+  EXPECT_EQ(0, dest_[3].type);
+
+  // Start and end only: the end word is copied into slot 1.
+  words_[1] = words_[4];
+  EXPECT_EQ(2, sys_->FieldDic(line_.c_str(), words_.data(), 2, dest_.data(), count,
+                              &dict.dict, &dict.pos, 0));
+  EXPECT_EQ(words_[1].handle, dest_[1].handle);
+  // No words at all (the field pass without a granularity pass).
+  EXPECT_EQ(1, sys_->FieldDic(line_.c_str(), nullptr, 0, dest_.data(), count, &dict.dict,
+                              &dict.pos, 102));
+}
+
+TEST_F(FieldDicTest, GranularityThenFieldPassInThePipeline) {
+  testutil::SmallDict gran, field;
+  ASSERT_TRUE(gran.Build("的学生 n 1\n", r_->maps[0]));
+  ASSERT_TRUE(field.Build("北京大学 nz 1\n", r_->maps[0]));
+  MiniResources::Options options;
+  options.granDict = &gran.dict;
+  options.granPOS = &gran.pos;
+  options.fieldDict = &field.dict;
+  options.fieldPOS = &field.pos;
+  sys_ = r_->NewSystem(options);
+  EXPECT_EQ("他/rr 是/vshi 北京大学/nz 的学生/n 。/wj ", Text(kSentence));
+  const result_t* records = sys_->m_pVecResult;
+  EXPECT_EQ(2, records[2].word_type);  // the field pass's type 102
+  EXPECT_EQ(field.dict.Find(Gbk("北京大学").c_str()), records[2].word_ID);
+  EXPECT_EQ(0, records[3].word_type);
+  EXPECT_EQ(r_->core.Find(Gbk("的").c_str()), records[3].word_ID);
+  EXPECT_EQ(6, records[3].length);
+
+  // A field dictionary alone is handed no words: nothing is output.
+  options.granDict = nullptr;
+  sys_ = r_->NewSystem(options);
+  EXPECT_EQ("", Text(kSentence));
+  EXPECT_EQ(0, sys_->m_nVecResultLen);
+}
+
+}  // namespace
