@@ -8,7 +8,7 @@
 #include "Utility/PDAT.h"
 #include "Utility/Utility.h"
 
-// One character of the text: its code (-1 past the end), byte length and type.
+// One character of the text: its code, byte length (0 past the end) and type.
 struct CPreProcess::CharAt {
   int code = -1;
   int len = 0;
@@ -17,55 +17,68 @@ struct CPreProcess::CharAt {
 
   bool Exists() const { return len > 0; }
   bool IsType(int t) const { return len > 0 && type == t; }
-  // 'O', 'o' and '0' also serve as zero inside numbers.
-  bool IsZeroLetter() const { return len == 1 && (first == 'O' || first == 'o'); }
+  bool IsOneOf(std::initializer_list<int> types) const {
+    if (len == 0) return false;
+    for (const int t : types) {
+      if (type == t) return true;
+    }
+    return false;
+  }
+  bool IsAscii(char c) const { return len == 1 && first == c; }
+  // 'O' and 'o' also serve as zero inside numbers.
+  bool IsZeroLetter() const { return IsAscii('O') || IsAscii('o'); }
 };
 
+// Reads the characters of a NUL-terminated text by offset. The end is found
+// lazily, one character at a time, so a call never measures the whole rest of
+// a long text; an offset is valid as long as it was reached by adding the
+// lengths of characters that exist. Characters that would reach past
+// kMaxSentenceBytes do not exist for the scanner: that closes a sentence.
 class CPreProcess::Scanner {
  public:
-  Scanner(const char* text, const CCharset* charset)
-      : text_(text), len_(static_cast<int>(strlen(text))), charset_(charset) {}
+  Scanner(const char* text, const CCharset* charset) : text_(text), charset_(charset) {}
 
   const char* text() const { return text_; }
-  int length() const { return len_; }
 
   CharAt At(int pos) const {
     CharAt c;
-    if (pos < 0 || pos >= len_) return c;
-    c.len = Getchar(text_ + pos, &c.code);
-    c.type = charset_->GetType(text_ + pos);
-    c.first = text_[pos];
+    if (pos >= kMaxSentenceBytes) return c;
+    const char* s = text_ + pos;
+    const int len = Getchar(s, &c.code);
+    if (len == 0 || len > kMaxSentenceBytes - pos) return c;
+    c.len = len;
+    c.type = charset_ != nullptr ? charset_->GetType(s) : 0;
+    c.first = s[0];
     return c;
   }
-  // The character after the one at pos.
-  CharAt After(int pos) const { return At(pos + At(pos).len); }
+  // The character after the one at pos (none when there is none at pos).
+  CharAt After(int pos) const {
+    const CharAt c = At(pos);
+    return c.Exists() ? At(pos + c.len) : CharAt();
+  }
 
  private:
   const char* text_;
-  int len_;
   const CCharset* charset_;
 };
 
 namespace {
 
-bool IsOneOf(int type, std::initializer_list<int> types) {
-  for (int t : types) {
-    if (type == t) return true;
-  }
-  return false;
-}
+constexpr const char kMonthPiece[] = "\xd4\xc2\xb7\xdd";  // 月份
 
-constexpr const char kMonth[] = "\xd4\xc2";  // 月
-constexpr const char kFen[] = "\xb7\xdd";    // 份
+// Whether an atom's handle is the class identifier `id` (an unresolved
+// identifier, -1, names no class).
+bool IsClass(int handle, int id) { return id != -1 && handle == id; }
 
 }  // namespace
 
 CPreProcess::CPreProcess(CCharset* charset, CPDAT* coreDict, CTrie* userDict)
     : m_pCharset(charset), m_pCoreDict(coreDict), m_pUserDict(userDict) {
-  m_nCadidateSize = 10;
-  m_pVecCandidateHandle = static_cast<unsigned int*>(calloc(m_nCadidateSize, sizeof(unsigned int)));
-  m_pVecCandidatePosition =
-      static_cast<unsigned int*>(calloc(m_nCadidateSize, sizeof(unsigned int)));
+  m_pVecCandidateHandle = static_cast<unsigned int*>(calloc(10, sizeof(unsigned int)));
+  m_pVecCandidatePosition = static_cast<unsigned int*>(calloc(10, sizeof(unsigned int)));
+  if (m_pVecCandidateHandle != nullptr && m_pVecCandidatePosition != nullptr) {
+    m_nCadidateSize = 10;
+  }
 }
 
 CPreProcess::~CPreProcess() {
@@ -76,7 +89,9 @@ CPreProcess::~CPreProcess() {
 }
 
 void CPreProcess::FreeGraph() {
-  for (int i = 0; i < m_nGraphLength && m_pWordGraph != nullptr; ++i) free(m_pWordGraph[i]);
+  if (m_pWordGraph != nullptr) {
+    for (int i = 0; i < m_nGraphLength; ++i) free(m_pWordGraph[i]);
+  }
   free(m_pWordGraph);
   free(m_pWordCounter);
   m_pWordGraph = nullptr;
@@ -84,38 +99,49 @@ void CPreProcess::FreeGraph() {
   m_nGraphLength = 0;
 }
 
-void CPreProcess::ResetAtoms(int capacity) {
-  free(m_pAtom);
-  m_pAtom = static_cast<word_t*>(malloc(sizeof(word_t) * capacity));
-  for (int i = 0; i < capacity; ++i) m_pAtom[i] = word_t();
-  m_nAtomSize = 0;
+bool CPreProcess::ReserveAtoms(int count) {
+  if (count <= m_nAtomCapacity) return true;
+  int capacity = m_nAtomCapacity < 64 ? 64 : m_nAtomCapacity;
+  while (capacity < count) capacity *= 2;
+  void* grown = realloc(m_pAtom, sizeof(word_t) * static_cast<size_t>(capacity));
+  if (grown == nullptr) return false;
+  m_pAtom = static_cast<word_t*>(grown);
+  m_nAtomCapacity = capacity;
+  return true;
+}
+
+int CPreProcess::FindCode(int code) const {
+  return code >= 0 && m_pCoreDict != nullptr ? m_pCoreDict->Find(code) : -1;
 }
 
 const char* CPreProcess::AtomSegment(const char* text) {
   if (text == nullptr) text = "";
+  m_nAtomSize = 0;
+  // Room for the start and end atoms; without it there is no atom list.
+  if (!ReserveAtoms(2)) return text;
   const Scanner scan(text, m_pCharset);
-  ResetAtoms(scan.length() + 2);
-  word_t& start = m_pAtom[0];
+  word_t& start = m_pAtom[0] = word_t();
   start.start = start.end = 0;
   start.handle = gSent_StartID;
   start.type = kStartAtomType;
 
-  int count = 1;
+  int count = 1;  // atoms so far, the start atom included
   int pos = 0;
   int dquotes = 0, squotes = 0;
   bool sentence_end = false;
-  while (pos < scan.length() && !sentence_end) {
-    word_t& atom = m_pAtom[count];
-    atom = word_t();
+  // Each atom takes at least one byte and the end atom needs one more slot;
+  // when memory runs out the sentence is closed where it stands.
+  while (!sentence_end && ReserveAtoms(count + 2)) {
     const CharAt c = scan.At(pos);
+    if (!c.Exists()) break;
+    word_t& atom = m_pAtom[count] = word_t();
     atom.start = pos;
     atom.end = pos + c.len;
     atom.type = static_cast<unsigned char>(c.type);
-    atom.handle = c.code >= 0 ? m_pCoreDict->Find(c.code) : -1;
+    atom.handle = FindCode(c.code);
     sentence_end = GroupAtom(scan, &atom, count, &dquotes, &squotes);
     word_t* current = &atom;
-    if (atom.handle == gUnknown_m_ID && gUnknown_m_ID != -1 &&
-        !FollowUpNumber(scan, &atom, count)) {
+    if (IsClass(atom.handle, gUnknown_m_ID) && !FollowUpNumber(scan, &atom, count)) {
       current = &m_pAtom[count - 1];  // merged into the preceding prefix
     } else {
       ++count;
@@ -123,8 +149,7 @@ const char* CPreProcess::AtomSegment(const char* text) {
     CheckDictionary(text, current);
     pos = current->end;
   }
-  word_t& end = m_pAtom[count];
-  end = word_t();
+  word_t& end = m_pAtom[count] = word_t();
   end.start = end.end = pos;
   end.handle = gSent_EndID;
   end.type = kEndAtomType;
@@ -133,24 +158,22 @@ const char* CPreProcess::AtomSegment(const char* text) {
 }
 
 bool CPreProcess::GroupAtom(const Scanner& scan, word_t* atom, int atomIndex, int* dquotes,
-                            int* squotes) {
+                            int* squotes) const {
   const CharAt c = scan.At(atom->start);
-  const int type = c.type;
-  char wide[3];
-  switch (type) {
+  switch (c.type) {
     case kDelimiter:
     case kInnerDelimiter:
-    case kSentenceEnd:
-      if (type != kSentenceEnd && c.first == '"') {
-        atom->handle = (*dquotes)++ % 2 == 0 ? gQuatation_LD_ID : gQuatation_RD_ID;
-      } else if (type != kSentenceEnd && c.first == '\'') {
-        atom->handle = (*squotes)++ % 2 == 0 ? gQuatation_LS_ID : gQuatation_RS_ID;
-      } else if (c.len == 1 && Delimiter2DictFormat(c.first, wide)) {
+      GroupDelimiter(c, atom, dquotes, squotes);
+      return false;
+    case kSentenceEnd: {
+      char wide[3];
+      if (c.len == 1 && Delimiter2DictFormat(c.first, wide) && m_pCoreDict != nullptr) {
         atom->handle = m_pCoreDict->Find(wide);
       }
-      // A full stop ends the sentence only after a few atoms, so that
-      // abbreviations and list numbers do not cut every short phrase.
-      return type == kSentenceEnd && atomIndex > 5;
+      // A full stop closes the sentence only after a few atoms, so that list
+      // numbers and abbreviations do not cut every short phrase.
+      return atomIndex > 5;
+    }
     case kPunctuationRun: {
       int pos = atom->end;
       for (CharAt n = scan.At(pos); n.IsType(kPunctuationRun); n = scan.At(pos)) pos += n.len;
@@ -161,7 +184,7 @@ bool CPreProcess::GroupAtom(const Scanner& scan, word_t* atom, int atomIndex, in
     case kDigit:
     case kDigitKindA:
     case kDigitKindB:
-      ExtendDigitString(scan, atom, type);
+      ExtendDigitString(scan, atom, c.type);
       return false;
     case kNumberChar:
       atom->handle = gUnknown_m_ID;
@@ -169,8 +192,7 @@ bool CPreProcess::GroupAtom(const Scanner& scan, word_t* atom, int atomIndex, in
     case kLetter: {
       int pos = atom->end;
       for (CharAt n = scan.At(pos);
-           n.Exists() && IsOneOf(n.type, {kInnerDelimiter, kDigit, kDigitKindA, kLetter,
-                                          kDigitKindB});
+           n.IsOneOf({kInnerDelimiter, kDigit, kDigitKindA, kLetter, kDigitKindB});
            n = scan.At(pos)) {
         pos += n.len;
       }
@@ -184,13 +206,31 @@ bool CPreProcess::GroupAtom(const Scanner& scan, word_t* atom, int atomIndex, in
     case kNumeral:
     case kNumeralB:
     case kNumeralC:
-      ExtendNumeralString(scan, atom, type);
+      ExtendNumeralString(scan, atom, c.type);
       return false;
     case kWhiteSpace:
       atom->handle = gSent_EndID;
       return true;
     default:
-      return false;
+      return false;  // a one-character atom
+  }
+}
+
+void CPreProcess::GroupDelimiter(const CharAt& c, word_t* atom, int* dquotes,
+                                 int* squotes) const {
+  // Straight quotation marks open and close in turn within one call.
+  if (c.IsAscii('"')) {
+    atom->handle = (*dquotes)++ % 2 == 0 ? gQuatation_LD_ID : gQuatation_RD_ID;
+    return;
+  }
+  if (c.IsAscii('\'')) {
+    atom->handle = (*squotes)++ % 2 == 0 ? gQuatation_LS_ID : gQuatation_RS_ID;
+    return;
+  }
+  // ASCII punctuation stands in the dictionary in its full-width form.
+  char wide[3];
+  if (c.len == 1 && Delimiter2DictFormat(c.first, wide) && m_pCoreDict != nullptr) {
+    atom->handle = m_pCoreDict->Find(wide);
   }
 }
 
@@ -221,7 +261,8 @@ void CPreProcess::ExtendDigitString(const Scanner& scan, word_t* atom, int first
         take = numeric;
         break;
       case kNumeralC:
-        // A numeral followed by its closing character starts a word of its own.
+        // A numeral that forms a word with the character after it (千克)
+        // is left to that word.
         take = numeric && !scan.After(pos).IsType(kNumeralEnd);
         break;
       default:
@@ -242,33 +283,31 @@ void CPreProcess::ExtendDigitString(const Scanner& scan, word_t* atom, int first
 void CPreProcess::ExtendNumeralOpener(const Scanner& scan, word_t* atom) const {
   int pos = atom->end;
   int last_type = -1;
-  for (CharAt n = scan.At(pos); n.Exists() && IsOneOf(n.type, {kNumeralB, kNumeralC,
-                                                              kNumeralOpener});
+  for (CharAt n = scan.At(pos); n.IsOneOf({kNumeralB, kNumeralC, kNumeralOpener});
        n = scan.At(pos)) {
     last_type = n.type;
     pos += n.len;
   }
-  if (last_type == -1 || last_type == kNumeralOpener) return;  // stays one character
+  // 几 alone, or a run ending in another opener, is no number.
+  if (last_type == -1 || last_type == kNumeralOpener) return;
   atom->end = pos;
   atom->handle = gUnknown_m_ID;
 }
 
 void CPreProcess::ExtendNumeralString(const Scanner& scan, word_t* atom, int firstType) const {
   const CharAt next = scan.At(atom->end);
-  if (firstType == kNumeralC && next.IsType(kNumeralEnd)) return;  // stays one character
+  if (firstType == kNumeralC && next.IsType(kNumeralEnd)) return;  // one character
   bool number = !(next.IsType(kLetter) && !next.IsZeroLetter());
   int pos = atom->end;
-  int last_start = -1, last_type = -1;
-  auto take = [&](const CharAt& c) {
+  int last_start = -1, last_type = -1;  // the last character taken
+  const auto take = [&](const CharAt& c) {
     last_start = pos;
     last_type = c.type;
     pos += c.len;
   };
-  for (;;) {
-    const CharAt n = scan.At(pos);
-    if (!n.Exists()) break;
-    if (n.type == kInnerDelimiter || n.type == kPunctuationRun) {
-      number = false;
+  for (CharAt n = scan.At(pos); n.Exists(); n = scan.At(pos)) {
+    if (n.IsOneOf({kInnerDelimiter, kPunctuationRun})) {
+      number = false;  // 一二·九 names a date, not a quantity
       take(n);
     } else if (n.type == kConnector) {
       take(n);
@@ -284,14 +323,15 @@ void CPreProcess::ExtendNumeralString(const Scanner& scan, word_t* atom, int fir
     } else if (n.type == kNumeralC) {
       if (scan.After(pos).IsType(kNumeralEnd)) break;
       take(n);
-    } else if (IsOneOf(n.type, {kNumeral, kNumeralB, kConnectorUnit}) ||
-               (n.len == 1 && (n.first == 'O' || n.first == 'o' || n.first == '0'))) {
+    } else if (n.IsOneOf({kNumeral, kNumeralB, kConnectorUnit}) || n.IsZeroLetter() ||
+               n.IsAscii('0')) {
       take(n);
     } else {
       break;
     }
   }
-  // A trailing connector belongs to what follows, not to the number.
+  // A trailing connector belongs to what follows (十二点 is a time), not to
+  // the number.
   if (last_type == kConnector || last_type == kConnectorUnit) pos = last_start;
   atom->end = pos;
   if (number) {
@@ -304,41 +344,45 @@ void CPreProcess::ExtendNumeralString(const Scanner& scan, word_t* atom, int fir
 
 bool CPreProcess::FollowUpNumber(const Scanner& scan, word_t* atom, int atomIndex) {
   word_t& prev = m_pAtom[atomIndex - 1];
-  if (atomIndex - 1 > 0 && (prev.type == kPrefixA || prev.type == kPrefixB)) {
+  if (atomIndex > 1 && (prev.type == kPrefixA || prev.type == kPrefixB)) {
     prev.end = atom->end;
     prev.handle = atom->handle;
     *atom = word_t();
     return false;
   }
-  const char* text = scan.text();
-  const CharAt unit = scan.At(atom->end);
-  if (!unit.Exists()) return true;
-  const CharAt after = scan.At(atom->end + unit.len);
-  const unsigned int length = static_cast<unsigned int>(atom->end - atom->start);
-  if (IsOneOf(unit.type, {kConnectorUnit, kConnectorPair, kDayUnit, kClockUnit, kTimeUnit}) &&
-      IsDayTime(text + atom->start, length)) {
-    const bool cancelled =
-        after.Exists() && ((unit.type == kTimeUnit && after.type == kUnitCancel) ||
-                           (unit.type == kConnectorPair &&
-                            IsOneOf(after.type, {kUnitCancel, kUnitCancelB})));
-    if (!cancelled) {
-      atom->handle = gUnknown_t_ID;
-      atom->end += unit.len;
-      if (unit.len == 2 && memcmp(text + atom->end - 2, kMonth, 2) == 0 && after.len == 2 &&
-          memcmp(text + atom->end, kFen, 2) == 0) {
-        atom->end += 2;  // 月份
-      }
-    }
-  } else if (unit.type == kYearUnit && !after.IsType(kYearCancel) &&
-             IsYearTime(text + atom->start, static_cast<int>(length))) {
-    atom->end += unit.len;
-    atom->handle = gUnknown_t_ID;
-  }
+  TakeUnit(scan, atom);
   return true;
 }
 
+void CPreProcess::TakeUnit(const Scanner& scan, word_t* atom) const {
+  const CharAt unit = scan.At(atom->end);
+  if (!unit.Exists()) return;
+  const CharAt after = scan.At(atom->end + unit.len);
+  const char* text = scan.text() + atom->start;
+  const int length = atom->end - atom->start;
+  if (unit.IsOneOf({kConnectorUnit, kConnectorPair, kDayUnit, kClockUnit, kTimeUnit})) {
+    if (!IsDayTime(text, static_cast<unsigned int>(length))) return;
+    // 3号楼 and 5分钱 are no dates or times.
+    if ((unit.type == kTimeUnit && after.IsType(kUnitCancel)) ||
+        (unit.type == kConnectorPair && after.IsOneOf({kUnitCancel, kUnitCancelB}))) {
+      return;
+    }
+    atom->handle = gUnknown_t_ID;
+    // Units are two-byte characters; the measured length keeps a table that
+    // says otherwise from taking a byte that is not there.
+    atom->end += unit.len;
+    if (unit.len == 2 && after.len == 2 && memcmp(text + length, kMonthPiece, 4) == 0) {
+      atom->end += 2;  // 三月份
+    }
+  } else if (unit.type == kYearUnit && !after.IsType(kYearCancel) && IsYearTime(text, length)) {
+    atom->end += unit.len;
+    atom->handle = gUnknown_t_ID;
+  }
+}
+
 void CPreProcess::CheckDictionary(const char* text, word_t* atom) const {
-  if (atom->handle == -1 || (atom->handle != gUnknown_t_ID && atom->handle != gUnknown_m_ID)) {
+  if (m_pCoreDict == nullptr ||
+      !(IsClass(atom->handle, gUnknown_t_ID) || IsClass(atom->handle, gUnknown_m_ID))) {
     return;
   }
   const int handle =
@@ -355,43 +399,66 @@ bool CPreProcess::IsValidPosition(int atomIndex, int length) const {
 }
 
 const char* CPreProcess::FullSegment(const char* text) {
+  if (text == nullptr) text = "";
   const char* next = AtomSegment(text);
   if (m_nAtomSize < 3) return next;
   FreeGraph();
-  const word_t& end_atom = m_pAtom[m_nAtomSize - 1];
-  m_nGraphLength = end_atom.start + 2;
-  m_pWordGraph = static_cast<word_t**>(calloc(m_nGraphLength, sizeof(word_t*)));
-  m_pWordCounter = static_cast<int*>(calloc(m_nGraphLength, sizeof(int)));
-  for (int i = 0; i < m_nAtomSize; ++i) BuildRow(text, i);
+  const int length = m_pAtom[m_nAtomSize - 1].start + 2;
+  m_pWordGraph = static_cast<word_t**>(calloc(length, sizeof(word_t*)));
+  m_pWordCounter = static_cast<int*>(calloc(length, sizeof(int)));
+  if (m_pWordGraph == nullptr || m_pWordCounter == nullptr) {
+    FreeGraph();
+    return next;
+  }
+  m_nGraphLength = length;
+  for (int i = 0; i < m_nAtomSize; ++i) {
+    if (!BuildRow(text, i)) {
+      FreeGraph();  // no half-built lattice
+      break;
+    }
+  }
   return next;
 }
 
-void CPreProcess::BuildRow(const char* text, int atomIndex) {
+bool CPreProcess::HasSingleRow(const word_t& atom) const {
+  if (IsClass(atom.handle, gUnknown_m_ID)) return atom.type != kNumeralStringType;
+  if (IsClass(atom.handle, gUnknown_t_ID) || IsClass(atom.handle, gUnknown_x_ID)) return true;
+  switch (atom.type) {
+    case kDelimiter:
+    case kSentenceEnd:
+    case kInnerDelimiter:
+    case kPunctuationRun:
+    case kWhiteSpace:
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool CPreProcess::BuildRow(const char* text, int atomIndex) {
   const word_t& atom = m_pAtom[atomIndex];
+  const bool boundary = atomIndex == 0 || atomIndex == m_nAtomSize - 1;
   const int row = atomIndex == 0 ? 0 : atom.start + 1;
-  const bool single = atomIndex == 0 || atomIndex == m_nAtomSize - 1 ||
-                      (atom.handle == gUnknown_m_ID && atom.type != kNumeralStringType) ||
-                      atom.handle == gUnknown_t_ID || atom.handle == gUnknown_x_ID ||
-                      IsOneOf(atom.type, {kDelimiter, kSentenceEnd, kInnerDelimiter,
-                                          kPunctuationRun, kWhiteSpace});
   unsigned int matches = 0;
-  if (!single) {
+  if (!boundary && !HasSingleRow(atom) && m_pCoreDict != nullptr) {
     m_pCoreDict->GetWords(text + atom.start, &m_pVecCandidateHandle, &m_pVecCandidatePosition,
                           &m_nCadidateSize, &matches, atom.end - atom.start);
   }
-  word_t* words = static_cast<word_t*>(malloc(sizeof(word_t) * (matches + 1)));
+  word_t* words = static_cast<word_t*>(malloc(sizeof(word_t) * (size_t{matches} + 1)));
+  if (words == nullptr) return false;
   words[0] = atom;
   int count = 1;
   for (unsigned int k = 0; k < matches; ++k) {
     const int length = static_cast<int>(m_pVecCandidatePosition[k]);
     if (!IsValidPosition(atomIndex, length)) continue;
-    word_t& w = words[count++];
-    w = word_t();
+    word_t& w = words[count++] = word_t();
     w.handle = static_cast<int>(m_pVecCandidateHandle[k]);
     w.start = atom.start;
     w.end = atom.start + length;
     w.type = atom.type;
+    w.value = 0.0;
   }
   m_pWordGraph[row] = words;
   m_pWordCounter[row] = count;
+  return true;
 }

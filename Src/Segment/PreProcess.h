@@ -9,9 +9,15 @@
 // every atom a row holding the atom and every core-dictionary word that
 // starts at it and ends exactly on a later atom boundary.
 //
-// Grouping is driven by the character type table; the roles of the type
-// values are named in CPreProcess::CharType. One instance serves one thread;
-// the dictionary and type table it reads are shared and read-only.
+// Grouping is driven by the character type table (charset.type); the roles
+// of the type values are named in CPreProcess::CharType, and
+// Data/source/charset.txt explains which characters carry them.
+//
+// Any byte string is safe input: a lone lead byte at the end is a
+// one-character atom, NUL ends the text, and a sentence is closed after
+// kMaxSentenceBytes so that one call never needs more memory than that bounds.
+// One instance serves one thread; the dictionary and the type table it reads
+// are shared and read-only.
 #ifndef ZIVOR_SEGMENT_PREPROCESS_H_
 #define ZIVOR_SEGMENT_PREPROCESS_H_
 
@@ -27,29 +33,29 @@ class CPreProcess {
   enum CharType : int {
     kDelimiter = 1,          // delimiter; '"' and '\'' are quotation marks
     kSentenceEnd = 2,        // sentence-final punctuation
-    kInnerDelimiter = 3,     // delimiter that may stand inside a digit or letter run
-    kPunctuationRun = 4,     // punctuation that forms runs
-    kDigit = 5,              // digit
+    kInnerDelimiter = 3,     // delimiter that stays inside digit and letter runs
+    kPunctuationRun = 4,     // punctuation that forms runs (also inside digit runs)
+    kDigit = 5,              // digit that joins both kinds below
     kNumberChar = 6,         // a character that is a number by itself
-    kDigitKindA = 7,         // digits of a kind that never mixes with kDigitKindB
+    kDigitKindA = 7,         // digits that never share an atom with kDigitKindB
     kLetter = 8,             // Latin letter
-    kNumeral = 9,            // numeral characters that open a numeral string
-    kNumeralB = 10,
-    kNumeralC = 11,
+    kNumeral = 9,            // numerals that open a numeral string
+    kNumeralB = 10,          //   ... and may also follow digits
+    kNumeralC = 11,          //   ... unless kNumeralEnd comes next
     kNumeralEnd = 12,        // ends a numeral string after kNumeralC
     kNumeralOpener = 13,     // numeral-string opener of the second kind
-    kConnector = 15,         // connectors inside numeral strings
-    kConnectorUnit = 16,     // connector that is also a day/clock unit
+    kConnector = 15,         // connector that takes the character after it
+    kConnectorUnit = 16,     // connector inside numerals, clock unit after numbers
     kPrefixA = 17,           // number prefix merging with a following number
-    kConnectorPair = 18,     // connector/unit followed by kConnectorPairEnd
+    kConnectorPair = 18,     // connector when kConnectorPairEnd follows; a unit
     kConnectorPairEnd = 19,
     kPrefixB = 20,           // number prefix merging with a following number
     kDayUnit = 21,           // day and clock units
     kClockUnit = 22,
     kYearUnit = 23,          // year unit
-    kYearCancel = 24,        // cancels a year unit before it
-    kTimeUnit = 25,          // day/clock unit that kUnitCancel cancels
-    kUnitCancel = 26,        // cancels a day unit before it
+    kYearCancel = 24,        // after a year unit: the number is not a year
+    kTimeUnit = 25,          // day unit that kUnitCancel cancels
+    kUnitCancel = 26,        // cancels a kTimeUnit or kConnectorPair unit before it
     kUnitCancelB = 27,       // cancels a kConnectorPair unit before it
     kWhiteSpace = 28,        // white space and line ends
     kDigitKindB = 29,
@@ -60,14 +66,18 @@ class CPreProcess {
   // Type given to letter strings and numeral strings.
   static constexpr unsigned char kLetterStringType = 8;
   static constexpr unsigned char kNumeralStringType = 9;
+  // A sentence is closed when it reaches this many bytes, at a character
+  // boundary; the rest of the text is left for the next call.
+  static constexpr int kMaxSentenceBytes = 1 << 20;
 
   CPreProcess(CCharset* charset, CPDAT* coreDict, CTrie* userDict);
   virtual ~CPreProcess();
   CPreProcess(const CPreProcess&) = delete;
   CPreProcess& operator=(const CPreProcess&) = delete;
 
-  // Cuts the front of text into the atoms of one sentence (with start and end
-  // atoms) and returns a pointer to the first byte not consumed.
+  // Cuts the front of the NUL-terminated text into the atoms of one sentence
+  // (with start and end atoms) and returns a pointer to the first byte not
+  // consumed. A null text is read as an empty one.
   const char* AtomSegment(const char* text);
 
   // Atom segmentation, then the word lattice of the sentence. Returns what
@@ -92,20 +102,27 @@ class CPreProcess {
   struct CharAt;  // one character of the text being cut
   class Scanner;  // reads characters and their types
 
+  // Makes room for `count` atoms; false when memory runs out.
+  bool ReserveAtoms(int count);
   void FreeGraph();
-  void ResetAtoms(int capacity);
   // Grouping of one atom by the type of its first character; returns true
   // when the sentence ends after it.
   bool GroupAtom(const Scanner& scan, word_t* atom, int atomIndex, int* dquotes,
-                 int* squotes);
+                 int* squotes) const;
+  void GroupDelimiter(const CharAt& c, word_t* atom, int* dquotes, int* squotes) const;
   void ExtendDigitString(const Scanner& scan, word_t* atom, int firstType) const;
   void ExtendNumeralString(const Scanner& scan, word_t* atom, int firstType) const;
   void ExtendNumeralOpener(const Scanner& scan, word_t* atom) const;
   // Merges a number with a preceding prefix, or takes a following date, time
   // or year unit into it. Returns false when the atom was merged away.
   bool FollowUpNumber(const Scanner& scan, word_t* atom, int atomIndex);
+  void TakeUnit(const Scanner& scan, word_t* atom) const;
   void CheckDictionary(const char* text, word_t* atom) const;
-  void BuildRow(const char* text, int atomIndex);
+  // Whether an atom's row holds the atom alone.
+  bool HasSingleRow(const word_t& atom) const;
+  // Builds the lattice row of an atom; false when memory runs out.
+  bool BuildRow(const char* text, int atomIndex);
+  int FindCode(int code) const;
 
   word_t* m_pAtom = nullptr;
   int m_nAtomSize = 0;
@@ -118,6 +135,10 @@ class CPreProcess {
   unsigned int* m_pVecCandidateHandle = nullptr;
   unsigned int* m_pVecCandidatePosition = nullptr;
   unsigned int m_nCadidateSize = 0;
+  // Entries allocated in m_pAtom; the array is kept across calls and grows
+  // with realloc as a sentence needs, so a call costs what its sentence costs
+  // however much text follows.
+  int m_nAtomCapacity = 0;
 };
 
 #endif  // ZIVOR_SEGMENT_PREPROCESS_H_

@@ -3,8 +3,10 @@
 // CSegment scores every path from the sentence-start atom to the sentence-end
 // atom of a word lattice by the product of interpolated bigram probabilities
 // and keeps the single best one as an array of word_t, each carrying its
-// unigram frequency in `value`. It reads the unigram and bigram tables, which
-// are shared and read-only; one instance serves one thread.
+// unigram frequency in `value`. One pass from the last row to the first gives
+// every word its best continuation (ties keep the earlier word of a row), so
+// the cost is one logarithm per lattice edge. It reads the unigram and bigram
+// tables, which are shared and read-only; one instance serves one thread.
 #ifndef ZIVOR_SEGMENT_SEGMENT_H_
 #define ZIVOR_SEGMENT_SEGMENT_H_
 
@@ -24,7 +26,9 @@ class CSegment {
   // Chooses the best path through the lattice (rowCount rows; row 0 the start
   // atom, row b + 1 the words starting at byte b, the last row the end atom)
   // and leaves it in m_pWords. `capacity` bounds the path length (the
-  // sentence's atom count). Returns the number of words on the path.
+  // sentence's atom count); a longer path is cut there. Sets every lattice
+  // word's `value` to its unigram frequency. Returns the number of words on
+  // the path (0, leaving m_pWords as it was, for a lattice without a start).
   int BiSegment(word_t** lattice, int rowCount, int* rowSizes, int capacity);
 
   // The chosen path, start atom first and end atom last.
@@ -32,10 +36,15 @@ class CSegment {
   int m_nWordCount = 0;
 
  private:
-  // ln P of word w followed by n (n.value holds F(n)).
+  // Unigram and bigram frequencies (0 without a table).
+  double Freq(int handle) const;
+  double PairFreq(int handle1, int handle2) const;
+  // ln P of word w followed by n (w.value and n.value hold their F).
   double TransitionLogProb(const word_t& w, const word_t& n) const;
-  void CopyPath(word_t** lattice, int rowCount, int* rowSizes, int capacity,
-                int** successors);
+  // Copies the path that starts at the start atom and follows `next`
+  // (successor index of each word, found at next[offset[row] + index]).
+  void CopyPath(word_t** lattice, int rowCount, const int* rowSizes, int capacity,
+                const int* offsets, const int* next);
 
   CPDAT* m_pCoreDict;
   CUnigram* m_pUnigram;
