@@ -91,9 +91,7 @@ int CBigram::GetFreq(int handle1, int handle2) const {
 bool CBigram::Load(const char* path) {
   FilePtr fp = OpenFile(path, "rb");
   if (!fp) return false;
-  fseek(fp.get(), 0, SEEK_END);
-  const long file_size = ftell(fp.get());
-  rewind(fp.get());
+  const int64_t file_size = FileSizeOf(fp.get());
   if (file_size < kHeaderBytes) return false;
 
   BinaryReader in(fp.get());

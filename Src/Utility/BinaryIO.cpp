@@ -1,5 +1,7 @@
 #include "Utility/BinaryIO.h"
 
+#include <sys/stat.h>
+
 #include <cstring>
 
 namespace {
@@ -16,6 +18,12 @@ uint32_t Swap32(uint32_t v) { return __builtin_bswap32(v); }
 FilePtr OpenFile(const char* path, const char* mode) {
   if (path == nullptr || mode == nullptr) return FilePtr();
   return FilePtr(fopen(path, mode));
+}
+
+int64_t FileSizeOf(FILE* fp) {
+  struct stat st;
+  if (fp == nullptr || fstat(fileno(fp), &st) != 0 || st.st_size < 0) return -1;
+  return static_cast<int64_t>(st.st_size);
 }
 
 void StoreLE32(unsigned char* p, int value) {

@@ -28,6 +28,10 @@ using FilePtr = std::unique_ptr<FILE, FileCloser>;
 // fopen that returns an owning pointer (null when the file cannot be opened).
 FilePtr OpenFile(const char* path, const char* mode);
 
+// Size in bytes of an open file, -1 when it cannot be measured. Loaders check
+// the counts a header announces against it before allocating for them.
+int64_t FileSizeOf(FILE* fp);
+
 // Encodes/decodes one little-endian 32-bit integer at p.
 void StoreLE32(unsigned char* p, int value);
 int LoadLE32(const unsigned char* p);

@@ -47,10 +47,9 @@ void DecodeNode(const unsigned char* p, trie_elem* e) {
 // Bytes between the current position of fp and its end; -1 when unknown.
 int64_t RemainingBytes(FILE* fp) {
   const long here = ftell(fp);
-  if (here < 0 || fseek(fp, 0, SEEK_END) != 0) return -1;
-  const long end = ftell(fp);
-  if (fseek(fp, here, SEEK_SET) != 0 || end < here) return -1;
-  return static_cast<int64_t>(end) - here;
+  const int64_t size = FileSizeOf(fp);
+  if (here < 0 || size < here) return -1;
+  return size - here;
 }
 
 bool LinkInRange(int link, int count) { return link >= -1 && link < count; }

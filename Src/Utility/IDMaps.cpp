@@ -4,7 +4,6 @@
 #include <climits>
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -65,18 +64,17 @@ bool CIDMaps::IndexIsValid() const {
 bool CIDMaps::Load(const char* sFilename) {
   FilePtr fp = OpenFile(sFilename, "rb");
   if (!fp) return false;
-  std::error_code error;
-  const uintmax_t fileSize = std::filesystem::file_size(sFilename, error);
+  const int64_t fileSize = FileSizeOf(fp.get());
   BinaryReader in(fp.get());
   int nSize = 0, nBound = 0;
-  if (error || fileSize < 8 || !in.ReadInt(&nSize) || !in.ReadInt(&nBound) || nSize < 0 ||
+  if (fileSize < 8 || !in.ReadInt(&nSize) || !in.ReadInt(&nBound) || nSize < 0 ||
       nBound < 0) {
     return false;
   }
   // A short file keeps the whole records it holds; the arrays are sized by
   // what is there, never by the header alone. The index follows the data, so
   // it is present only when all the data is.
-  const uint64_t available = fileSize - 8;
+  const uint64_t available = uint64_t(fileSize) - 8;
   CIDMaps loaded;
   loaded.m_nSize = static_cast<int>(std::min<uint64_t>(uint64_t(nSize), available / 4));
   const uint64_t afterData = available - 4 * uint64_t(loaded.m_nSize);

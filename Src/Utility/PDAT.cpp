@@ -26,14 +26,6 @@ bool IsSeparator(unsigned char c) {
   return c != 0 && strchr(kSeparators, c) != nullptr;
 }
 
-// Size of an open file in bytes, -1 when it cannot be measured.
-long SizeOf(FILE* fp) {
-  if (fseek(fp, 0, SEEK_END) != 0) return -1;
-  const long size = ftell(fp);
-  rewind(fp);
-  return size;
-}
-
 bool IsAsciiDigit(unsigned char c) { return c >= '0' && c <= '9'; }
 bool IsAsciiLetter(unsigned char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
@@ -286,7 +278,7 @@ int CPDAT::GetWords(const char* s, unsigned int** handles, unsigned int** length
 bool CPDAT::Load(const char* path) {
   FilePtr fp = OpenFile(path, "rb");
   if (!fp) return false;
-  const long size = SizeOf(fp.get());
+  const int64_t size = FileSizeOf(fp.get());
   if (size < kStatesOffset) return false;
 
   BinaryReader reader(fp.get());

@@ -1,7 +1,5 @@
 #include "Utility/POS.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <climits>
@@ -26,12 +24,6 @@ constexpr int kImportStep = 10000;
 // from the file.
 constexpr int kBlockRecords = 1024;
 constexpr int kHeaderBytes = 8;
-
-long long FileSizeOf(FILE* fp) {
-  struct stat st;
-  if (fstat(fileno(fp), &st) != 0) return -1;
-  return static_cast<long long>(st.st_size);
-}
 
 bool RecordLess(const CPOS::POS_elem& a, const CPOS::POS_elem& b) {
   if (a.handle != b.handle) return a.handle < b.handle;

@@ -56,9 +56,7 @@ int CUnigram::GetFreq(int handle) const {
 bool CUnigram::Load(const char* path) {
   FilePtr fp = OpenFile(path, "rb");
   if (!fp) return false;
-  fseek(fp.get(), 0, SEEK_END);
-  const long file_size = ftell(fp.get());
-  rewind(fp.get());
+  const int64_t file_size = FileSizeOf(fp.get());
   if (file_size < kHeaderBytes) return false;
 
   BinaryReader in(fp.get());

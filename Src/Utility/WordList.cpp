@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -71,11 +70,11 @@ bool CWordList::OffsetsAreValid() const {
 bool CWordList::Load(const char* sFilename) {
   FilePtr fp = OpenFile(sFilename, "rb");
   if (!fp) return false;
-  std::error_code error;
-  const uintmax_t fileSize = std::filesystem::file_size(sFilename, error);
+  const int64_t size = FileSizeOf(fp.get());
+  const uint64_t fileSize = size < 0 ? 0 : uint64_t(size);
   BinaryReader in(fp.get());
   CWordList loaded;
-  if (error || !in.ReadInt(&loaded.m_nSize) || !in.ReadInt(&loaded.m_nBound) ||
+  if (size < 0 || !in.ReadInt(&loaded.m_nSize) || !in.ReadInt(&loaded.m_nBound) ||
       loaded.m_nSize < 0 || loaded.m_nBound < 0 ||
       8 + 4 * (uint64_t(loaded.m_nBound) + 1) + 4 > fileSize) {
     return false;
