@@ -34,10 +34,10 @@ bool WriteCounts(const std::string& path, const CountMap& counts, bool with_coun
 }
 
 // "--exclude-days 25-27" keeps those days of the month out of the counts.
-bool ParseDays(const std::string& spec, int* first, int* last) {
-  if (spec.empty()) return true;
-  if (sscanf(spec.c_str(), "%d-%d", first, last) == 2) return *first <= *last;
-  if (sscanf(spec.c_str(), "%d", first) == 1) {
+bool ParseDays(const std::string& range, int* first, int* last) {
+  if (range.empty()) return true;
+  if (sscanf(range.c_str(), "%d-%d", first, last) == 2) return *first <= *last;
+  if (sscanf(range.c_str(), "%d", first) == 1) {
     *last = *first;
     return true;
   }
