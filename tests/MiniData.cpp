@@ -1,5 +1,7 @@
 #include "MiniData.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <filesystem>
 #include <map>
@@ -8,7 +10,9 @@
 #include <sstream>
 #include <vector>
 
+#include "API/ZIVOR.h"
 #include "TestUtil.h"
+#include "Utility/global_linux.h"
 
 namespace testutil {
 namespace {
@@ -156,6 +160,34 @@ bool BuildMiniData(const std::string& dir, const MiniDataOptions& options) {
   }
   WriteFile(data + "/Configure.xml", MiniConfigure(options));
   return true;
+}
+
+void LibraryTest::SetUp() {
+  ASSERT_TRUE(BuildMiniData(Dir(), Options()));
+  char cwd[4096];
+  ASSERT_NE(nullptr, getcwd(cwd, sizeof cwd));
+  old_cwd_ = cwd;
+  ASSERT_EQ(0, chdir(work_.path().c_str()));
+}
+
+void LibraryTest::TearDown() {
+  ZIVOR_Exit();
+  EXPECT_EQ(0, chdir(old_cwd_.c_str()));
+}
+
+bool LibraryTest::Init() const { return ZIVOR_Init(Dir().c_str(), 0); }
+
+std::string LibraryTest::TakeLog() const {
+  const std::string path = LogFileName(nullptr);
+  std::istringstream log(ReadFileBytes(path));
+  fs::remove(path);
+  std::string messages, line;
+  while (std::getline(log, line)) {
+    // "[YYYY-mm-dd HH:MM:SS] " is 22 bytes.
+    if (line.size() >= 22 && line[0] == '[' && line[20] == ']') line.erase(0, 22);
+    messages += line + "\n";
+  }
+  return messages;
 }
 
 }  // namespace testutil

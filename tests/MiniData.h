@@ -8,7 +8,11 @@
 #ifndef ZIVOR_TESTS_MINIDATA_H_
 #define ZIVOR_TESTS_MINIDATA_H_
 
+#include <gtest/gtest.h>
+
 #include <string>
+
+#include "TestUtil.h"
 
 namespace testutil {
 
@@ -32,6 +36,31 @@ bool BuildMiniData(const std::string& dir, const MiniDataOptions& options = {});
 
 // tests/data/mini in the source tree.
 std::string MiniSourceDir();
+
+// A test of the initialised library: each test gets a fresh mini data set
+// and its own working directory, which receives the day's log. ZIVOR_Exit
+// runs after every test.
+class LibraryTest : public ::testing::Test {
+ protected:
+  void SetUp() override;
+  void TearDown() override;
+  // The configuration the data set is built with.
+  virtual MiniDataOptions Options() const { return {}; }
+
+  // The directory that holds Data, and a file in Data.
+  const std::string& Dir() const { return data_.path(); }
+  std::string DataFile(const std::string& name) const { return Dir() + "/Data/" + name; }
+  bool Init() const;
+  // The messages logged since the last call, without their time stamps
+  // (each followed by a line feed); the log is emptied.
+  std::string TakeLog() const;
+
+  TempDir data_;
+  TempDir work_;
+
+ private:
+  std::string old_cwd_;
+};
 
 }  // namespace testutil
 

@@ -3,6 +3,8 @@
 #include "API/ZIVOR.h"
 
 #include <cstdlib>
+#include <string>
+#include <vector>
 
 #include "API/ZIVORState.h"
 #include "API/ZIVORWorker.h"
@@ -57,6 +59,25 @@ class WorkerLease {
 // Text arguments may be null; the instances see an empty text instead.
 const char* TextOrEmpty(const char* text) { return text != nullptr ? text : ""; }
 
+// The pooled calls hand their worker back before they return, so the next
+// caller to claim it may overwrite the instance's result while this caller
+// is still reading it. Each thread therefore gets its result in a buffer of
+// its own, valid until the same thread's next call: for one thread that is
+// exactly the life of the instance's buffer.
+const char* KeepText(const char* text) {
+  if (text == nullptr) return nullptr;
+  thread_local std::string kept;
+  kept.assign(text);
+  return kept.c_str();
+}
+
+const result_t* KeepRecords(const result_t* records, int count) {
+  if (records == nullptr) return nullptr;
+  thread_local std::vector<result_t> kept(1);  // never empty: data() is not null
+  kept.assign(records, records + count);
+  return kept.data();
+}
+
 // ZIVOR_Exit step 6: every instance, then the table itself.
 void DeleteInstances() {
   for (unsigned int i = 0; i < g_nCopyMemSize; ++i) {
@@ -82,7 +103,7 @@ const char* ZIVOR_ParagraphProcess(const char* sParagraph, int bPOStagged) {
   if (!g_bActive) return nullptr;
   WorkerLease lease;
   if (lease.get() == nullptr) return nullptr;
-  return lease.get()->ParagraphProcess(TextOrEmpty(sParagraph), bPOStagged);
+  return KeepText(lease.get()->ParagraphProcess(TextOrEmpty(sParagraph), bPOStagged));
 }
 
 const result_t* ZIVOR_ParagraphProcessA(const char* sParagraph, int* pResultCount,
@@ -93,7 +114,9 @@ const result_t* ZIVOR_ParagraphProcessA(const char* sParagraph, int* pResultCoun
   if (!g_bActive) return nullptr;
   WorkerLease lease;
   if (lease.get() == nullptr) return nullptr;
-  return lease.get()->ParagraphProcessA(TextOrEmpty(sParagraph), count, bUserDict);
+  const result_t* records =
+      lease.get()->ParagraphProcessA(TextOrEmpty(sParagraph), count, bUserDict);
+  return KeepRecords(records, *count);
 }
 
 int ZIVOR_GetParagraphProcessAWordCount(const char* sParagraph) {

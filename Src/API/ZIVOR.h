@@ -63,10 +63,11 @@ bool ZIVOR_Exit(void);
 /*
  * Analysis. Every call below may run on any number of threads at once; each
  * borrows an analysis instance for its duration. Returned pointers belong to
- * the library and stay valid until the next call that lands on the same
- * instance, which may be another thread's next call: copy the result before
- * calling again. Before ZIVOR_Init and after ZIVOR_Exit each returns its
- * failure value (null, 0, 0.0 or false).
+ * the library: the text of ZIVOR_ParagraphProcess stays valid until the same
+ * thread calls ZIVOR_ParagraphProcess again, the records of
+ * ZIVOR_ParagraphProcessA until the same thread calls ZIVOR_ParagraphProcessA
+ * again. Before ZIVOR_Init and after ZIVOR_Exit each
+ * returns its failure value (null, 0, 0.0 or false).
  */
 
 /* The analysed text: each word followed by the tag delimiter and its tag
