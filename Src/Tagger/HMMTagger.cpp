@@ -1,6 +1,7 @@
 #include "Tagger/HMMTagger.h"
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 
 #include "Utility/ContextStat.h"
@@ -14,6 +15,19 @@ constexpr double kLambda = 0.02;
 // Character types whose words without lexicon entries switch the default
 // candidate to kSwitchedDefaultPOS.
 bool SwitchesDefault(unsigned char type) { return type >= 1 && type <= 4; }
+
+// A path score rounded to double. Where arithmetic runs in extended
+// precision (x87 on 32-bit x86), a score still in a register could compare
+// greater than an equal one already stored, and ties would no longer keep
+// the earliest candidate; storing through memory rounds it first.
+double Rounded(double score) {
+#if defined(FLT_EVAL_METHOD) && FLT_EVAL_METHOD != 0
+  volatile double stored = score;
+  return stored;
+#else
+  return score;
+#endif
+}
 
 }  // namespace
 
@@ -82,7 +96,7 @@ void CHMMTagger::Transition(int i, int j) {
   const POS_info* previous = m_pCandidatePOS[i - 1];
   const std::vector<double>& previousWeight = m_pWeight[i - 1];
   for (int k = 0; k < m_pCounter[i - 1]; ++k) {
-    const double s = TransitionScore(previous[k].POS_id, tag) + previousWeight[k];
+    const double s = Rounded(TransitionScore(previous[k].POS_id, tag) + previousWeight[k]);
     if (k == 0 || s > m_pWeight[i][j]) {
       m_pWeight[i][j] = s;
       m_pPrevIdx[i][j] = k;
