@@ -17,10 +17,10 @@ namespace {
 constexpr int kFilePieceBytes = 10240;
 // Additive smoothing per vocabulary item.
 constexpr double kSmoothing = 0.05;
-// Pair frequency below which two words are never associated, and the share
-// of a word's frequency the pair must reach.
+// Pair frequency below which two words are never associated; the pair must
+// also reach a tenth of either word's frequency.
 constexpr int kMinAssociatedPairs = 4;
-constexpr double kAssociationShare = 0.1;
+constexpr long long kAssociationShareInverse = 10;
 
 double LogOpenFailure(const char* path) {
   WriteLog("Error read file", nullptr);
@@ -119,6 +119,9 @@ bool CMainSystem::IsFreqAssociate(const char* sPrevWord, const char* sNextWord) 
   if (prev == -1 || next == -1) return false;
   const int pairs = m_pBiDict->GetFreq(prev, next);
   if (pairs < kMinAssociatedPairs) return false;
-  return pairs >= kAssociationShare * m_pUnigram->GetFreq(prev) ||
-         pairs >= kAssociationShare * m_pUnigram->GetFreq(next);
+  // B >= 0.1 F, compared in integers: in floating point the product 0.1 F
+  // is not exact and x87 and SSE round it differently, so a pair of exactly
+  // a tenth would be associated on one build and not on the other.
+  const long long scaled = kAssociationShareInverse * pairs;
+  return scaled >= m_pUnigram->GetFreq(prev) || scaled >= m_pUnigram->GetFreq(next);
 }
