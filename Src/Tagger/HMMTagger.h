@@ -52,8 +52,10 @@ class CHMMTagger {
 
   // Tags the `count` words in place: writes every POS_id, and the type of
   // person-name words. The first word should be the sentence-start marker
-  // and the last the sentence-end marker. A count below 1 (or null words)
-  // changes nothing. Always returns 0.
+  // and the last the sentence-end marker, each with one tag. Should the
+  // first word have no lexicon entries it gets no tag (255); should the last
+  // have several, the best-scoring one ends the path. A count below 1 (or
+  // null words) changes nothing. Always returns 0.
   int Tagging(word_t* words, int count);
 
   // ln(f + 0.02) - ln(F + 0.02 * V). Counts below zero, which only a damaged
