@@ -332,6 +332,9 @@ TEST_F(PreProcessTest, LatticeKeepsOnlyWordsEndingOnAtomBoundaries) {
   // A numeral string starts words; other numbers, times and letter strings
   // stand alone even where a dictionary word starts.
   EXPECT_THAT(first_row("一些人"), ElementsAre("一", "一些"));
+  EXPECT_THAT(first_row("二十一世纪"), ElementsAre("二十一", "二十一世纪"));
+  EXPECT_EQ(pre_.WordGraph()[1][0].handle, gUnknown_m_ID);
+  EXPECT_THAT(first_row("21世纪"), ElementsAre("21"));
   EXPECT_THAT(first_row("3号"), ElementsAre("3号"));   // the time atom itself
   EXPECT_THAT(first_row("3号楼"), ElementsAre("3"));   // 3号 is in the dictionary
   EXPECT_THAT(first_row("12月"), ElementsAre("12月"));
