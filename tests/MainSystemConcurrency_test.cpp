@@ -86,4 +86,29 @@ TEST(MainSystemConcurrencyTest, CallsOnOneInstanceRunOneAtATime) {
   EXPECT_FALSE(sys->m_bProcessing);
 }
 
+TEST(MainSystemConcurrencyTest, FilesOnOneInstanceKeepTheirOwnResults) {
+  MiniResources* r = MiniResources::Get();
+  ASSERT_NE(r, nullptr);
+  auto sys = r->NewSystem();
+  testutil::TempDir dir;
+  std::string source;
+  for (const std::string& text : Texts()) source += text + "\n";
+  testutil::WriteFile(dir.File("in.txt"), source);
+  sys->FileProcess(dir.File("in.txt").c_str(), dir.File("expected.txt").c_str(), 1);
+  const std::string expected = testutil::ReadFileBytes(dir.File("expected.txt"));
+  ASSERT_FALSE(expected.empty());
+
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 3; ++t) {
+    threads.emplace_back([&, t] {
+      for (int round = 0; round < 10; ++round) {
+        const std::string out = dir.File("out" + std::to_string(t) + ".txt");
+        sys->FileProcess(dir.File("in.txt").c_str(), out.c_str(), 1);
+        EXPECT_EQ(expected, testutil::ReadFileBytes(out));
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
 }  // namespace

@@ -46,30 +46,21 @@ bool Reallocate(T** buffer, int count) {
 
 }  // namespace
 
-// Marks the instance busy for the lifetime of one call. A second call on a
-// busy instance waits on m_idle until the first has finished, so one call at
-// a time runs on the instance and m_bProcessing is only touched under
-// m_mutex.
-class CMainSystem::Busy {
- public:
-  explicit Busy(CMainSystem* system) : system_(system) {
-    pthread_mutex_lock(&system_->m_mutex);
-    while (system_->m_bProcessing) pthread_cond_wait(&system_->m_idle, &system_->m_mutex);
-    system_->m_bProcessing = true;
-    pthread_mutex_unlock(&system_->m_mutex);
-  }
-  ~Busy() {
-    pthread_mutex_lock(&system_->m_mutex);
-    system_->m_bProcessing = false;
-    pthread_cond_signal(&system_->m_idle);
-    pthread_mutex_unlock(&system_->m_mutex);
-  }
-  Busy(const Busy&) = delete;
-  Busy& operator=(const Busy&) = delete;
+// A second call on a busy instance waits on m_idle until the first has
+// finished; m_bProcessing is only touched under m_mutex.
+CMainSystem::Busy::Busy(CMainSystem* system) : system_(system) {
+  pthread_mutex_lock(&system_->m_mutex);
+  while (system_->m_bProcessing) pthread_cond_wait(&system_->m_idle, &system_->m_mutex);
+  system_->m_bProcessing = true;
+  pthread_mutex_unlock(&system_->m_mutex);
+}
 
- private:
-  CMainSystem* const system_;
-};
+CMainSystem::Busy::~Busy() {
+  pthread_mutex_lock(&system_->m_mutex);
+  system_->m_bProcessing = false;
+  pthread_cond_signal(&system_->m_idle);
+  pthread_mutex_unlock(&system_->m_mutex);
+}
 
 CMainSystem::CMainSystem(CCharset* pCharset, CPDAT* pCoreDict, CUnigram* pUnigram,
                          CBigram* pBiDict, CTrie* pUserDict, CPDAT* pFieldDict,
@@ -142,7 +133,11 @@ void CMainSystem::FreeBuffers() {
 
 const char* CMainSystem::Process(const char* sLineOrig, int bPOStagged, bool bUserDict) {
   Busy busy(this);
-  RunText(sLineOrig, bPOStagged != 0, bUserDict, true);
+  return RunProcess(sLineOrig, bPOStagged, bUserDict);
+}
+
+const char* CMainSystem::RunProcess(const char* sLine, int bPOStagged, bool bUserDict) {
+  RunText(sLine, bPOStagged != 0, bUserDict, true);
   if (m_bLongText) return m_sOutput.c_str();
   return m_sResult != nullptr ? m_sResult : "";
 }

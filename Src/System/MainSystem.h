@@ -144,7 +144,17 @@ class CMainSystem {
   bool m_bProcessing = false;  // read and written only under m_mutex
 
  private:
-  class Busy;  // holds m_bProcessing for the lifetime of one call
+  // Holds m_bProcessing for its lifetime: one call at a time on an instance.
+  class Busy {
+   public:
+    explicit Busy(CMainSystem* system);
+    ~Busy();
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
+
+   private:
+    CMainSystem* const system_;
+  };
 
   // The default tag (a word or user word without a known tag).
   static constexpr unsigned char kDefaultTag = 21;
@@ -156,6 +166,7 @@ class CMainSystem {
   void FreeBuffers();
 
   // Everything between taking the busy flag and releasing it.
+  const char* RunProcess(const char* sLine, int bPOStagged, bool bUserDict);
   int RunText(const char* sLine, bool bPOStagged, bool bUserDict, bool bStrOut);
   int RunLongText(const char* sLine, int nLen, bool bPOStagged, bool bUserDict,
                   bool bStrOut);

@@ -57,6 +57,9 @@ double CMainSystem::FileProcess(const char* sSrcFilename, const char* sDsnFilena
   const FilePtr dest = OpenFile(sDsnFilename, "w");
   if (!source) return LogOpenFailure(sSrcFilename);
   if (!dest) return LogOpenFailure(sDsnFilename);
+  // The whole file is one call: no other call on the instance can replace a
+  // piece's result before it is written.
+  Busy busy(this);
   char piece[kFilePieceBytes];
   std::string result;
   double ticks = 0;
@@ -79,7 +82,7 @@ double CMainSystem::ProcessPiece(const char* pPiece, int nLen, int bPOStagged,
     const int partLen = static_cast<int>(strlen(part));
     if (partLen > 0) {
       const clock_t begin = clock();
-      const char* text = Process(part, bPOStagged, true);
+      const char* text = RunProcess(part, bPOStagged, true);
       ticks += static_cast<double>(clock() - begin);
       pResult->append(text);
     }
