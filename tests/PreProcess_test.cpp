@@ -175,6 +175,7 @@ TEST_F(PreProcessTest, DatesAndTimes) {
   EXPECT_THAT(Atoms("98年"), ElementsAre("98年/t:7"));
   EXPECT_THAT(Atoms("45年"), ElementsAre("45/m:7", "年/word:23"));  // no two-digit year
   EXPECT_THAT(Atoms("98年级"), ElementsAre("98/m:7", "年/word:23", "级/word:24"));
+  EXPECT_THAT(Atoms("９０年代"), ElementsAre("９０/m:29", "年/word:23", "代/-:24"));
   EXPECT_THAT(Atoms("10点30分"), ElementsAre("10点/t:7", "30分/t:7"));
   EXPECT_THAT(Atoms("三月份"), ElementsAre("三月份/t:9"));
   EXPECT_THAT(Atoms("3月份"), ElementsAre("3月份/t:7"));
