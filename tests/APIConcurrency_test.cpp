@@ -19,11 +19,7 @@ namespace {
 using testutil::Gbk;
 
 constexpr int kThreads = 8;
-#if defined(__SANITIZE_THREAD__)
-constexpr int kCallsPerThread = 300;  // ThreadSanitizer runs about 10x slower
-#else
 constexpr int kCallsPerThread = 2000;
-#endif
 
 // What one call returned, copied before the next call can overwrite it.
 struct Outcome {

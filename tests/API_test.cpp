@@ -214,13 +214,6 @@ TEST_F(ApiTest, ResultTextAndRecordsDescribeTheSameWords) {
       ++next_token;
     }
     EXPECT_EQ(text, rebuilt);
-    // Untagged text carries the same words without tags.
-    const auto plain = Tokens(ZIVOR_ParagraphProcess(text.c_str(), 0));
-    ASSERT_EQ(tokens.size(), plain.size());
-    for (size_t i = 0; i < plain.size(); ++i) {
-      EXPECT_EQ(tokens[i].first, plain[i].first);
-      EXPECT_EQ("", plain[i].second);
-    }
   }
 }
 
