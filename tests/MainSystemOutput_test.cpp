@@ -90,62 +90,50 @@ TEST_F(OutputTest, OnlyTheFirstCharacterOfDelimiterAndBoundaryIsWritten) {
   EXPECT_STREQ("n", sys_->m_pVecResult[2].sPOS);
 }
 
-TEST_F(OutputTest, UserWordReplacesTheWordsItCoversExactly) {
+TEST_F(OutputTest, UserWordsReplaceOnlyTheWordsTheyCoverExactly) {
   EXPECT_EQ("经济/n 发展/v 很/d 快/a ", Text("经济发展很快", 1, false));
-  EXPECT_EQ("经济发展/n 很/d 快/a ", Text("经济发展很快"));
   EXPECT_EQ("经济发展 很 快 ", Text("经济发展很快", 0));
-  int count = 0;
-  const result_t* records = sys_->GetResult(&count);
-  ASSERT_EQ(3, count);
-  EXPECT_EQ(0, records[0].start);
+  EXPECT_EQ("经济发展/n 很/d 快/a ", Text("经济发展很快"));
+  const result_t* records = sys_->m_pVecResult;
   EXPECT_EQ(8, records[0].length);
   EXPECT_EQ(1, records[0].word_type);
   EXPECT_EQ(-1, records[0].word_ID);
   EXPECT_STREQ("n", records[0].sPOS);
+  EXPECT_EQ(21, records[0].iPOS);  // "n" in the map
+  EXPECT_EQ(r_->core.Find(Gbk("很").c_str()), records[1].word_ID);
 
-  Text("经济发展很快");
-  EXPECT_EQ(21, sys_->m_pVecResult[0].iPOS);  // "n" in the map
-  EXPECT_EQ(r_->core.Find(Gbk("很").c_str()), sys_->m_pVecResult[1].word_ID);
-}
-
-TEST_F(OutputTest, UserWordsThatEndInsideAWordOrHaveUnknownTags) {
+  // 北京大 ends inside 北京大学: ignored. 学生。 covers two words with a tag
+  // the map does not know: the default identifier.
   CTrie users;
   ASSERT_EQ(1, users.AddTrie(Gbk("北京大 nz").c_str()));
   ASSERT_EQ(1, users.AddTrie(Gbk("学生。 zz").c_str()));
   MiniResources::Options options;
   options.ownUserDict = &users;
   sys_ = r_->NewSystem(options);
-  // 北京大 ends inside 北京大学: ignored. 学生。 covers two words with a tag the
-  // map does not know: the default identifier 21.
   EXPECT_EQ("他/rr 是/vshi 北京大学/nt 的/ude1 学生。/zz ", Text(kSentence));
   const result_t last = sys_->m_pVecResult[sys_->m_nVecResultLen - 1];
   EXPECT_STREQ("zz", last.sPOS);
   EXPECT_EQ(21, last.iPOS);
-  EXPECT_EQ(1, last.word_type);
 }
 
-TEST_F(OutputTest, LatinRunsMergeIntoEmailUrlAndString) {
+TEST_F(OutputTest, PatternMerges) {
   EXPECT_EQ("abc@def.com/email ", Text("abc@def.com"));
   EXPECT_EQ("abc\\def/url ", Text("abc\\def"));
   EXPECT_EQ("abc/x ", Text("abc"));
   EXPECT_EQ("他/rr abc@def.com/email 是/vshi ", Text("他abc@def.com是"));
   const result_t email = OnlyRecord("abc@def.com");
   EXPECT_EQ(97, email.iPOS);
-  EXPECT_STREQ("email", email.sPOS);
-  EXPECT_EQ(-1, email.word_ID);  // a Latin string class handle
+  EXPECT_EQ(-1, email.word_ID);  // the Latin string class
   EXPECT_EQ(11, email.length);
   EXPECT_EQ(96, OnlyRecord("abc\\def").iPOS);
   EXPECT_EQ(93, OnlyRecord("abc").iPOS);
-}
 
-TEST_F(OutputTest, RepeatedMeasureAtRunsAndDoubleSlash) {
   EXPECT_EQ("一个个/m ", Text("一个个"));
+  EXPECT_EQ("一个个 ", Text("一个个", 0));
+  EXPECT_EQ("一/m 个/q 一/m ", Text("一个一"));
   const result_t numeral = OnlyRecord("一个个");
   EXPECT_EQ(18, numeral.iPOS);
   EXPECT_EQ(-1, numeral.word_ID);
-  EXPECT_EQ(6, numeral.length);
-  EXPECT_EQ("一/m 个/q 一/m ", Text("一个一"));
-  EXPECT_EQ("一个个 ", Text("一个个", 0));  // untagged runs merge as well
 
   // "@" takes the following words up to a delimiter or the sentence end.
   EXPECT_EQ("@abc/nr ，/wd 他/rr ", Text("@abc，他"));
@@ -157,35 +145,28 @@ TEST_F(OutputTest, RepeatedMeasureAtRunsAndDoubleSlash) {
 
 class FieldDicTest : public OutputTest {
  protected:
-  // 北京 大学 学生 between the pseudo-words, offsets in line_.
+  // 北京 大学 学生 between the pseudo-words, offsets in line_, type 50, tag 0.
   void SetUp() override {
     OutputTest::SetUp();
-    line_ = Gbk("北京大学学生");
-    words_.assign(5, word_t());
-    const int bounds[][2] = {{0, 0}, {0, 4}, {4, 8}, {8, 12}, {12, 12}};
     const char* texts[] = {"始##始", "北京", "大学", "学生", "末##末"};
+    const int starts[] = {0, 0, 4, 8, 12};
     for (int i = 0; i < 5; ++i) {
-      words_[i].start = bounds[i][0];
-      words_[i].end = bounds[i][1];
+      words_[i].start = starts[i];
+      words_[i].end = i == 0 ? 0 : starts[i] + (i < 4 ? 4 : 0);
       words_[i].handle = r_->core.Find(Gbk(texts[i]).c_str());
       words_[i].type = 50;
-      words_[i].value = i;
-      words_[i].POS_id = 21;
+      words_[i].POS_id = 0;
     }
-    dest_.assign(8, word_t());
   }
-  int Run(testutil::SmallDict* dict, int type, word_t* dest = nullptr) {
-    int count = -1;
-    const int returned = sys_->FieldDic(line_.c_str(), words_.data(), 5,
-                                        dest != nullptr ? dest : dest_.data(), count,
-                                        dict != nullptr ? &dict->dict : nullptr,
-                                        dict != nullptr ? &dict->pos : nullptr, type);
-    EXPECT_EQ(returned, count);
-    return count;
+  int Run(CPDAT* dict, CPOS* pos, int type, word_t* dest, int count = 5) {
+    int out = -1;
+    EXPECT_EQ(sys_->FieldDic(line_.c_str(), words_, count, dest, out, dict, pos, type), out);
+    return out;
   }
 
-  std::string line_;
-  std::vector<word_t> words_, dest_;
+  const std::string line_ = Gbk("北京大学学生");
+  word_t words_[5];
+  word_t dest_[8];
 };
 
 TEST_F(FieldDicTest, DictionaryWordCoveringWordsExactlyBecomesOneWord) {
@@ -193,38 +174,35 @@ TEST_F(FieldDicTest, DictionaryWordCoveringWordsExactlyBecomesOneWord) {
   ASSERT_TRUE(dict.Build("北京大学 nt 3\n", r_->maps[0]));
   const int dictHandle = dict.dict.Find(Gbk("北京大学").c_str());
   const int beijing = words_[1].handle;
-  ASSERT_EQ(4, Run(&dict, 102));
+  ASSERT_EQ(4, Run(&dict.dict, &dict.pos, 102, dest_));
   EXPECT_EQ(0, dest_[1].start);
   EXPECT_EQ(8, dest_[1].end);
   EXPECT_EQ(102, dest_[1].type);
   EXPECT_EQ(r_->maps[0].GetID("nt"), dest_[1].POS_id);
-  // The separate destination keeps the first covered word's handle; the
+  // A separate destination keeps the first covered word's handle; the
   // source word takes the dictionary's.
   EXPECT_EQ(beijing, dest_[1].handle);
   EXPECT_EQ(dictHandle, words_[1].handle);
-  EXPECT_EQ(102, words_[1].type);
   EXPECT_EQ(8, dest_[2].start);
-  EXPECT_EQ(12, dest_[2].end);
   EXPECT_EQ(50, dest_[2].type);
-  EXPECT_EQ(12, dest_[3].start);
   EXPECT_EQ(words_[4].handle, dest_[3].handle);
 
-  // In place the merged slot is the source word and shows the new handle.
+  // In place the merged slot is the source word: the new handle shows.
   SetUp();
-  ASSERT_EQ(4, Run(&dict, 0, words_.data()));
+  ASSERT_EQ(4, Run(&dict.dict, &dict.pos, 0, words_));
   EXPECT_EQ(dictHandle, words_[1].handle);
   EXPECT_EQ(0, words_[1].type);
-  EXPECT_EQ(8, words_[1].end);
   EXPECT_EQ(Gbk("学生"), line_.substr(words_[2].start, words_[2].end - words_[2].start));
 }
 
-TEST_F(FieldDicTest, WordsStayWhenTheLongestDictionaryWordEndsInsideOne) {
+TEST_F(FieldDicTest, WordsStayUnlessTheLongestWordEndsOnABoundary) {
   // 北京大 ends inside 大学; 北京大学学, the longest match, inside 学生 (the
-  // shorter 北京大学 is not tried).
-  for (const char* lines : {"北京大 nz 1\n", "北京大学学 nz 1\n北京大学 nt 3\n"}) {
-    testutil::SmallDict dict;
-    ASSERT_TRUE(dict.Build(lines, r_->maps[0]));
-    ASSERT_EQ(5, Run(&dict, 102));
+  // shorter 北京大学 is not tried); no dictionary copies one to one.
+  testutil::SmallDict inside, longest;
+  ASSERT_TRUE(inside.Build("北京大 nz 1\n", r_->maps[0]));
+  ASSERT_TRUE(longest.Build("北京大学学 nz 1\n北京大学 nt 3\n", r_->maps[0]));
+  for (testutil::SmallDict* dict : {&inside, &longest, static_cast<testutil::SmallDict*>(nullptr)}) {
+    ASSERT_EQ(5, Run(dict ? &dict->dict : nullptr, dict ? &dict->pos : nullptr, 102, dest_));
     for (int i = 1; i < 5; ++i) {
       EXPECT_EQ(words_[i].start, dest_[i].start);
       EXPECT_EQ(words_[i].end, dest_[i].end);
@@ -232,32 +210,20 @@ TEST_F(FieldDicTest, WordsStayWhenTheLongestDictionaryWordEndsInsideOne) {
       EXPECT_EQ(50, dest_[i].type);
     }
   }
-  // Without a dictionary the words are copied one to one.
-  ASSERT_EQ(5, Run(nullptr, 102));
-  EXPECT_EQ(4, dest_[1].end);
-  EXPECT_EQ(50, dest_[3].type);
-  EXPECT_EQ(3.0, dest_[3].value);
-}
-
-TEST_F(FieldDicTest, MissingTagGivesTheDefaultAndShortInputsCopyTheEnd) {
-  testutil::SmallDict dict;
-  ASSERT_TRUE(dict.Build("学生 n 1\n", r_->maps[0]));
+  // A lexicon without a tag for the word gives the default tag 21.
   CPOS empty;
-  int count = 0;
-  words_[3].POS_id = 0;
-  sys_->FieldDic(line_.c_str(), words_.data(), 5, dest_.data(), count, &dict.dict, &empty, 0);
-  EXPECT_EQ(5, count);
+  testutil::SmallDict single;
+  ASSERT_TRUE(single.Build("学生 n 1\n", r_->maps[0]));
+  ASSERT_EQ(5, Run(&single.dict, &empty, 0, dest_));
   EXPECT_EQ(21, dest_[3].POS_id);
   EXPECT_EQ(0, dest_[3].type);
-
-  // Start and end only: the end word is copied into slot 1.
+  // Start and end only: slot 1 is the end word; no words at all: count 1.
   words_[1] = words_[4];
-  EXPECT_EQ(2, sys_->FieldDic(line_.c_str(), words_.data(), 2, dest_.data(), count,
-                              &dict.dict, &dict.pos, 0));
-  EXPECT_EQ(words_[1].handle, dest_[1].handle);
-  // No words at all (the field pass without a granularity pass).
-  EXPECT_EQ(1, sys_->FieldDic(line_.c_str(), nullptr, 0, dest_.data(), count, &dict.dict,
-                              &dict.pos, 102));
+  ASSERT_EQ(2, Run(&single.dict, &single.pos, 0, dest_, 2));
+  EXPECT_EQ(words_[4].handle, dest_[1].handle);
+  int count = 0;
+  EXPECT_EQ(1, sys_->FieldDic(line_.c_str(), nullptr, 0, dest_, count, &single.dict,
+                              &single.pos, 102));
 }
 
 TEST_F(FieldDicTest, GranularityThenFieldPassInThePipeline) {
