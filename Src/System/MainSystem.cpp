@@ -3,6 +3,7 @@
 // in MainSystemField.cpp, files and word queries in MainSystemFile.cpp.
 #include "System/MainSystem.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -330,10 +331,12 @@ result_t* CMainSystem::AppendRecord(result_t** ppVec, int* pLen, int* pCapacity)
 bool CMainSystem::AppendResultText(const char* pText, int nLen) {
   if (nLen < 0) nLen = 0;
   // Room for the text, the word boundary's two bytes and the final NUL.
+  // Growth here only happens for tags far longer than usual; doubling keeps
+  // a run of such tokens linear.
   const int needed = m_nResultLen + nLen + 3;
-  if (needed > m_nResultMemSize &&
-      !ReserveResultText(needed > m_nResultMemSize * 2 ? needed : m_nResultMemSize * 2)) {
-    return false;
+  if (needed > m_nResultMemSize) {
+    const long long doubled = std::min<long long>(2LL * m_nResultMemSize, INT_MAX);
+    if (!ReserveResultText(static_cast<int>(std::max<long long>(needed, doubled)))) return false;
   }
   memcpy(m_sResult + m_nResultLen, pText, static_cast<size_t>(nLen));
   m_nResultLen += nLen;
