@@ -289,6 +289,7 @@ TEST_F(SegmentTest, MalformedInputNeverCrashes) {
   Lattice broken(4);
   broken.Add(0, 9, data_.Handle("研究"));
   broken.Add(2, 1, data_.Handle("研究"));
+  broken.Add(1, 2147483647, data_.Handle("研究"));
   EXPECT_EQ(segment_->BiSegment(broken.rows(), broken.count(), broken.sizes(), 6), 2);
   // Without frequency tables every path is as good as the first.
   CSegment bare(nullptr, nullptr, nullptr);

@@ -82,8 +82,8 @@ int CSegment::BiSegment(word_t** lattice, int rowCount, int* rowSizes, int capac
     for (int k = 0; k < size; ++k) {
       word_t& w = lattice[r][k];
       w.value = Freq(w.handle);
+      if (w.end < r || w.end >= last) continue;  // no successor row
       const int nr = w.end + 1;
-      if (nr <= r || nr >= rowCount) continue;  // not a successor row
       const int self = offsets[r] + k;
       const int successors = RowSize(lattice, rowSizes, nr);
       for (int j = 0; j < successors; ++j) {
@@ -114,12 +114,11 @@ void CSegment::CopyPath(word_t** lattice, int rowCount, const int* rowSizes, int
   // successor row that is empty or outside the lattice.
   int row = 0, index = 0;
   while (m_nWordCount < capacity && next[offsets[row] + index] >= 0) {
-    const int next_row = lattice[row][index].end + 1;
+    const int end = lattice[row][index].end;
+    if (end < row || end >= rowCount - 1) break;
+    const int next_row = end + 1;
     const int next_index = next[offsets[row] + index];
-    if (next_row <= row || next_row >= rowCount ||
-        next_index >= RowSize(lattice, rowSizes, next_row)) {
-      break;
-    }
+    if (next_index >= RowSize(lattice, rowSizes, next_row)) break;
     row = next_row;
     index = next_index;
     m_pWords[m_nWordCount++] = lattice[row][index];
