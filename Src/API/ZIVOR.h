@@ -47,10 +47,11 @@ _Static_assert(offsetof(result_t, weight) == 60, "result_t::weight must be at by
  *
  * ZIVOR_Init loads the data directory `sInitDirPath`/Data (null or empty: the
  * current working directory) as "Data/Configure.xml" describes it. `encode`
- * is the caller's encoding: 0 GBK; 1 to 4 the other supported encodings; any
- * other value is taken as GBK. Returns true when the library is ready, also
- * when it already was (a second call changes nothing); false on failure, with
- * the reason in the day's log file (YYYYmmdd.log in the current directory).
+ * is the caller's encoding: 0 is GBK; codes 1 to 4 are reserved for the other
+ * encodings and, like any other value, are served as GBK for now. Returns
+ * true when the library is ready, also when it already was (a second call
+ * changes nothing); false on failure, with the reason in the day's log file
+ * (YYYYmmdd.log in the current directory).
  * It must not run concurrently with any other call.
  *
  * ZIVOR_Exit releases everything ZIVOR_Init built; false when the library was
