@@ -78,7 +78,7 @@ const result_t* KeepRecords(const result_t* records, int count) {
   return kept.data();
 }
 
-// ZIVOR_Exit step 6: every instance, then the table itself.
+// Deletes every instance (the main one included), then the table itself.
 void DeleteInstances() {
   for (unsigned int i = 0; i < g_nCopyMemSize; ++i) {
     delete g_vecZIVOR[i];

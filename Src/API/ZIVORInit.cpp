@@ -99,7 +99,7 @@ void SetDefaults(const std::string& dir) {
   g_nPosMap = 0;
 }
 
-// Step 4: the settings that decide what the rest of initialisation loads.
+// The settings that decide what the rest of initialisation loads.
 void ReadSettings(const char* config) {
   std::string value;
   if (ConfigValue(config, "TagSet", &value)) g_sTagset = value;
@@ -110,7 +110,7 @@ void ReadSettings(const char* config) {
   if (ConfigIs(config, "Tagger", "off")) g_bPOSTagger = false;
 }
 
-// Step 9: the requested tag presentation.
+// The requested tag presentation.
 void ReadPresentation(const char* config) {
   if (ConfigIs(config, "POS", "None")) {
     g_nPOSPresent = 0;
@@ -171,11 +171,13 @@ bool LoadPOSmap(int level, const std::string& name) {
   return false;
 }
 
-// Step 5. Codes 1 to 4 (the encodings other than GBK) get a code translator
-// here once code translation exists; until then every code is served as GBK.
+// The caller's encoding. Codes 1 to 4 (the encodings other than GBK) get a
+// code translator here once code translation exists; until then every code
+// is served as GBK.
 void CreateCodeTranslator(int /*encode*/) { DeleteCodeTranslator(); }
 
-// Steps 6 to 8: the dictionaries that the configuration switches on.
+// The user, field and granularity dictionaries, when the configuration
+// switches them on.
 void LoadOptionalDictionaries(const Switches& on) {
   if (on.user_dict) LoadOptional(g_pUserDict, "UserDict.pdat", "Cannot open user dictionary");
   if (on.field_dict) {
@@ -192,7 +194,8 @@ void LoadOptionalDictionaries(const Switches& on) {
   }
 }
 
-// Step 12: the handles of the pseudo-words and fixed words (GBK spellings).
+// The handles of the pseudo-words and fixed words (GBK spellings); the first
+// nine are required.
 bool ResolvePseudoWords() {
   const struct {
     int* handle;
@@ -224,8 +227,7 @@ bool ResolvePseudoWords() {
   return complete;
 }
 
-// Steps 10 to 14: character types, core dictionary, pseudo-words, unigram and
-// bigram tables.
+// Character types, core dictionary, pseudo-words, unigram and bigram tables.
 bool LoadCoreResources() {
   return LoadRequired(g_pCharset, "charset.type", "Cannot build object CCharset") &&
          LoadRequired(g_pCoreDict, "CoreDict.pdat", "Cannot build object CPDAT ") &&
@@ -234,7 +236,7 @@ bool LoadCoreResources() {
          LoadRequired(g_pBiDict, "BiWord.big", "Cannot build object CBigram! ");
 }
 
-// Step 15: the core tag lexicon, the tag statistics and the four tag maps
+// The core tag lexicon, the tag statistics and the four tag maps
 // (filled in the order 0, 3, 1, 2).
 bool LoadTagger() {
   if (!LoadRequired(g_pCorePOS, "CoreDict.pos", nullptr) ||
@@ -251,21 +253,21 @@ bool LoadTagger() {
          LoadPOSmap(1, "ZIVOR_First.map") && LoadPOSmap(2, "PKU.map");
 }
 
-// Step 16: role lexicon, role statistics and the name automaton.
+// Role lexicon, role statistics and the name automaton.
 bool LoadPersonRecognition() {
   return LoadRequired(g_pPersonRole, "nr.role", nullptr) &&
          LoadRequired(g_pPersonContext, "nr.ctx", nullptr, false) &&
          LoadRequired(g_pPersonFSA, "nr.fsa", nullptr);
 }
 
-// Step 17: the new-word log, appended to; the library works without it.
+// The new-word log, appended to; the library works without it.
 void OpenNewWordLog() {
   const std::string path = DataFile("NewWord.lst");
   g_fpNewWord = OpenFile(path.c_str(), "a");
   if (!g_fpNewWord) LogWithPath("Cannot write", path);
 }
 
-// Step 19: the main instance, the slot table and the pool's mutexes.
+// The main instance, the slot table and the pool's mutexes.
 bool CreatePool() {
   g_vecZIVOR = static_cast<CMainSystem**>(calloc(kSlotStep, sizeof(CMainSystem*)));
   if (g_vecZIVOR == nullptr) return false;

@@ -68,8 +68,8 @@ extern FilePtr g_fpNewWord;           // the new-word log "NewWord.lst"
 // Creates an analysis instance over the shared resources.
 CMainSystem* NewMainSystem();
 
-// Deletes the shared resources loaded by ZIVOR_Init (Exit steps 1 to 3) and
-// the code translator; every pointer becomes null.
+// Delete the shared resources loaded by ZIVOR_Init and the code translator;
+// every pointer becomes null (null ones are skipped).
 void DeleteSharedResources();
 void DeleteCodeTranslator();
 
