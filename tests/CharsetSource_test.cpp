@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "TestUtil.h"
 #include "Utility/BinaryIO.h"
@@ -62,24 +63,13 @@ TEST(CharsetSourceTest, ItemsCommentsAndOverrides) {
           "0xB0/0xFF 7\n"                // one lead byte by one trail byte
           "0xB0 6\n");                  // the one-byte code of a lone lead byte
   ASSERT_EQ(Build(dir, source, &table), 0);
-  for (const int code : {0xB0A1, 0xB0A3, 0xB1A1, 0xB1A3}) EXPECT_EQ(table.GetType(code), 30);
-  for (const int code : {0xB0A4, 0xB0A0, 0xB2A1}) EXPECT_EQ(table.GetType(code), 0);
-  for (const int code : {0xA1A1, 0xA1A3, 'Z' + 0}) EXPECT_EQ(table.GetType(code), 28);
-  EXPECT_EQ(table.GetType(0xA1A4), 0);
-  EXPECT_EQ(table.GetType(Code(Gbk("一"))), 9);
-  EXPECT_EQ(table.GetType(Code(Gbk("二"))), 10);
-  EXPECT_EQ(table.GetType(Code(Gbk("三"))), 9);
-  EXPECT_EQ(table.GetType(Code(Gbk("０"))), 29);
-  EXPECT_EQ(table.GetType(Code(Gbk("９"))), 29);
-  EXPECT_EQ(table.GetType('B'), 29);
-  EXPECT_EQ(table.GetType('b'), 10);
-  EXPECT_EQ(table.GetType('#'), 1);
-  EXPECT_EQ(table.GetType(0x01), 28);
-  EXPECT_EQ(table.GetType(0x1F), 28);
-  for (const int code : {0x0B, 0x0C, 0}) EXPECT_EQ(table.GetType(code), 0) << code;
-  EXPECT_EQ(table.GetType(0xB0FF), 7);
-  EXPECT_EQ(table.GetType(0xB0), 6);
-  for (const int code : {9, 10, 13, 32}) EXPECT_EQ(table.GetType(code), 28);
+  const std::pair<int, int> expected[] = {
+      {0xB0A1, 30}, {0xB0A3, 30}, {0xB1A1, 30}, {0xB1A3, 30}, {0xB0A4, 0}, {0xB0A0, 0},
+      {0xB2A1, 0}, {0xA1A1, 28}, {0xA1A3, 28}, {0xA1A4, 0}, {'Z', 28}, {Code(Gbk("一")), 9},
+      {Code(Gbk("二")), 10}, {Code(Gbk("三")), 9}, {Code(Gbk("０")), 29}, {Code(Gbk("９")), 29},
+      {'B', 29}, {'b', 10}, {'#', 1}, {0x01, 28}, {0x1F, 28}, {0x0B, 0}, {0x0C, 0}, {0, 0},
+      {0xB0FF, 7}, {0xB0, 6}, {9, 28}, {10, 28}, {13, 28}, {32, 28}};
+  for (const auto& [code, type] : expected) EXPECT_EQ(table.GetType(code), type) << code;
 
   // Plain "CHAR TYPE" lines are a source as they stand.
   ASSERT_EQ(Build(dir, Gbk("中 7\n文 8\n") + "a 3\n", &table), 0);
@@ -90,25 +80,14 @@ TEST(CharsetSourceTest, ItemsCommentsAndOverrides) {
 TEST(CharsetSourceTest, BadLinesStopTheTool) {
   testutil::TempDir dir;
   CCharset table;
-  for (const std::string& bad :
-       {std::string("a\n"),        // no type
-        std::string("a 256\n"),    // type out of range
-        std::string("a -1\n"),     // type out of range
-        std::string("a 1x\n"),     // not a number
-        std::string("0x 1\n"),     // a code without digits
-        std::string("0xG1 1\n"),   // not hex
-        std::string("0x10000 1\n"),  // beyond the table
-        std::string("0x42-0x41 1\n"),  // reversed code range
-        std::string("z-a 1\n"),    // reversed character range
-        std::string("0x1FF/0xA1 1\n"),  // a lead byte beyond 0xFF
-        std::string("0xB0/0xA1- 1\n"),  // an open trail range
-        std::string("\xB0\xA1\xB0 1\n"),  // ends inside a two-byte character
-        std::string("0x0B 28\n"),  // cannot be stored
-        std::string("0x0120 5\n"),  // cannot be stored
-        std::string("0xB020 5\n"),  // a trail byte that is white space
-        std::string("0x09 5\n"),   // white space is always 28
-        std::string("0x00-0x7F 1\n")}) {  // ... also inside a range
-    EXPECT_EQ(Build(dir, "# fine\nx 8\n" + bad, &table), 1) << bad;
+  // No type, types out of range or not a number, malformed codes and
+  // blocks, reversed ranges, a token ending inside a character, codes the
+  // table cannot store, white space with another type than 28.
+  for (const char* bad :
+       {"a", "a 256", "a -1", "a 1x", "0x 1", "0xG1 1", "0x10000 1", "0x42-0x41 1", "z-a 1",
+        "0x1FF/0xA1 1", "0xB0/0xA1- 1", "\xB0\xA1\xB0 1", "0x0B 28", "0x0120 5", "0xB020 5",
+        "0x09 5", "0x00-0x7F 1"}) {
+    EXPECT_EQ(Build(dir, std::string("# fine\nx 8\n") + bad + "\n", &table), 1) << bad;
     EXPECT_LT(testutil::FileSize(dir.File("out.type")), 0) << bad;
   }
   EXPECT_EQ(testutil::RunDataTool({"charset", dir.File("missing.txt"), dir.File("out.type")}), 1);

@@ -11,31 +11,24 @@
 #include "Segment/Segment.h"
 #include "SegmentTestData.h"
 #include "TestUtil.h"
-#include "Utility/Bigram.h"
-#include "Utility/Unigram.h"
 
 namespace {
 
-using testutil::Gbk;
-
-// Every path word of every sentence of the texts as "start-end:handle".
-std::vector<std::string> SegmentAll(const segtest::SegmentData& data, CUnigram* unigram,
-                                    CBigram* bigram, const std::vector<std::string>& texts) {
+// Start and length of every path word of every sentence of the text.
+std::vector<int> SegmentAll(const segtest::SegmentData& data, CUnigram* unigram,
+                            CBigram* bigram, const std::string& text) {
   CPreProcess pre(data.charset(), data.dict(), nullptr);
   CSegment segment(data.dict(), unigram, bigram);
-  std::vector<std::string> out;
-  for (const std::string& text : texts) {
-    for (const char* rest = text.c_str(); *rest != '\0';) {
-      const char* next = pre.FullSegment(rest);
-      const int n = segment.BiSegment(pre.WordGraph(), pre.GraphLength(), pre.WordCounter(),
-                                      pre.AtomCount());
-      for (int i = 0; i < n; ++i) {
-        const word_t& w = segment.m_pWords[i];
-        out.push_back(std::to_string(rest - text.c_str() + w.start) + "-" +
-                      std::to_string(w.end - w.start) + ":" + std::to_string(w.handle));
-      }
-      rest = next;
+  std::vector<int> out;
+  for (const char* rest = text.c_str(); *rest != '\0';) {
+    const char* next = pre.FullSegment(rest);
+    const int n = segment.BiSegment(pre.WordGraph(), pre.GraphLength(), pre.WordCounter(),
+                                    pre.AtomCount());
+    for (int i = 0; i < n; ++i) {
+      out.push_back(static_cast<int>(rest - text.c_str()) + segment.m_pWords[i].start);
+      out.push_back(segment.m_pWords[i].end - segment.m_pWords[i].start);
     }
+    rest = next;
   }
   return out;
 }
@@ -43,37 +36,24 @@ std::vector<std::string> SegmentAll(const segtest::SegmentData& data, CUnigram* 
 TEST(SegmentConcurrencyTest, ThreadsSharingTheResourcesAgreeWithOneThread) {
   segtest::SegmentData data;
   ASSERT_TRUE(data.ok());
-  testutil::TempDir dir;
-  std::string counts, pairs;
-  for (const std::string& word : segtest::SegmentData::Words()) {
-    counts += word + " " + std::to_string(word.size()) + "\n";
-  }
-  counts += "研究 7\n";  // one line more, so that every handle is read
-  pairs = "研究@生命 9\n始##始@研究 3\n生命@起源 4\n";
-  testutil::WriteFile(dir.File("uni.txt"), Gbk(counts));
-  testutil::WriteFile(dir.File("bi.txt"), Gbk(pairs));
   CUnigram unigram;
   CBigram bigram;
-  ASSERT_GT(unigram.Import(dir.File("uni.txt").c_str(), data.dict()), 0);
-  ASSERT_GT(bigram.Import(dir.File("bi.txt").c_str(), data.dict()), 0);
-
-  std::vector<std::string> texts;
+  data.LoadTables({{"研究", 9}, {"生命", 7}, {"起源", 5}, {"中国", 3}},
+                  {{"研究@生命", 9}, {"始##始@研究", 3}}, &unigram, &bigram);
+  std::string text;
   for (int i = 0; i < 200; ++i) {
-    texts.push_back(Gbk("研究生命起源，中国人民1998年12月31日说：“北京大学的学生") +
-                    std::to_string(i) + Gbk("人。") + "ABC 3.14\n" +
-                    Gbk("第三十一号一九九八年百分之三十……"));
+    text += testutil::Gbk("研究生命起源，中国人民1998年12月31日说：“北京大学") +
+            std::to_string(i) + testutil::Gbk("人。") + "ABC 3.14\n" +
+            testutil::Gbk("第三十一号一九九八年百分之三十……");
   }
-  const std::vector<std::string> expected = SegmentAll(data, &unigram, &bigram, texts);
-  ASSERT_FALSE(expected.empty());
-
-  constexpr int kThreads = 4;
-  std::vector<std::vector<std::string>> results(kThreads);
+  const std::vector<int> expected = SegmentAll(data, &unigram, &bigram, text);
+  std::vector<std::vector<int>> results(4);
   std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([&, t] { results[t] = SegmentAll(data, &unigram, &bigram, texts); });
+  for (auto& result : results) {
+    threads.emplace_back([&] { result = SegmentAll(data, &unigram, &bigram, text); });
   }
   for (std::thread& thread : threads) thread.join();
-  for (int t = 0; t < kThreads; ++t) EXPECT_EQ(results[t], expected) << "thread " << t;
+  for (const auto& result : results) EXPECT_EQ(result, expected);
 }
 
 }  // namespace

@@ -1,25 +1,17 @@
 #include "SegmentTestData.h"
 
-#include <string>
-
 #include "TestUtil.h"
 
 namespace segtest {
 
 const std::vector<std::string>& SegmentData::Words() {
   static const std::vector<std::string> words = {
-      // The pseudo-words and fixed words the segmenter gives as handles.
       "始##始", "末##末", "未##串", "未##人", "未##地", "未##团", "未##时", "未##数", "未##专",
-      "“", "”", "‘", "’", "———", "一",
-      // Full-width punctuation that ASCII delimiters stand for.
-      "。", "，", "！", "？", "：", "；", "（", "）", "、", "％", "／",
-      // Words for lattices and paths.
-      "研究", "研究生", "生命", "命", "起源", "生", "研", "究", "起", "源",
-      "中国", "中国人", "人民", "人", "中", "国", "中国1", "中国123",
-      "十分", "重要", "一些", "些", "人们", "千克", "千", "克", "三", "十",
-      "月份", "月", "第三", "年级", "年", "级", "号码", "号", "楼", "数据", "数",
-      "万一", "万", "北京", "大学", "北京大学", "学生", "他", "说", "的", "是",
-      "我们", "我", "们", "好", "再见", "你", "3号", "12月", "是人。我", "二十一世纪", "21世纪"};
+      "“", "”", "‘", "’", "———", "一", "。", "，", "！", "？", "：", "；", "（", "）", "、",
+      "％", "／", "研究", "研究生", "生命", "命", "起源", "生", "研", "究", "起", "源", "中国",
+      "中国人", "人民", "人", "中", "国", "中国1", "中国123", "十分", "一些", "千", "克", "三",
+      "第三", "年", "级", "号", "楼", "数", "万一", "万", "北京", "大学", "他", "说", "的",
+      "是", "我们", "好", "你", "3号", "12月", "是人。我", "二十一世纪", "21世纪"};
   return words;
 }
 
@@ -29,21 +21,13 @@ SegmentData::SegmentData() : charset_(new CCharset), dict_(new CPDAT) {
   int handle = 1;
   for (const std::string& word : Words()) dict_->AddWord(testutil::Gbk(word).c_str(), handle++);
   dict_->AddWordComplete();
-  gSent_StartID = Handle("始##始");
-  gSent_EndID = Handle("末##末");
-  gUnknown_x_ID = Handle("未##串");
-  gUnknown_nr_ID = Handle("未##人");
-  gUnknown_ns_ID = Handle("未##地");
-  gUnknown_nt_ID = Handle("未##团");
-  gUnknown_t_ID = Handle("未##时");
-  gUnknown_m_ID = Handle("未##数");
-  gUnknown_nz_ID = Handle("未##专");
-  gQuatation_LD_ID = Handle("“");
-  gQuatation_RD_ID = Handle("”");
-  gQuatation_LS_ID = Handle("‘");
-  gQuatation_RS_ID = Handle("’");
-  gPunctation_WP_ID = Handle("———");
-  gOneID = Handle("一");
+  const std::pair<int*, const char*> ids[] = {
+      {&gSent_StartID, "始##始"}, {&gSent_EndID, "末##末"},   {&gUnknown_x_ID, "未##串"},
+      {&gUnknown_nr_ID, "未##人"}, {&gUnknown_ns_ID, "未##地"}, {&gUnknown_nt_ID, "未##团"},
+      {&gUnknown_t_ID, "未##时"},  {&gUnknown_m_ID, "未##数"},  {&gUnknown_nz_ID, "未##专"},
+      {&gQuatation_LD_ID, "“"},    {&gQuatation_RD_ID, "”"},    {&gQuatation_LS_ID, "‘"},
+      {&gQuatation_RS_ID, "’"},    {&gPunctation_WP_ID, "———"}, {&gOneID, "一"}};
+  for (const auto& [id, word] : ids) *id = Handle(word);
 }
 
 SegmentData::~SegmentData() {
@@ -59,24 +43,40 @@ int SegmentData::Handle(const std::string& utf8) const {
   return dict_->Find(testutil::Gbk(utf8).c_str());
 }
 
-std::string HandleClass(int handle) {
-  const std::pair<int, const char*> classes[] = {
-      {gUnknown_m_ID, "m"},       {gUnknown_t_ID, "t"},      {gUnknown_x_ID, "x"},
-      {gPunctation_WP_ID, "wp"},  {gQuatation_LD_ID, "LD"},  {gQuatation_RD_ID, "RD"},
-      {gQuatation_LS_ID, "LS"},   {gQuatation_RS_ID, "RS"},  {gSent_StartID, "begin"},
-      {gSent_EndID, "end"}};
-  for (const auto& [id, name] : classes) {
-    if (handle == id) return name;
+long long SegmentData::LoadTables(const Counts& counts, const Counts& pairs, CUnigram* unigram,
+                                  CBigram* bigram) const {
+  std::string uni, bi, line;
+  long long total = 0;
+  for (const std::string& word : Words()) {
+    int count = 0;
+    for (const auto& [w, c] : counts) count = w == word ? c : count;
+    line = word + " " + std::to_string(count) + "\n";
+    uni += line;
+    total += count;
   }
-  return handle == -1 ? "-" : "word";
+  uni += line;
+  total += std::stoi(line.substr(line.find(' ')));
+  for (const auto& [pair, count] : pairs) bi += pair + " " + std::to_string(count) + "\n";
+  testutil::TempDir dir;
+  testutil::WriteFile(dir.File("uni.txt"), testutil::Gbk(uni));
+  testutil::WriteFile(dir.File("bi.txt"), testutil::Gbk(bi));
+  unigram->Import(dir.File("uni.txt").c_str(), dict_.get());
+  bigram->Import(dir.File("bi.txt").c_str(), dict_.get());
+  return total;
 }
 
-std::vector<std::string> Describe(const std::string& gbkText, const word_t* atoms, int count) {
-  std::vector<std::string> out;
+std::string Describe(const std::string& gbkText, const word_t* atoms, int count) {
+  const std::pair<int, const char*> classes[] = {
+      {gUnknown_m_ID, "m"},      {gUnknown_t_ID, "t"},     {gUnknown_x_ID, "x"},
+      {gPunctation_WP_ID, "wp"}, {gQuatation_LD_ID, "LD"}, {gQuatation_RD_ID, "RD"},
+      {gQuatation_LS_ID, "LS"},  {gQuatation_RS_ID, "RS"}, {gSent_EndID, "end"}};
+  std::string out;
   for (int i = 1; i + 1 < count; ++i) {
     const word_t& a = atoms[i];
-    out.push_back(testutil::Utf8(gbkText.substr(a.start, a.end - a.start)) + "/" +
-                  HandleClass(a.handle) + ":" + std::to_string(a.type));
+    std::string name = a.handle == -1 ? "-" : "word";
+    for (const auto& [id, cls] : classes) name = a.handle == id ? cls : name;
+    out += (out.empty() ? "" : " ") + testutil::Utf8(gbkText.substr(a.start, a.end - a.start)) +
+           "/" + name + ":" + std::to_string(a.type);
   }
   return out;
 }

@@ -1,23 +1,27 @@
 // SegmentTestData.h: what the segmentation tests share: the shipped
-// character type table, a small core dictionary built in memory with the
-// pseudo-words whose handles the segmenter uses, and readable atom listings.
+// character types, a small core dictionary with the pseudo-words, frequency
+// tables built from counts, and readable listings of atoms and paths.
 #ifndef ZIVOR_TESTS_SEGMENTTESTDATA_H_
 #define ZIVOR_TESTS_SEGMENTTESTDATA_H_
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "Utility/Bigram.h"
 #include "Utility/Charset.h"
 #include "Utility/Global.h"
 #include "Utility/PDAT.h"
+#include "Utility/Unigram.h"
 
 namespace segtest {
 
-// Loads Data/charset.type and builds the dictionary from the word list (UTF-8
-// here, GBK in the dictionary; handles 1, 2, ... in list order). Sets the
-// pseudo-word globals (gSent_StartID ... gOneID) from the dictionary and
-// resets them to -1 when it dies, so one object per test fixture.
+using Counts = std::vector<std::pair<std::string, int>>;  // UTF-8 keys
+
+// Loads Data/charset.type, builds the dictionary from Words() (handles 1, 2,
+// ... in order) and sets the pseudo-word globals from it; resets them to -1
+// when it dies. One object per test.
 class SegmentData {
  public:
   SegmentData();
@@ -25,14 +29,17 @@ class SegmentData {
   SegmentData(const SegmentData&) = delete;
   SegmentData& operator=(const SegmentData&) = delete;
 
-  // False when the shipped character type table could not be loaded.
-  bool ok() const { return ok_; }
+  bool ok() const { return ok_; }  // false without the shipped type table
   CCharset* charset() const { return charset_.get(); }
   CPDAT* dict() const { return dict_.get(); }
-  // The handle of a word given in UTF-8 (-1 when absent).
-  int Handle(const std::string& utf8) const;
-  // The dictionary's words, UTF-8, in handle order from 1.
-  static const std::vector<std::string>& Words();
+  int Handle(const std::string& utf8) const;  // -1 when absent
+  static const std::vector<std::string>& Words();  // UTF-8
+
+  // Imports the tables: every word gets a unigram line (count 0 unless
+  // given) and the last word a second one, since the table reads only
+  // handles below its line count. Returns the sum of the unigram lines.
+  long long LoadTables(const Counts& counts, const Counts& pairs, CUnigram* unigram,
+                       CBigram* bigram) const;
 
  private:
   std::unique_ptr<CCharset> charset_;
@@ -40,15 +47,10 @@ class SegmentData {
   bool ok_ = false;
 };
 
-// The class an atom's handle stands for: "m", "t", "x" (numbers, times,
-// letter strings), "wp" (punctuation run), "LD" "RD" "LS" "RS" (quotation
-// marks), "begin" and "end", "word" for any other dictionary handle, "-" for
-// none. Pseudo-word classes are checked first.
-std::string HandleClass(int handle);
-
-// "TEXT/CLASS:TYPE" (TEXT in UTF-8) for each atom of the sentence, start and
-// end atoms left out.
-std::vector<std::string> Describe(const std::string& gbkText, const word_t* atoms, int count);
+// The atoms between the start and end atoms as "TEXT/CLASS:TYPE" joined by
+// blanks, TEXT in UTF-8, CLASS one of m t x wp LD RD LS RS end (the handle's
+// pseudo-word), word (another dictionary handle) or - (none).
+std::string Describe(const std::string& gbkText, const word_t* atoms, int count);
 
 }  // namespace segtest
 
