@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <random>
 #include <string>
@@ -42,8 +41,7 @@ std::string NaivePdatFile(const std::vector<std::string>& words) {
   std::vector<int> freq(65536, 0);
   for (size_t w = 0; w < words.size(); ++w) {
     const auto& s = words[w];
-    int node = 0;
-    for (size_t i = 0; i < s.size();) {
+    for (size_t i = 0, node = 0; i < s.size();) {
       const unsigned char c = s[i];
       int code = c;
       if (c >= 128 && i + 1 < s.size()) code = c * 256 + (unsigned char)s[++i];
@@ -107,19 +105,16 @@ std::string NaivePdatFile(const std::vector<std::string>& words) {
   return bytes;
 }
 
-// Random words over an alphabet of GBK characters, ASCII of both cases and
-// (rarely) a lone lead byte at the end.
+// Random words over GBK characters, ASCII of both cases and (rarely) a lone
+// lead byte at the end. 'a' is by far the most frequent character and starts
+// longer words, so no one-character word is the leaf at state 0.
 std::vector<std::string> RandomWords(unsigned seed, int count, int alphabet) {
   std::mt19937 rng(seed);
   std::vector<std::string> symbols = {"a", "B", "b", "7", "x"};
-  for (int i = 0; i < alphabet; ++i) {
-    symbols.push_back({char(0xB0 + i / 94), char(0xA1 + i % 94)});
-  }
-  // 'a' is by far the most frequent character and starts longer words, so no
-  // one-character word becomes the leaf at state 0 (base 0 reads as no word).
+  for (int i = 0; i < alphabet; ++i) symbols.push_back({char(0xB0 + i / 94), char(0xA1 + i % 94)});
   std::vector<std::string> words = {std::string(1000, 'a') + "b"};
   while (int(words.size()) < count) {
-    if (!words.empty() && rng() % 10 == 0) {  // duplicates and extensions
+    if (rng() % 10 == 0) {  // duplicates and extensions
       words.push_back(words[rng() % words.size()] + (rng() % 2 ? "" : symbols[rng() % symbols.size()]));
       continue;
     }
@@ -131,21 +126,22 @@ std::vector<std::string> RandomWords(unsigned seed, int count, int alphabet) {
   return words;
 }
 
+std::string Fold(std::string w) {
+  for (char& c : w) c = (c >= 'A' && c <= 'Z') ? char(c + 32) : c;
+  return w;
+}
+
 TEST(PDATTest, PackingMatchesLiteralAlgorithmByteForByte) {
   const struct { unsigned seed; int count, alphabet; } cases[] = {
       {1, 2, 3}, {2, 12, 4}, {3, 300, 8}, {4, 800, 60}, {5, 2000, 400}, {6, 1500, 1500}};
   for (const auto& c : cases) {
+    SCOPED_TRACE(c.seed);
     const auto words = RandomWords(c.seed, c.count, c.alphabet);
     const auto dict = Build(words);
-    EXPECT_EQ(SavedBytes(*dict), NaivePdatFile(words)) << "seed " << c.seed;
-    // Every word keeps the handle of its last addition, ASCII case folded
-    // (the alphabet has no letters among GBK trail bytes).
-    auto fold = [](std::string w) {
-      for (char& c : w) c = (c >= 'A' && c <= 'Z') ? char(c + 32) : c;
-      return w;
-    };
+    EXPECT_EQ(SavedBytes(*dict), NaivePdatFile(words));
+    // Every word keeps the handle of its last addition, ASCII case folded.
     for (size_t i = 0; i < words.size(); ++i) {
-      const auto same = [&](const std::string& w) { return fold(w) == fold(words[i]); };
+      const auto same = [&](const std::string& w) { return Fold(w) == Fold(words[i]); };
       const size_t last = std::find_if(words.rbegin(), words.rend(), same) - words.rbegin();
       EXPECT_EQ(dict->Find(words[i].c_str()), int(words.size() - last)) << words[i];
     }
@@ -155,7 +151,7 @@ TEST(PDATTest, PackingMatchesLiteralAlgorithmByteForByte) {
 class SmallDictTest : public ::testing::Test {
  protected:
   // Handles: 中 1, 中国 2, 中国人 3, 人民 4, 人 5, Hello 6, 国 7,
-  // 中华人民共和国 8, 工人 9. Character indexes: 人 0, 国 1, 中 2, ...
+  // 中华人民共和国 8, 工人 9.
   SmallDictTest()
       : dict_(Build({Gbk("中"), Gbk("中国"), Gbk("中国人"), Gbk("人民"), Gbk("人"), "Hello",
                      Gbk("国"), Gbk("中华人民共和国"), Gbk("工人")})) {}
@@ -163,24 +159,17 @@ class SmallDictTest : public ::testing::Test {
 };
 
 TEST_F(SmallDictTest, FindExactWordsOnly) {
-  EXPECT_EQ(dict_->Find(Gbk("中国人").c_str()), 3);
-  EXPECT_EQ(dict_->Find(Gbk("中华人民共和国").c_str()), 8);
-  EXPECT_EQ(dict_->Find(Gbk("中华").c_str()), -1);    // prefix only
-  EXPECT_EQ(dict_->Find(Gbk("中国人民").c_str()), -1);
-  EXPECT_EQ(dict_->Find(Gbk("民").c_str()), -1);      // known character, not a word
-  EXPECT_EQ(dict_->Find(Gbk("好").c_str()), -1);      // character without an index
-  EXPECT_EQ(dict_->Find(""), -1);
-  EXPECT_EQ(dict_->Find(Gbk("中国人").c_str(), 4), 2);  // length-given
-  EXPECT_EQ(dict_->Find(Gbk("中国").c_str(), 0), -1);
-  // ASCII case is folded.
-  EXPECT_EQ(dict_->Find("hello"), 6);
-  EXPECT_EQ(dict_->Find("HELLO"), 6);
-  // A lone lead byte at the end, or a NUL inside a length-given buffer, is
-  // just a character no word has.
-  EXPECT_EQ(dict_->Find((Gbk("中国") + "\xD6").c_str()), -1);
-  EXPECT_EQ(dict_->Find((Gbk("中国") + std::string("\0", 1)).c_str(), 5), -1);
-  EXPECT_EQ(dict_->Find(std::string("\xD6\0\xB9\xFA", 4).c_str(), 4), -1);
-  // One-character words by code; codes out of range give -1.
+  const struct { std::string text; int len, handle; } cases[] = {
+      {Gbk("中国人"), -1, 3}, {Gbk("中华人民共和国"), -1, 8},
+      {Gbk("中华"), -1, -1},  // prefix only
+      {Gbk("中国人民"), -1, -1}, {Gbk("民"), -1, -1}, {Gbk("好"), -1, -1}, {"", -1, -1},
+      {Gbk("中国人"), 4, 2}, {Gbk("中国"), 0, -1}, {"hello", -1, 6}, {"HELLO", -1, 6},
+      {Gbk("中国") + "\xD6", -1, -1},  // lone lead byte at the end
+      {Gbk("中国") + std::string("\0", 1), 5, -1}, {std::string("\xD6\0\xB9\xFA", 4), 4, -1}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.text) + " len " + std::to_string(c.len));
+    EXPECT_EQ(c.len < 0 ? dict_->Find(c.text.c_str()) : dict_->Find(c.text.c_str(), c.len), c.handle);
+  }
   const std::string guo = Gbk("国");
   EXPECT_EQ(dict_->Find((unsigned char)guo[0] * 256 + (unsigned char)guo[1]), 7);
   EXPECT_EQ(dict_->Find(-5), -1);
@@ -188,20 +177,18 @@ TEST_F(SmallDictTest, FindExactWordsOnly) {
 }
 
 TEST_F(SmallDictTest, MaxWordAndAllPrefixWords) {
-  int handle = 0;
-  EXPECT_EQ(dict_->GetMaxWord(Gbk("中国人民").c_str(), &handle), 6);
-  EXPECT_EQ(handle, 3);
-  EXPECT_EQ(dict_->GetMaxWord(Gbk("中华人民").c_str(), &handle), 2);  // stops at 中
-  EXPECT_EQ(handle, 1);
-  EXPECT_EQ(dict_->GetMaxWord(Gbk("好人").c_str(), &handle), 0);
-  EXPECT_EQ(handle, -1);
+  const struct { std::string text; int length, handle; } cases[] = {
+      {Gbk("中国人民"), 6, 3}, {Gbk("中华人民"), 2, 1}, {Gbk("好人"), 0, -1},
+      {"HELLOworld", 5, 6}, {Gbk("中国") + "\xB9", 4, 2}, {"", 0, -1}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.text));
+    int handle = 0;
+    EXPECT_EQ(dict_->GetMaxWord(c.text.c_str(), &handle), c.length);
+    EXPECT_EQ(handle, c.handle);
+  }
   EXPECT_EQ(dict_->GetMaxWord("HELLOworld", nullptr), 5);
-  EXPECT_EQ(dict_->GetMaxWord((Gbk("中国") + "\xB9").c_str(), &handle), 4);
-  EXPECT_EQ(dict_->GetMaxWord("", &handle), 0);
 
-  unsigned int* handles = nullptr;
-  unsigned int* lengths = nullptr;
-  unsigned int capacity = 0, count = 99;
+  unsigned int *handles = nullptr, *lengths = nullptr, capacity = 0, count = 99;
   EXPECT_EQ(dict_->GetWords(Gbk("中国人民").c_str(), &handles, &lengths, &capacity, &count, 0), 6);
   ASSERT_EQ(count, 3u);
   EXPECT_EQ(capacity, 5u);
@@ -215,46 +202,38 @@ TEST_F(SmallDictTest, MaxWordAndAllPrefixWords) {
   EXPECT_EQ(count, 0u);
   free(handles);
   free(lengths);
-}
 
-TEST(PDATTest, GetWordsGrowsArraysInStepsOfFive) {
   std::vector<std::string> chain;
   for (int n = 1; n <= 12; ++n) chain.push_back(std::string(n, 'q'));
-  const auto dict = Build(chain);
-  unsigned int* handles = nullptr;
-  unsigned int* lengths = nullptr;
-  unsigned int capacity = 0, count = 0;
-  EXPECT_EQ(dict->GetWords(std::string(20, 'q').c_str(), &handles, &lengths, &capacity, &count, 0), 12);
+  const auto qs = Build(chain);
+  handles = lengths = nullptr;
+  capacity = count = 0;
+  EXPECT_EQ(qs->GetWords(std::string(20, 'q').c_str(), &handles, &lengths, &capacity, &count, 0), 12);
   EXPECT_EQ(count, 12u);
-  EXPECT_EQ(capacity, 15u);
+  EXPECT_EQ(capacity, 15u);  // grown in steps of five
   for (unsigned i = 0; i < count; ++i) EXPECT_EQ(lengths[i], i + 1);
   free(handles);
   free(lengths);
 }
 
-TEST(PDATTest, ByteModeNeitherPairsBytesNorFoldsCase) {
-  const auto dict = Build({"AB", "ab", Gbk("中"), "\xFF\xFE"}, true);
-  EXPECT_EQ(dict->Find("AB"), 1);
-  EXPECT_EQ(dict->Find("ab"), 2);
-  EXPECT_EQ(dict->Find("Ab"), -1);
-  EXPECT_EQ(dict->Find(Gbk("中").c_str()), 3);
-  EXPECT_EQ(dict->Find("\xFF\xFE"), 4);
-  EXPECT_EQ(dict->GetMaxWord((Gbk("中") + "x").c_str(), nullptr), 2);
-  EXPECT_EQ(dict->Find(Gbk("中").substr(0, 1).c_str()), -1);
-}
-
-TEST(PDATTest, HighCodesAndOneCharacterDictionary) {
+TEST(PDATTest, ByteModeHighCodesAndOneLetterDictionaries) {
+  const auto bytes = Build({"AB", "ab", Gbk("中"), "\xFF\xFE"}, true);
   const auto high = Build({"\xFE\x50", "\xFF\xFF", "\xFE\x50\xFF\xFF"});
-  EXPECT_EQ(high->Find("\xFF\xFF"), 2);
-  EXPECT_EQ(high->Find("\xFE\x50\xFF\xFF"), 3);
-  EXPECT_EQ(high->GetMaxWord("\xFE\x50\xFF\xFF\xFF", nullptr), 4);
-
-  const auto single = Build({"x"});
-  EXPECT_EQ(single->Find("x"), -1);  // index 0 as a leaf reads as base 0: no word
-  EXPECT_TRUE(single->IsEmpty());
   const auto letters = Build({"x", "y", "yz"});
-  EXPECT_EQ(letters->Find("x"), 1);
-  EXPECT_EQ(letters->Find("yz"), 3);
+  const auto single = Build({"x"});
+  const struct { CPDAT* dict; std::string word; int handle; } cases[] = {
+      {bytes.get(), "AB", 1}, {bytes.get(), "ab", 2}, {bytes.get(), "Ab", -1},
+      {bytes.get(), Gbk("中"), 3}, {bytes.get(), "\xFF\xFE", 4}, {bytes.get(), Gbk("中").substr(0, 1), -1},
+      {high.get(), "\xFF\xFF", 2}, {high.get(), "\xFE\x50\xFF\xFF", 3},
+      {letters.get(), "x", 1}, {letters.get(), "yz", 3},
+      {single.get(), "x", -1}};  // index 0 as a leaf reads as base 0: no word
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.word));
+    EXPECT_EQ(c.dict->Find(c.word.c_str()), c.handle);
+  }
+  EXPECT_EQ(bytes->GetMaxWord((Gbk("中") + "x").c_str(), nullptr), 2);
+  EXPECT_EQ(high->GetMaxWord("\xFE\x50\xFF\xFF\xFF", nullptr), 4);
+  EXPECT_TRUE(single->IsEmpty());
 }
 
 TEST_F(SmallDictTest, SaveLoadKeepsLookupsAndFileSize) {
@@ -332,18 +311,15 @@ TEST_F(SmallDictTest, DamagedFilesNeverLeadOutsideTheArray) {
   ASSERT_TRUE(wild.Load(path.c_str()));
   ExerciseLookups(&wild, 3);
 
-  // An object that never loaded or built anything answers nothing.
-  CPDAT fresh;
+  CPDAT fresh;  // never loaded or built
   EXPECT_EQ(fresh.Find("a"), -1);
   ExerciseLookups(&fresh, 4);
 }
 
 std::string Segment(CPDAT* dict, const std::string& text, std::vector<int>* handles = nullptr,
                     bool ngram = false) {
-  int* h = nullptr;
-  int hcap = 0;
+  int *h = nullptr, hcap = 0, cap = 0;
   char* out = nullptr;
-  int cap = 0;
   const int n = dict->MMSegment(text.c_str(), handles ? &h : nullptr, &hcap, &out, &cap, ngram);
   if (handles) handles->assign(h, h + n);
   std::string result(out);
@@ -353,21 +329,21 @@ std::string Segment(CPDAT* dict, const std::string& text, std::vector<int>* hand
 }
 
 TEST_F(SmallDictTest, MMSegmentCutsLongestMatches) {
-  std::vector<int> handles;
-  EXPECT_EQ(Segment(dict_.get(), "", &handles), "");
-  EXPECT_TRUE(handles.empty());
-  EXPECT_EQ(Segment(dict_.get(), Gbk("中国人民中华人民共和国国"), &handles),
-            Gbk("中国人\t民\t中华人民共和国\t国\t"));
-  EXPECT_EQ(handles, (std::vector<int>{3, 8, 7}));
-  // 中华 is a prefix only: after it fails, 中 alone is emitted with its handle
-  // and scanning restarts at 华, which starts no word.
-  EXPECT_EQ(Segment(dict_.get(), Gbk("中华民"), &handles), Gbk("中\t华\t民\t"));
-  EXPECT_EQ(handles, (std::vector<int>{1}));
-  // Unknown ASCII words stay whole, separators stand alone.
-  EXPECT_EQ(Segment(dict_.get(), "foo,bar baz"), "foo\t,\tbar\t \tbaz\t");
-  EXPECT_EQ(Segment(dict_.get(), "HELLOx" + Gbk("人民")), "HELLO\tx\t" + Gbk("人民") + "\t");
-  EXPECT_EQ(Segment(dict_.get(), "ab" + Gbk("好") + "--"), "ab\t" + Gbk("好") + "\t-\t-\t");
-  EXPECT_EQ(Segment(dict_.get(), Gbk("人") + "\xD6"), Gbk("人") + "\t\xD6\t");
+  const struct { std::string text, cut; std::vector<int> handles; } cases[] = {
+      {"", "", {}},
+      {Gbk("中国人民中华人民共和国国"), Gbk("中国人\t民\t中华人民共和国\t国\t"), {3, 8, 7}},
+      // 中华 is a prefix only: 中 alone is emitted, scanning restarts at 华.
+      {Gbk("中华民"), Gbk("中\t华\t民\t"), {1}},
+      {"foo,bar baz", "foo\t,\tbar\t \tbaz\t", {}},
+      {"HELLOx" + Gbk("人民"), "HELLO\tx\t" + Gbk("人民") + "\t", {6, 4}},
+      {"ab" + Gbk("好") + "--", "ab\t" + Gbk("好") + "\t-\t-\t", {}},
+      {Gbk("人") + "\xD6", Gbk("人") + "\t\xD6\t", {5}}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.text));
+    std::vector<int> handles;
+    EXPECT_EQ(Segment(dict_.get(), c.text, &handles), c.cut);
+    EXPECT_EQ(handles, c.handles);
+  }
   EXPECT_EQ(std::string(dict_->MMSegment(Gbk("人民人").c_str())), Gbk("人民\t人\t"));
 }
 
@@ -378,14 +354,13 @@ TEST(PDATTest, MMSegmentNgramMode) {
             "123\t234\t345\t \tab\tbc\t \t9\t \tx\t");
   EXPECT_EQ(handles, (std::vector<int>{1, 2, 3}));
   // Long runs produce more output than the default buffer size allows.
-  const std::string digits(5000, '7');
-  EXPECT_EQ(Segment(dict.get(), digits, nullptr, true).size(), 4u * 4998);
+  EXPECT_EQ(Segment(dict.get(), std::string(5000, '7'), nullptr, true).size(), 4u * 4998);
 }
 
 TEST(PDATTest, ImportReadsFirstTokenPerLine) {
   testutil::TempDir dir;
   const std::string list = dir.File("words.txt");
-  std::string longLine = "tail" + std::string(3100, 'z') + " zzz\r\nlast\r\n";
+  const std::string longLine = "tail" + std::string(3100, 'z') + " zzz\r\nlast\r\n";
   testutil::WriteFile(list, Gbk("中国 n 10\r\n\r\n   \r\n  人民\t5\r\nskip\r\n中国\r\n") + longLine);
   CPDAT exclude;
   exclude.SetImportProgress(false);
