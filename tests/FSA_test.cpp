@@ -21,9 +21,7 @@ const std::string kNames = testutil::Lines({"Person names", "4", "inputs", "4", 
 
 std::string Ints(const std::vector<int>& values) {
   std::string bytes(4 * values.size(), '\0');
-  for (size_t i = 0; i < values.size(); ++i) {
-    StoreLE32(reinterpret_cast<unsigned char*>(&bytes[4 * i]), values[i]);
-  }
+  for (size_t i = 0; i < values.size(); ++i) StoreLE32((unsigned char*)&bytes[4 * i], values[i]);
   return bytes;
 }
 
@@ -131,34 +129,29 @@ TEST(FSATest, BadInputIsRejectedAndThePreviousAutomatonKept) {
   EXPECT_EQ(fsa.NextState(0, 0), -1);
 }
 
-}  // namespace
-
-// --- MaxPR -------------------------------------------------------------------
-
-namespace {
-
 // Roles of the automata below; M is 4.
 constexpr int kA = 0, kB = 1, kC = 2, kEnd = 3;
 constexpr int kNameHandle = 999;
 
-// Imports an automaton of `states` states over 4 symbols with one accepting
-// state list (state, tag) and "from input to" moves.
-void Build(CFSA* fsa, int states, const std::vector<std::pair<int, int>>& accepting,
-           const std::vector<std::string>& moves) {
+// An automaton of `states` states over 4 symbols: accepting (state, tag)
+// pairs and "from input to" moves.
+struct Automaton {
+  int states;
+  std::vector<std::pair<int, int>> accepting;
+  std::vector<std::string> moves;
+};
+
+void Build(CFSA* fsa, const Automaton& a) {
   std::string accepted, tags;
-  for (const auto& [state, tag] : accepting) {
+  for (const auto& [state, tag] : a.accepting) {
     accepted += std::to_string(state) + " ";
     tags += std::to_string(tag) + " ";
   }
-  std::vector<std::string> lines = {"t", std::to_string(states), "c", "4", "c", accepted, "c", tags,
-                                    "c"};
-  lines.insert(lines.end(), moves.begin(), moves.end());
+  std::vector<std::string> lines = {"t", std::to_string(a.states), "c", "4", "c", accepted, "c", tags, "c"};
+  lines.insert(lines.end(), a.moves.begin(), a.moves.end());
   TempDir dir;
   ASSERT_TRUE(ImportText(fsa, dir, testutil::Lines(lines)));
 }
-
-// a b reach accepting state 2 (tag 30); c goes on to state 3, not accepting.
-void BuildABC(CFSA* fsa) { Build(fsa, 4, {{2, 30}}, {"0 0 1", "1 1 2", "2 2 3"}); }
 
 std::string Describe(const word_t& w) {
   char text[128];
@@ -175,12 +168,13 @@ struct Out {
 };
 
 // Runs MaxPR on words with the given roles (every other field distinct;
-// word i covers bytes 10i .. 10i + 10) and compares the result with `out`.
-void ExpectMaxPR(const CFSA& fsa, const std::vector<int>& roles, const std::vector<Out>& out) {
+// word i covers bytes 10i .. 10i + 10) and compares the result with `out`
+// (empty: unchanged).
+void ExpectMaxPR(const CFSA& fsa, const std::vector<int>& roles, std::vector<Out> out) {
+  if (out.empty()) out.assign(roles.size(), {1, 0});
   std::vector<word_t> words(roles.size());
-  for (int i = 0; i < static_cast<int>(roles.size()); ++i) {
-    const auto role = static_cast<unsigned char>(roles[i]);
-    words[i] = {100 + i, 10 * i, 10 * i + 10, i + 0.5, static_cast<unsigned char>(40 + i), role};
+  for (int i = 0; i < int(roles.size()); ++i) {
+    words[i] = {100 + i, 10 * i, 10 * i + 10, i + 0.5, (unsigned char)(40 + i), (unsigned char)roles[i]};
   }
   std::vector<std::string> expected, actual;
   size_t next = 0;
@@ -188,83 +182,59 @@ void ExpectMaxPR(const CFSA& fsa, const std::vector<int>& roles, const std::vect
     word_t w = words.at(next);
     if (o.words > 1) {
       w.end = words.at(next + o.words - 1).end;
-      w.type = static_cast<unsigned char>(o.tag);
+      w.type = (unsigned char)o.tag;
       w.handle = kNameHandle;
     }
     expected.push_back(Describe(w));
     next += o.words;
   }
   ASSERT_EQ(next, words.size());
-  int count = static_cast<int>(words.size());
+  int count = int(words.size());
   EXPECT_EQ(fsa.MaxPR(words.data(), &count, kNameHandle), 0);
-  ASSERT_LE(count, static_cast<int>(words.size()));
+  ASSERT_LE(count, int(words.size()));
   for (int i = 0; i < count; ++i) actual.push_back(Describe(words[i]));
   EXPECT_EQ(actual, expected);
 }
 
-void ExpectUnchanged(const CFSA& fsa, const std::vector<int>& roles) {
-  ExpectMaxPR(fsa, roles, std::vector<Out>(roles.size(), {1, 0}));
-}
-
-TEST(MaxPRTest, MergesTheAcceptedRunAndKeepsTheRest) {
-  CFSA fsa;
-  BuildABC(&fsa);
-  ExpectMaxPR(fsa, {kA, kB, kC, kEnd}, {{2, 30}, {1}, {1}});
-  // Several names: each later word moves down by the words removed so far.
-  ExpectMaxPR(fsa, {kA, kB, kC, kA, kB, kEnd, kC, kA, kB, kA, kB, kEnd},
-              {{2, 30}, {1}, {2, 30}, {1}, {1}, {2, 30}, {2, 30}, {1}});
-}
-
-TEST(MaxPRTest, TakesTheLongestAcceptedPrefixAndRescansWhatFollowsIt) {
-  CFSA fsa;
-  // a b accepts (tag 20) and a b b (tag 21); a b b c and a b a go on
-  // without accepting.
-  Build(&fsa, 6, {{2, 20}, {3, 21}}, {"0 0 1", "1 1 2", "2 1 3", "3 2 4", "2 0 5"});
-  ExpectMaxPR(fsa, {kA, kB, kB, kC, kEnd}, {{3, 21}, {1}, {1}});
-  // a b a blocks at the second b; the second a is read again.
-  ExpectMaxPR(fsa, {kA, kB, kA, kB, kEnd}, {{2, 20}, {2, 20}, {1}});
-}
-
-TEST(MaxPRTest, ABlockedAttemptSkipsTheWordThatBlockedIt) {
-  CFSA fsa;
-  Build(&fsa, 4, {{2, 30}}, {"0 0 1", "2 2 3"});  // no move on b
-  ExpectUnchanged(fsa, {kA, kB, kC, kEnd});
-  BuildABC(&fsa);
-  // The second a blocks the first attempt and is not tried as a start, so
-  // the a b after it is no name; after c blocks, a b is.
-  ExpectUnchanged(fsa, {kA, kA, kB, kEnd});
-  ExpectMaxPR(fsa, {kB, kA, kC, kA, kB, kEnd}, {{1}, {1}, {1}, {2, 30}, {1}});
-}
-
-TEST(MaxPRTest, ASingleAcceptedWordNeverMerges) {
-  CFSA fsa;
-  Build(&fsa, 3, {{1, 30}}, {"0 0 1", "1 1 2"});
-  ExpectUnchanged(fsa, {kA, kEnd, kA, kB, kEnd, kA});
-}
-
-TEST(MaxPRTest, SymbolsAtOrAboveTheInputSetSizeBlock) {
-  CFSA fsa;
+TEST(MaxPRTest, MergesLongestAcceptedRunsAndRescansAfterBlocks) {
+  // a b reach accepting state 2 (tag 30); c goes on to state 3, not accepting.
+  const Automaton abc{4, {{2, 30}}, {"0 0 1", "1 1 2", "2 2 3"}};
+  // a b accepts (tag 20) and a b b (tag 21); a b b c and a b a do not.
+  const Automaton abb{6, {{2, 20}, {3, 21}}, {"0 0 1", "1 1 2", "2 1 3", "3 2 4", "2 0 5"}};
+  const Automaton noB{4, {{2, 30}}, {"0 0 1", "2 2 3"}};
+  const Automaton single{3, {{1, 30}}, {"0 0 1", "1 1 2"}};
   // The text form admits input M (4) itself; it must still block.
-  Build(&fsa, 3, {{2, 30}}, {"0 0 1", "1 1 2", "1 4 2"});
-  ExpectUnchanged(fsa, {kA, 4, kEnd});
-  ExpectMaxPR(fsa, {kA, 255, kA, kB, 200}, {{1}, {1}, {2, 30}, {1}});
-}
-
-// A name still being read at the last word is not merged; the words before
-// it may have moved down, and it must follow them.
-TEST(MaxPRTest, ARunReachingTheLastWordStaysUnmergedAndInPlace) {
-  CFSA fsa;
-  BuildABC(&fsa);
-  ExpectUnchanged(fsa, {kA, kB});
-  ExpectMaxPR(fsa, {kA, kB, kC, kA, kB}, {{2, 30}, {1}, {1}, {1}});
-  ExpectMaxPR(fsa, {kA, kB, kEnd, kA, kB, kC}, {{2, 30}, {1}, {1}, {1}, {1}});
+  const Automaton inputM{3, {{2, 30}}, {"0 0 1", "1 1 2", "1 4 2"}};
+  const struct { const char* what; const Automaton* fsa; std::vector<int> roles; std::vector<Out> out; } cases[] = {
+      {"merge", &abc, {kA, kB, kC, kEnd}, {{2, 30}, {1}, {1}}},
+      {"later words move down", &abc, {kA, kB, kC, kA, kB, kEnd, kC, kA, kB, kA, kB, kEnd},
+       {{2, 30}, {1}, {2, 30}, {1}, {1}, {2, 30}, {2, 30}, {1}}},
+      {"longest accepted prefix", &abb, {kA, kB, kB, kC, kEnd}, {{3, 21}, {1}, {1}}},
+      {"blocked a is read again", &abb, {kA, kB, kA, kB, kEnd}, {{2, 20}, {2, 20}, {1}}},
+      {"no move", &noB, {kA, kB, kC, kEnd}, {}},
+      {"blocking word is no start", &abc, {kA, kA, kB, kEnd}, {}},
+      {"restart after c", &abc, {kB, kA, kC, kA, kB, kEnd}, {{1}, {1}, {1}, {2, 30}, {1}}},
+      {"one accepted word", &single, {kA, kEnd, kA, kB, kEnd, kA}, {}},
+      {"input M blocks", &inputM, {kA, 4, kEnd}, {}},
+      {"high symbols block", &inputM, {kA, 255, kA, kB, 200}, {{1}, {1}, {2, 30}, {1}}},
+      // A run still being read at the last word stays unmerged, after the
+      // words before it moved down.
+      {"run at end", &abc, {kA, kB}, {}},
+      {"run at end after merge", &abc, {kA, kB, kC, kA, kB}, {{2, 30}, {1}, {1}, {1}}},
+      {"c at end", &abc, {kA, kB, kEnd, kA, kB, kC}, {{2, 30}, {1}, {1}, {1}, {1}}},
+      {"one word", &abc, {kA}, {}}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    CFSA fsa;
+    Build(&fsa, *c.fsa);
+    ExpectMaxPR(fsa, c.roles, c.out);
+  }
 }
 
 TEST(MaxPRTest, DegenerateInputsChangeNothing) {
-  ExpectUnchanged(CFSA(), {kA, kB, kEnd});
+  ExpectMaxPR(CFSA(), {kA, kB, kEnd}, {});
   CFSA fsa;
-  BuildABC(&fsa);
-  ExpectUnchanged(fsa, {kA});
+  Build(&fsa, {4, {{2, 30}}, {"0 0 1", "1 1 2", "2 2 3"}});
   word_t words[2];
   for (int bad : {0, -5}) {
     int count = bad;
