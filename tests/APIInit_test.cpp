@@ -1,5 +1,3 @@
-// Tests of ZIVOR_Init and ZIVOR_Exit: the configuration, the load order, the
-// log lines of every failure, and repeated initialisation.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -36,14 +34,11 @@ std::string OpenFailure(const std::string& path) { return "Cannot open file \n" 
 
 class InitTest : public testutil::LibraryTest {
  protected:
-  void Configure(const std::string& xml) const {
-    testutil::WriteFile(DataFile("Configure.xml"), xml);
-  }
+  void Configure(const std::string& xml) const { testutil::WriteFile(DataFile("Configure.xml"), xml); }
   // A core dictionary of the given words only.
   void WriteDictionary(const std::string& words) const {
     testutil::WriteFile(work_.File("words.txt"), words);
-    ASSERT_EQ(0, testutil::RunDataTool({"pdat", work_.File("words.txt"),
-                                        DataFile("CoreDict.pdat")}));
+    ASSERT_EQ(0, testutil::RunDataTool({"pdat", work_.File("words.txt"), DataFile("CoreDict.pdat")}));
   }
 };
 
@@ -109,8 +104,9 @@ TEST_F(InitTest, NullOrEmptyDirectoryMeansTheWorkingDirectory) {
   EXPECT_EQ(Dir() + "//Data", g_sDefaultDir);
 }
 
-TEST_F(InitTest, UnreadableConfigurationFails) {
+TEST_F(InitTest, MissingOrEmptyConfigurationAndTagSetFail) {
   const std::string path = DataFile("Configure.xml");
+  const std::string failure = "Cannot Open Configure file\n" + path + "\n";
   fs::remove(path);
   EXPECT_FALSE(Init());
   testutil::WriteFile(path, "");
@@ -118,9 +114,12 @@ TEST_F(InitTest, UnreadableConfigurationFails) {
   fs::remove(path);
   fs::create_directory(path);
   EXPECT_FALSE(Init());
-  const std::string failure = "Cannot Open Configure file\n" + path + "\n";
   EXPECT_EQ(failure + failure + failure, TakeLog());
   EXPECT_FALSE(ZIVOR_Exit());
+  fs::remove(path);
+  Configure("<Tagger>on</Tagger>");  // no tag set: the first tag map fails
+  EXPECT_FALSE(Init());
+  EXPECT_EQ(OpenFailure(Dir() + "/Data/"), TakeLog());
 }
 
 TEST_F(InitTest, MissingFilesAreReportedOneAtATimeInLoadOrder) {
@@ -167,9 +166,8 @@ TEST_F(InitTest, EachRequiredPseudoWordIsChecked) {
   ASSERT_TRUE(Init());
   EXPECT_GE(gUnknown_nz_ID, 0);
   for (int handle : {gQuatation_LD_ID, gQuatation_RD_ID, gQuatation_LS_ID, gQuatation_RS_ID,
-                     gPunctation_WP_ID, gOneID}) {
+                     gPunctation_WP_ID, gOneID})
     EXPECT_EQ(-1, handle);
-  }
 }
 
 TEST_F(InitTest, SwitchedOffStagesNeedNoData) {
@@ -184,12 +182,6 @@ TEST_F(InitTest, SwitchedOffStagesNeedNoData) {
   EXPECT_EQ(0, ZIVOR_SetPOSmap(2));
   EXPECT_EQ(2, g_nPosMap);
   EXPECT_EQ(0, g_pZIVOR->GetPosmap());
-}
-
-TEST_F(InitTest, MissingTagSetFailsAtTheFirstTagMap) {
-  Configure("<Tagger>on</Tagger>");
-  EXPECT_FALSE(Init());
-  EXPECT_EQ(OpenFailure(Dir() + "/Data/"), TakeLog());
 }
 
 TEST_F(InitTest, OptionalDictionariesThatFailAreLoggedAndSkipped) {
@@ -240,24 +232,25 @@ TEST_F(InitTest, UnwritableNewWordLogIsReportedAndTolerated) {
 }
 
 TEST_F(InitTest, SettingsComeFromTheConfiguration) {
-  Configure("<TagSet>ZIVOR.map</TagSet><POSDelimiter>_</POSDelimiter>"
-            "<WordBoundary>|</WordBoundary><Merge>ON</Merge><Person>OFF</Person>"
-            "<Tagger>no</Tagger><POS>upper</POS>");
-  ASSERT_TRUE(Init());
-  EXPECT_EQ("ZIVOR.map", g_sTagset);
-  EXPECT_EQ("_", g_sPOSDelimiter);
-  EXPECT_EQ("|", g_sWordBoundary);
-  EXPECT_TRUE(g_bWordMerged && !g_bNERPerson);
-  EXPECT_TRUE(g_bPOSTagger);  // only "off" switches it off
-  EXPECT_EQ(1, g_nPOSPresent);
-  ASSERT_TRUE(ZIVOR_Exit());
-  // Absent keys fall back to the defaults, whatever the last run set.
-  Configure("<TagSet>ZIVOR.map</TagSet><POS>None</POS>");
-  ASSERT_TRUE(Init());
-  EXPECT_EQ("/", g_sPOSDelimiter);
-  EXPECT_EQ("  ", g_sWordBoundary);
-  EXPECT_TRUE(!g_bWordMerged && g_bNERPerson && g_bPOSTagger);
-  EXPECT_EQ(0, g_nPOSPresent);
+  // The second run's absent keys fall back to the defaults, whatever the
+  // first set; only "off" switches the tagger off.
+  const struct { const char *xml, *delimiter, *boundary; bool merged, person; int present; } cases[] = {
+      {"<POSDelimiter>_</POSDelimiter><WordBoundary>|</WordBoundary><Merge>ON</Merge>"
+       "<Person>OFF</Person><Tagger>no</Tagger><POS>upper</POS>", "_", "|", true, false, 1},
+      {"<POS>None</POS>", "/", "  ", false, true, 0}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.xml);
+    Configure(std::string("<TagSet>ZIVOR.map</TagSet>") + c.xml);
+    ASSERT_TRUE(Init());
+    EXPECT_EQ("ZIVOR.map", g_sTagset);
+    EXPECT_EQ(c.delimiter, g_sPOSDelimiter);
+    EXPECT_EQ(c.boundary, g_sWordBoundary);
+    EXPECT_EQ(c.merged, g_bWordMerged);
+    EXPECT_EQ(c.person, g_bNERPerson);
+    EXPECT_TRUE(g_bPOSTagger);
+    EXPECT_EQ(c.present, g_nPOSPresent);
+    ASSERT_TRUE(ZIVOR_Exit());
+  }
 }
 
 TEST_F(InitTest, CyclesOfInitAndExitLeaveNothingBehind) {
