@@ -1,0 +1,152 @@
+// Options.cpp: parsing the command line of zivor-eval (Options.h).
+#include "Options.h"
+
+#include <cstdlib>
+
+namespace eval {
+
+const char* Usage() {
+  return R"(usage: zivor-eval [options] GOLD
+       zivor-eval [options] --segmented FILE
+
+Analyses the raw text of a gold file (each paragraph's words joined) with the
+library and compares the result with the gold words.
+
+GOLD is in the annotated corpus format (GBK, one paragraph a line: the id,
+then word/TAG tokens; brackets group compound names). --segmented FILE takes
+plain segmented text instead (GBK, one paragraph a line, words separated by
+blanks or tabs) and scores segmentation only.
+
+Options:
+  -d DIR           directory holding Data (default: the current directory)
+  --days SET       evaluate only the paragraphs of these days of the month,
+                   e.g. 25-27, 3, 1-5,9 (from the paragraph id 199801DD-...)
+  --vocab FILE     training vocabulary, one GBK word a line, for the OOV figures
+  --train CORPUS   collect the training vocabulary from an annotated corpus ...
+  --exclude-days SET  ... leaving out these days (default: the --days set)
+  --errors N       print the N most frequent errors of each kind
+  --no-tags        also time segmentation alone (tagging off in the call)
+  --no-person      also evaluate with person recognition off (a temporary copy
+                   of Data whose Configure.xml says <Person>off</Person>)
+  --json           print the figures as one JSON object instead
+  -h, --help       this text
+
+Figures:
+  segmentation     words are byte spans of the paragraph; precision = correct
+                   spans / system words, recall = correct spans / gold words,
+                   F = 2PR / (P + R)
+  OOV              gold words absent from the vocabulary: their share of the
+                   gold words, and the share of them segmented correctly
+  tags             accuracy over correctly segmented words. Refined: the
+                   system's level-0 tag against the gold tag refined as the
+                   training data builder refines it (Tools/corpus/TagRefine.h).
+                   Coarse: the PKU tag of the system's tag identifier
+                   (Data/PKU.map: nr1 nr2 nrj nrf count as nr, ng as Ng, al vl
+                   nl bl as l, url email as nx, ...) against the gold tag as
+                   written. A bracketed group is scored by its inner words.
+  names            a name is a word whose coarse tag is nr, on both sides; in
+                   the gold a surname token and the given-name token after it
+                   (both nr) are first merged into one word, for segmentation
+                   as well; a name counts when its span matches exactly
+  speed            MB/s = bytes of raw text / 10^6 / wall seconds spent in the
+                   analysis calls alone (ZIVOR_ParagraphProcessA; with
+                   --no-tags, ZIVOR_ParagraphProcess with bPOStagged 0)
+Words in the report are GBK, like the input.
+)";
+}
+
+namespace {
+
+bool ParseDays(const std::string& text, const char* option, DaySet* days, std::string* error) {
+  if (days->Parse(text)) return true;
+  *error = std::string("bad day set for ") + option + ": " + text;
+  return false;
+}
+
+bool TakesValue(const std::string& arg) {
+  for (const char* option : {"-d", "--segmented", "--vocab", "--train", "--days",
+                             "--exclude-days", "--errors"}) {
+    if (arg == option) return true;
+  }
+  return false;
+}
+
+bool ParseCount(const std::string& text, size_t* count, std::string* error) {
+  char* end = nullptr;
+  const long value = strtol(text.c_str(), &end, 10);
+  if (text.empty() || *end != '\0' || value < 0) {
+    *error = "bad count for --errors: " + text;
+    return false;
+  }
+  *count = static_cast<size_t>(value);
+  return true;
+}
+
+bool Check(const Options& options, std::string* error) {
+  if (options.help) return true;
+  if (options.gold.empty() == options.segmented.empty()) {
+    *error = "name one gold file: GOLD or --segmented FILE";
+  } else if (!options.segmented.empty() && !options.days_text.empty()) {
+    *error = "--days needs the annotated format (plain segmented text has no ids)";
+  } else if (!options.vocab.empty() && !options.train.empty()) {
+    *error = "give --vocab or --train, not both";
+  } else if (!options.exclude_text.empty() && options.train.empty()) {
+    *error = "--exclude-days needs --train";
+  }
+  return error->empty();
+}
+
+}  // namespace
+
+bool ParseOptions(int argc, char** argv, Options* options, std::string* error) {
+  error->clear();
+  for (int i = 1; i < argc; ++i) {
+    const std::string arg = argv[i];
+    const bool has_value = i + 1 < argc;
+    auto value = [&]() { return std::string(argv[++i]); };
+    if (arg == "-h" || arg == "--help") {
+      options->help = true;
+    } else if (arg == "--json") {
+      options->json = true;
+    } else if (arg == "--no-tags") {
+      options->no_tags = true;
+    } else if (arg == "--no-person") {
+      options->no_person = true;
+    } else if (TakesValue(arg) && !has_value) {
+      *error = "missing value after " + arg;
+      return false;
+    } else if (arg == "-d") {
+      options->dir = value();
+    } else if (arg == "--segmented") {
+      options->segmented = value();
+    } else if (arg == "--vocab") {
+      options->vocab = value();
+    } else if (arg == "--train") {
+      options->train = value();
+    } else if (arg == "--days") {
+      options->days_text = value();
+      if (!ParseDays(options->days_text, "--days", &options->days, error)) return false;
+    } else if (arg == "--exclude-days") {
+      options->exclude_text = value();
+      if (!ParseDays(options->exclude_text, "--exclude-days", &options->exclude, error)) {
+        return false;
+      }
+    } else if (arg == "--errors") {
+      if (!ParseCount(value(), &options->errors, error)) return false;
+    } else if (arg[0] == '-' && arg.size() > 1) {
+      *error = "unknown option " + arg;
+      return false;
+    } else if (options->gold.empty()) {
+      options->gold = arg;
+    } else {
+      *error = "more than one gold file: " + arg;
+      return false;
+    }
+  }
+  if (!options->train.empty() && options->exclude_text.empty()) {
+    options->exclude = options->days;
+  }
+  return Check(*options, error);
+}
+
+}  // namespace eval

@@ -1,0 +1,36 @@
+// Options.h: the command line of zivor-eval.
+#ifndef ZIVOR_TOOLS_EVAL_OPTIONS_H_
+#define ZIVOR_TOOLS_EVAL_OPTIONS_H_
+
+#include <string>
+
+#include "Gold.h"
+
+namespace eval {
+
+struct Options {
+  std::string dir = ".";   // -d: the directory holding Data
+  std::string gold;        // annotated gold file (corpus format)
+  std::string segmented;   // --segmented: plain segmented gold instead
+  std::string days_text;   // --days as written
+  DaySet days;
+  std::string vocab;       // --vocab: word list
+  std::string train;       // --train: corpus the vocabulary is collected from
+  std::string exclude_text;  // --exclude-days as written (default: --days)
+  DaySet exclude;
+  size_t errors = 0;       // --errors N
+  bool json = false;
+  bool no_tags = false;
+  bool no_person = false;
+  bool help = false;
+};
+
+// The usage text printed by --help.
+const char* Usage();
+
+// False, with a message in `error`, on a bad command line.
+bool ParseOptions(int argc, char** argv, Options* options, std::string* error);
+
+}  // namespace eval
+
+#endif  // ZIVOR_TOOLS_EVAL_OPTIONS_H_

@@ -1,0 +1,125 @@
+// main.cpp: zivor-eval, which scores the analyser against a gold-segmented,
+// tagged text (or plain segmented text) and measures its speed. --help
+// describes the figures.
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "Analyzer.h"
+#include "Gold.h"
+#include "Options.h"
+#include "Report.h"
+#include "Score.h"
+
+namespace eval {
+namespace {
+
+int Fail(const std::string& message) {
+  fprintf(stderr, "zivor-eval: %s\n", message.c_str());
+  return 1;
+}
+
+bool ReadGold(const Options& options, std::vector<GoldParagraph>* gold, ReportHeader* header) {
+  const bool plain = !options.segmented.empty();
+  header->tagged_gold = !plain;
+  header->gold = plain ? options.segmented + " (plain segmented)" : options.gold;
+  if (!options.days_text.empty()) header->gold += ", days " + options.days_text;
+  return plain ? ReadSegmentedGold(options.segmented, gold)
+               : ReadCorpusGold(options.gold, options.days, gold);
+}
+
+// False when a vocabulary was asked for and cannot be read.
+bool ReadVocabulary(const Options& options, Vocabulary* vocabulary, ReportHeader* header) {
+  if (!options.vocab.empty()) {
+    header->vocabulary = options.vocab;
+    if (!ReadVocabularyFile(options.vocab, vocabulary)) return false;
+  } else if (!options.train.empty()) {
+    header->vocabulary = options.train;
+    header->vocabulary += options.exclude.empty()
+                              ? " (all days)"
+                              : " without days " + (options.exclude_text.empty()
+                                                        ? options.days_text
+                                                        : options.exclude_text);
+    if (!CollectVocabulary(options.train, options.exclude, vocabulary)) return false;
+  }
+  header->vocabulary_size = vocabulary->size();
+  return true;
+}
+
+// One scored pass over the gold text; false with `error` when the library
+// does not start.
+bool Evaluate(const Options& options, bool person, const std::vector<GoldParagraph>& gold,
+              const Vocabulary* vocabulary, Run* run, std::string* error) {
+  Analyzer analyzer(options.dir, person);
+  if (!analyzer.ok()) {
+    *error = analyzer.error();
+    return false;
+  }
+  run->name = person ? "tags on, person recognition on" : "tags on, person recognition off";
+  run->scorer.reset(new Scorer(vocabulary));
+  for (const GoldParagraph& paragraph : gold) {
+    run->scorer->Add(paragraph, analyzer.Analyse(paragraph.text));
+    run->bytes += static_cast<long>(paragraph.text.size());
+  }
+  run->seconds = analyzer.seconds();
+  return true;
+}
+
+// A timed pass with tagging off in the call.
+bool TimeSegmentation(const Options& options, const std::vector<GoldParagraph>& gold, Run* run,
+                      std::string* error) {
+  Analyzer analyzer(options.dir, true);
+  if (!analyzer.ok()) {
+    *error = analyzer.error();
+    return false;
+  }
+  run->name = "segmentation only (tagging off), timed";
+  for (const GoldParagraph& paragraph : gold) {
+    analyzer.Segment(paragraph.text, false);
+    run->bytes += static_cast<long>(paragraph.text.size());
+  }
+  run->seconds = analyzer.seconds();
+  return true;
+}
+
+int Main(int argc, char** argv) {
+  Options options;
+  std::string error;
+  if (!ParseOptions(argc, argv, &options, &error)) {
+    return Fail(error + " (zivor-eval --help for the usage)");
+  }
+  if (options.help) {
+    fputs(Usage(), stdout);
+    return 0;
+  }
+  ReportHeader header;
+  std::vector<GoldParagraph> gold;
+  if (!ReadGold(options, &gold, &header)) return Fail("cannot read " + header.gold);
+  Vocabulary vocabulary;
+  if (!ReadVocabulary(options, &vocabulary, &header)) {
+    return Fail("cannot read the vocabulary " + header.vocabulary);
+  }
+  const Vocabulary* known = header.vocabulary.empty() ? nullptr : &vocabulary;
+
+  std::vector<Run> runs(1);
+  if (!Evaluate(options, true, gold, known, &runs.back(), &error)) return Fail(error);
+  if (options.no_tags) {
+    runs.emplace_back();
+    if (!TimeSegmentation(options, gold, &runs.back(), &error)) return Fail(error);
+  }
+  if (options.no_person) {
+    runs.emplace_back();
+    if (!Evaluate(options, false, gold, known, &runs.back(), &error)) return Fail(error);
+  }
+  if (options.json) {
+    PrintJson(stdout, header, runs, options.errors);
+  } else {
+    PrintText(stdout, header, runs, options.errors);
+  }
+  return 0;
+}
+
+}  // namespace
+}  // namespace eval
+
+int main(int argc, char** argv) { return eval::Main(argc, argv); }
