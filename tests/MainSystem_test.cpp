@@ -1,6 +1,3 @@
-// Tests of the analysis instance's driver: buffers, white-space tokens, the
-// long-text split, result records, hostile input, file processing and the
-// dictionary queries.
 #include "System/MainSystem.h"
 
 #include <gtest/gtest.h>
@@ -80,10 +77,7 @@ TEST_F(MainSystemTest, BlanksAndLineBreaksAreTokensOfTheirOwn) {
   const std::vector<result_t> records = Records(text);
   ExpectRecordsCover(text, records);
   ASSERT_EQ(8u, records.size());
-  for (int i : {0, 1, 3, 5, 7}) {
-    EXPECT_EQ(-1, records[i].word_ID) << i;
-    EXPECT_STREQ("", records[i].sPOS) << i;
-  }
+  for (int i : {0, 1, 3, 5, 7}) EXPECT_TRUE(records[i].word_ID == -1 && !*records[i].sPOS) << i;
   EXPECT_EQ(r_->core.Find(Gbk("他").c_str()), records[2].word_ID);
 }
 
@@ -120,9 +114,7 @@ TEST_F(MainSystemTest, LongTextKeepsEachLineBreakOnceBetweenItsLines) {
   std::string joined;
   for (const result_t& r : records) {
     const std::string word = Bytes(text, r);
-    if (word == "\r" || word == "\n") {
-      EXPECT_EQ(-1, r.word_ID);
-    }
+    if (word == "\r" || word == "\n") EXPECT_EQ(-1, r.word_ID);
     joined += word;
   }
   EXPECT_EQ(s1 + "\r" + s2 + "\n" + s3, joined);
@@ -151,9 +143,8 @@ TEST_F(MainSystemTest, EmptyAndHostileTextsNeverOverrunTheBuffers) {
   EXPECT_TRUE(Records("").empty());
   // A lone lead byte at the end, lead bytes only, single bytes.
   for (const std::string& text : {kSentence + "\xB1", std::string("\xB1\xB1\xB1"),
-                                  std::string("\xFF"), std::string("a")}) {
+                                  std::string("\xFF"), std::string("a")})
     ExpectRecordsCover(text, Records(text));
-  }
   // One-byte user words with 39-byte tags need far more than six bytes of
   // result text per input byte.
   CTrie users;
@@ -225,9 +216,8 @@ TEST_F(MainSystemTest, GetUniProbSmoothsKnownAndUnknownWords) {
   const double total = r_->unigram.GetTotalFreq(), items = r_->unigram.GetItemCount();
   const double unknown = 0.05 / (total + 0.05 * items);
   const std::string absent = Gbk("不存在的词");
-  for (const char* word : {"xyz", absent.c_str(), static_cast<const char*>(nullptr)}) {
+  for (const char* word : {"xyz", absent.c_str(), static_cast<const char*>(nullptr)})
     EXPECT_DOUBLE_EQ(unknown, sys_->GetUniProb(word));
-  }
   EXPECT_DOUBLE_EQ(unknown, sys_->GetUniProb(-7));
   ASSERT_EQ(5, r_->unigram.GetFreq(r_->core.Find(Gbk("他").c_str())));
   EXPECT_DOUBLE_EQ(5.05 / (total + 0.05 * items), sys_->GetUniProb(Gbk("他").c_str()));
@@ -251,12 +241,14 @@ TEST(MainSystemQueryTest, IsFreqAssociateNeedsFourPairsAndATenthOfAWord) {
   g_bPOSTagger = g_bNERPerson = false;
   CMainSystem sys(nullptr, &dict, &unigram, &bigram, nullptr, nullptr, nullptr, nullptr,
                   nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
-  EXPECT_TRUE(sys.IsFreqAssociate("aa", "bb"));   // 4 >= 0.1 * 30
-  EXPECT_FALSE(sys.IsFreqAssociate("aa", "cc"));  // fewer than 4 pairs
-  EXPECT_FALSE(sys.IsFreqAssociate("cc", "dd"));  // 50 < 0.1 * 1000 for both
-  EXPECT_FALSE(sys.IsFreqAssociate("dd", "cc"));  // 99, just below
-  EXPECT_TRUE(sys.IsFreqAssociate("dd", "aa"));   // 10 == 0.1 * 100
-  EXPECT_FALSE(sys.IsFreqAssociate("aa", "zz"));
+  const struct { const char *a, *b; bool associate; } cases[] = {
+      {"aa", "bb", true},   // 4 >= 0.1 * 30
+      {"aa", "cc", false},  // fewer than 4 pairs
+      {"cc", "dd", false},  // 50 < 0.1 * 1000 for both
+      {"dd", "cc", false},  // 99, just below
+      {"dd", "aa", true},   // 10 == 0.1 * 100
+      {"aa", "zz", false}};
+  for (const auto& c : cases) EXPECT_EQ(c.associate, sys.IsFreqAssociate(c.a, c.b)) << c.a << "@" << c.b;
   EXPECT_DOUBLE_EQ(100.05 / (2131 + 0.05 * 5), sys.GetUniProb("aa"));
 }
 
