@@ -1,6 +1,3 @@
-// Tests of result formatting: the text byte for byte, tag names by map level,
-// delimiter and boundary, user words, the pattern merges, and the
-// granularity and field dictionary passes.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -41,14 +38,14 @@ class OutputTest : public ::testing::Test {
 };
 
 TEST_F(OutputTest, TaggedAndUntaggedTextByteForByte) {
-  EXPECT_EQ("他/rr 是/vshi 北京大学/nt 的/ude1 学生/n 。/wj ", Text(kSentence));
+  const struct { const char *text, *tagged; } cases[] = {
+      {kSentence, "他/rr 是/vshi 北京大学/nt 的/ude1 学生/n 。/wj "},
+      {"记者报道：今天上午，北京举行了一次重要会议。",
+       "记者/n 报道/v ：/wm 今天/t 上午/t ，/wd 北京/ns 举行/v 了/ule 一/m 次/qv 重要/a 会议/n 。/wj "},
+      {"王伟是学生。", "王伟/nr 是/vshi 学生/n 。/wj "}};  // a recognised person name
+  for (const auto& c : cases) EXPECT_EQ(c.tagged, Text(c.text));
   EXPECT_EQ("他 是 北京大学 的 学生 。 ", Text(kSentence, 0));
-  EXPECT_EQ("记者/n 报道/v ：/wm 今天/t 上午/t ，/wd 北京/ns 举行/v 了/ule 一/m 次/qv 重要/a "
-            "会议/n 。/wj ",
-            Text("记者报道：今天上午，北京举行了一次重要会议。"));
-  // A recognised person name and an unknown character (default tag n).
-  EXPECT_EQ("王伟/nr 是/vshi 学生/n 。/wj ", Text("王伟是学生。"));
-  EXPECT_EQ(std::string("\xB1/n "), sys_->Process("\xB1", 1, true));
+  EXPECT_EQ(std::string("\xB1/n "), sys_->Process("\xB1", 1, true));  // unknown: default tag n
 }
 
 TEST_F(OutputTest, TagNamesFollowTheMapLevel) {
@@ -117,31 +114,29 @@ TEST_F(OutputTest, UserWordsReplaceOnlyTheWordsTheyCoverExactly) {
 }
 
 TEST_F(OutputTest, PatternMerges) {
-  EXPECT_EQ("abc@def.com/email ", Text("abc@def.com"));
-  EXPECT_EQ("abc\\def/url ", Text("abc\\def"));
-  EXPECT_EQ("abc/x ", Text("abc"));
-  EXPECT_EQ("他/rr abc@def.com/email 是/vshi ", Text("他abc@def.com是"));
-  const result_t email = OnlyRecord("abc@def.com");
-  EXPECT_EQ(97, email.iPOS);
-  EXPECT_EQ(-1, email.word_ID);  // the Latin string class
-  EXPECT_EQ(11, email.length);
-  EXPECT_EQ(96, OnlyRecord("abc\\def").iPOS);
-  EXPECT_EQ(93, OnlyRecord("abc").iPOS);
-
-  EXPECT_EQ("一个个/m ", Text("一个个"));
-  EXPECT_EQ("一个个 ", Text("一个个", 0));
-  EXPECT_EQ("一/m 个/q 一/m ", Text("一个一"));
-  const result_t numeral = OnlyRecord("一个个");
-  EXPECT_EQ(18, numeral.iPOS);
-  EXPECT_EQ(-1, numeral.word_ID);
-
   // "@" takes the following words up to a delimiter or the sentence end.
-  EXPECT_EQ("@abc/nr ，/wd 他/rr ", Text("@abc，他"));
-  EXPECT_EQ("中国/ns ///session 人民/n ", Text("中国//人民"));
+  const struct { const char *text, *tagged, *plain; int iPOS; } cases[] = {
+      {"abc@def.com", "abc@def.com/email ", "abc@def.com ", 97},
+      {"abc\\def", "abc\\def/url ", nullptr, 96},
+      {"abc", "abc/x ", nullptr, 93},
+      {"一个个", "一个个/m ", "一个个 ", 18},
+      {"他abc@def.com是", "他/rr abc@def.com/email 是/vshi ", nullptr, -1},
+      {"一个一", "一/m 个/q 一/m ", nullptr, -1},
+      {"@abc，他", "@abc/nr ，/wd 他/rr ", nullptr, -1},
+      {"中国//人民", "中国/ns ///session 人民/n ", nullptr, -1}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    EXPECT_EQ(c.tagged, Text(c.text));
+    if (c.plain) EXPECT_EQ(c.plain, Text(c.text, 0));
+    if (c.iPOS < 0) continue;
+    const result_t record = OnlyRecord(c.text);
+    EXPECT_EQ(c.iPOS, record.iPOS);
+    EXPECT_EQ(-1, record.word_ID);  // a class, not a dictionary word
+    EXPECT_EQ(int(Gbk(c.text).size()), record.length);
+  }
+  Text("中国//人民");
   EXPECT_EQ(98, sys_->m_pVecResult[1].iPOS);
 }
-
-// --- FieldDic --------------------------------------------------------------
 
 class FieldDicTest : public OutputTest {
  protected:
