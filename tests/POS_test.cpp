@@ -26,25 +26,17 @@ const std::vector<std::string> kTags = {"begin", "end", "n", "ns", "v", "ude1", 
 // top-ranked character would sit in state 0, which cannot mark a word end.
 const std::vector<std::string> kWords = {"中国", "人民", "的", "是", "我们", "中间"};
 
-std::string Int32(int v) {
-  unsigned char b[4];
-  StoreLE32(b, v);
-  return std::string(reinterpret_cast<char*>(b), 4);
-}
-
 std::string Ints(const std::vector<int>& values) {
-  std::string bytes;
-  for (int v : values) bytes += Int32(v);
+  std::string bytes(4 * values.size(), '\0');
+  for (size_t i = 0; i < values.size(); ++i) StoreLE32((unsigned char*)&bytes[4 * i], values[i]);
   return bytes;
 }
 
 // One stored record with the given padding bytes.
-std::string Record(unsigned char tag, int count,
-                   const std::string& padding = std::string(3, '\0')) {
-  return std::string(1, static_cast<char>(tag)) + padding + Int32(count);
+std::string Record(unsigned char tag, int count, const std::string& padding = std::string(3, '\0')) {
+  return std::string(1, char(tag)) + padding + Ints({count});
 }
 
-// A test directory with the dictionary (GBK) and the tag map.
 class POSTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -85,11 +77,8 @@ class POSTest : public ::testing::Test {
 
 TEST_F(POSTest, ImportSortsEachWordsTagsAndDropsUnknownWords) {
   CPOS pos;
-  ASSERT_EQ(Import(&pos,
-                   {"中国 ns 50", "人民 n 7", "中国 n 10", "未知 v 3", "的 ude1 100", "我们 R 20",
-                    "是 xx 5"},
-                   true),
-            6);
+  ASSERT_EQ(Import(&pos, {"中国 ns 50", "人民 n 7", "中国 n 10", "未知 v 3", "的 ude1 100", "我们 R 20", "是 xx 5"},
+                   true), 6);
   EXPECT_EQ(pos.GetBound(), dict_->GetLowerBound());
   EXPECT_EQ(Tags(pos, "中国"), (Tagged{{kN, 10}, {kNs, 50}}));
   EXPECT_EQ(Tags(pos, "的"), (Tagged{{kUde1, 100}}));
@@ -125,7 +114,7 @@ TEST_F(POSTest, ImportWithoutMapAndLinesWithMissingFields) {
 
 TEST_F(POSTest, PartitionKeepsItsPivotQuirk) {
   auto sorted = [](std::vector<CPOS::POS_elem> records) {
-    CPOS::qksort(records.data(), 0, static_cast<int>(records.size()) - 1);
+    CPOS::qksort(records.data(), 0, int(records.size()) - 1);
     Tagged keys;
     for (const auto& r : records) keys.emplace_back(r.handle, r.POS_id);
     return keys;
@@ -204,12 +193,10 @@ TEST_F(POSTest, DamagedFilesNeverGiveRecordsThatDoNotExist) {
     return pos.Load(dir_.File("d.pos").c_str());
   };
   EXPECT_FALSE(pos.Load(dir_.File("missing.pos").c_str()));
-  EXPECT_FALSE(load(Int32(0)));
-  EXPECT_FALSE(load(Ints({3, 1}) + Record(1, 1)));                 // records cut short
-  EXPECT_FALSE(load(Ints({1, 2}) + Record(1, 1) + Ints({0, 1})));  // index cut short
-  EXPECT_FALSE(load(Ints({-1, 0})));
-  EXPECT_FALSE(load(Ints({0, -8})));
-  EXPECT_FALSE(load(Ints({INT_MAX, INT_MAX}) + std::string(64, '\0')));
+  for (const std::string& bad : {Ints({0}), Ints({3, 1}) + Record(1, 1),  // records cut short
+                                 Ints({1, 2}) + Record(1, 1) + Ints({0, 1}),  // index cut short
+                                 Ints({-1, 0}), Ints({0, -8}), Ints({INT_MAX, INT_MAX}) + std::string(64, '\0')})
+    EXPECT_FALSE(load(bad)) << bad.size();
   EXPECT_EQ(pos.GetPOS(0), 255);
   EXPECT_TRUE(load(Ints({0, 0})));  // valid and empty
   EXPECT_EQ(pos.GetPOS(0), 255);
