@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -18,10 +19,10 @@ using testutil::TempDir;
 using uchar = unsigned char;
 constexpr double kFloor = 0.00001;
 
-std::string Int32(int v) {
-  unsigned char b[4];
-  StoreLE32(b, v);
-  return std::string(reinterpret_cast<char*>(b), 4);
+std::string Ints(const std::vector<int>& values) {
+  std::string bytes(4 * values.size(), '\0');
+  for (size_t i = 0; i < values.size(); ++i) StoreLE32((unsigned char*)&bytes[4 * i], values[i]);
+  return bytes;
 }
 
 // Three symbols with F(0) = 10, C(0,1) = 5, T = 1000.
@@ -51,16 +52,14 @@ TEST(ContextStatTest, PossibilityFollowsTheFormulaWithTheFloorForUnseen) {
   CContextStat stat;
   EXPECT_EQ(stat.GetContextPossibility(uchar{0}, uchar{0}), kFloor);  // empty
   FillExample(&stat);
-  // 0.99999 * (0.9 * 5 / 10 + 0.1 * 10 / 1000) + 0.00001
-  EXPECT_NEAR(stat.GetContextPossibility(uchar{0}, uchar{1}), 0.45100549, 1e-15);
-  // 0.99999 * (0.9 * 990 / 990 + 0.1 * 990 / 1000) + 0.00001
-  EXPECT_NEAR(stat.GetContextPossibility(uchar{1}, uchar{1}), 0.99900001, 1e-15);
-  EXPECT_EQ(stat.GetContextPossibility(uchar{0}, uchar{0}), kFloor);  // C = 0
-  EXPECT_EQ(stat.GetContextPossibility(uchar{2}, uchar{1}), kFloor);  // F = 0
-  EXPECT_EQ(stat.GetContextPossibility(uchar{3}, uchar{1}), kFloor);  // prev = N
-  EXPECT_EQ(stat.GetContextPossibility(uchar{1}, uchar{3}), kFloor);  // next = N
-  // One count among a thousand is still above the floor.
-  ASSERT_TRUE(stat.Add(uchar{1}, uchar{0}, 1));
+  const struct { int prev, next; double p; } cases[] = {
+      {0, 1, 0.45100549},  // 0.99999 * (0.9 * 5 / 10 + 0.1 * 10 / 1000) + 0.00001
+      {1, 1, 0.99900001},  // 0.99999 * (0.9 * 990 / 990 + 0.1 * 990 / 1000) + 0.00001
+      {0, 0, kFloor}, {2, 1, kFloor}, {3, 1, kFloor}, {1, 3, kFloor}};  // C = 0, F = 0, ids = N
+  for (const auto& c : cases) {
+    EXPECT_NEAR(stat.GetContextPossibility(uchar(c.prev), uchar(c.next)), c.p, 1e-15) << c.prev << " " << c.next;
+  }
+  ASSERT_TRUE(stat.Add(uchar{1}, uchar{0}, 1));  // one in a thousand is above the floor
   EXPECT_GT(stat.GetContextPossibility(uchar{1}, uchar{0}), kFloor);
 }
 
@@ -68,9 +67,8 @@ TEST(ContextStatTest, AddRefusesIdsAtTheBoundAndOverflow) {
   CContextStat stat;
   EXPECT_FALSE(stat.Add(uchar{0}, uchar{0}, 1));  // no table
   FillExample(&stat);
-  EXPECT_FALSE(stat.Add(uchar{3}, uchar{0}, 7));
-  EXPECT_FALSE(stat.Add(uchar{0}, uchar{3}, 7));
-  EXPECT_FALSE(stat.Add(uchar{0}, uchar{1}, 2147483647));
+  for (auto [a, b, n] : {std::array<int, 3>{3, 0, 7}, {0, 3, 7}, {0, 1, 2147483647}})
+    EXPECT_FALSE(stat.Add(uchar(a), uchar(b), n)) << a << " " << b;
   EXPECT_EQ(stat.GetTotalFreq(), 1000);
   EXPECT_EQ(stat.GetFrequency(uchar{0}), 10);
   EXPECT_EQ(stat.GetContextCount(uchar{0}, uchar{1}), 5);
@@ -111,9 +109,7 @@ TEST(ContextStatTest, SaveWritesBothLayoutsAndLoadNeedsToBeTold) {
   FillExample(&stat);
   ASSERT_TRUE(stat.Save(dir.File("t.ctx").c_str(), map));
   EXPECT_EQ(ReadFileBytes(dir.File("t.ctx")),
-            "\x03" + Int32(1000) + Int32(10) + Int32(990) + Int32(0) +  // total, frequencies
-                Int32(0) + Int32(5) + Int32(5) + Int32(0) + Int32(990) + Int32(0) +
-                std::string(12, '\0'));
+            "\x03" + Ints({1000, 10, 990, 0, 0, 5, 5, 0, 990, 0, 0, 0, 0}));  // total, F, C
   CContextStat back;
   ASSERT_TRUE(back.Load(dir.File("t.ctx").c_str(), false));
   EXPECT_NEAR(back.GetContextPossibility(uchar{0}, uchar{1}), 0.45100549, 1e-15);
@@ -126,7 +122,7 @@ TEST(ContextStatTest, SaveWritesBothLayoutsAndLoadNeedsToBeTold) {
   const std::string bytes = ReadFileBytes(dir.File("s.ctx"));
   ASSERT_EQ(bytes.size(), 1u + 100 * 3 + 4 + 4 * 3 + 4 * 9);
   EXPECT_EQ(bytes.substr(101, 100), "E" + std::string(99, '\0'));
-  EXPECT_EQ(bytes.substr(301, 4), Int32(7));
+  EXPECT_EQ(bytes.substr(301, 4), Ints({7}));
   ASSERT_TRUE(back.Load(dir.File("s.ctx").c_str(), true));
   EXPECT_EQ(back.GetContextCount(uchar{0}, uchar{1}), 7);
   EXPECT_EQ(back.GetFrequency("b"), 7);
@@ -178,19 +174,17 @@ TEST(ContextStatTest, DamagedFilesLoadWithoutCrashing) {
   EXPECT_FALSE(stat.Add(uchar{0}, uchar{0}, 1));
 
   // N = 255 with the total and two frequencies only: the rest stays 0.
-  testutil::WriteFile(dir.File("short.ctx"), "\xFF" + Int32(50) + Int32(20) + Int32(30) + "\x01");
+  testutil::WriteFile(dir.File("short.ctx"), "\xFF" + Ints({50, 20, 30}) + "\x01");
   EXPECT_TRUE(stat.Load(dir.File("short.ctx").c_str(), false));
   EXPECT_EQ(stat.GetFrequency(uchar{1}), 30);
   EXPECT_EQ(stat.GetFrequency(uchar{254}), 0);
   EXPECT_EQ(stat.GetContextPossibility(uchar{254}, uchar{254}), kFloor);
 
   // Negative counts and a zero total score the floor, never below it.
-  testutil::WriteFile(dir.File("neg.ctx"), "\x02" + Int32(0) + Int32(5) + Int32(-5) + Int32(3) +
-                                               Int32(2) + Int32(-1) + Int32(-4));
+  testutil::WriteFile(dir.File("neg.ctx"), "\x02" + Ints({0, 5, -5, 3, 2, -1, -4}));
   EXPECT_TRUE(stat.Load(dir.File("neg.ctx").c_str(), false));
-  for (int a = 0; a < 2; ++a) {
+  for (int a = 0; a < 2; ++a)
     for (int b = 0; b < 2; ++b) EXPECT_EQ(stat.GetContextPossibility(uchar(a), uchar(b)), kFloor);
-  }
 }
 
 TEST(ContextStatTest, DataToolSumsCountLinesAndExportsThem) {
