@@ -21,9 +21,7 @@ const char* const kWords[] = {"中国", "人民", "银行", "我", "的", "发�
 // A raw little-endian file of 32-bit integers.
 std::string IntFile(const std::vector<int>& values) {
   std::string bytes(values.size() * 4, '\0');
-  for (size_t i = 0; i < values.size(); ++i) {
-    StoreLE32(reinterpret_cast<unsigned char*>(&bytes[i * 4]), values[i]);
-  }
+  for (size_t i = 0; i < values.size(); ++i) StoreLE32((unsigned char*)&bytes[i * 4], values[i]);
   return bytes;
 }
 
@@ -125,20 +123,15 @@ TEST_F(FreqTablesTest, BigramImportFindsEveryPairAndOnlyThose) {
           "未知@中国 7\n中国人民 9\n@中国 1\n银行@中国 x\n\n");  // all rejected
   CBigram bigram;
   EXPECT_EQ(bigram.Import(File("p.txt", pairs).c_str(), &dict_), 8);
-  EXPECT_EQ(bigram.GetFreq(H("中国"), H("人民")), 3);  // the first of the duplicates
-  EXPECT_EQ(bigram.GetFreq(H("中国"), H("银行")), 5);
-  EXPECT_EQ(bigram.GetFreq(H("中国"), H("发展")), 2);
-  EXPECT_EQ(bigram.GetFreq(H("人民"), H("银行")), 4);
-  EXPECT_EQ(bigram.GetFreq(H("我"), H("的")), 1);
-  EXPECT_EQ(bigram.GetFreq(H("人民"), H("中国")), 0);
-  EXPECT_EQ(bigram.GetFreq(H("中国"), H("我")), 0);
-  EXPECT_EQ(bigram.GetFreq(H("中国"), -1), 0);  // stored under -1, never found
-  EXPECT_EQ(bigram.GetFreq(H("的"), -1), 0);
-  for (int second = -1; second <= bound_ + 1; ++second) {
-    for (int first : {H("银行"), -1, 0, bound_, bound_ + 1}) {
+  const struct { int first, second, freq; } cases[] = {
+      {H("中国"), H("人民"), 3},  // the first of the duplicates
+      {H("中国"), H("银行"), 5}, {H("中国"), H("发展"), 2}, {H("人民"), H("银行"), 4}, {H("我"), H("的"), 1},
+      {H("人民"), H("中国"), 0}, {H("中国"), H("我"), 0},
+      {H("中国"), -1, 0}, {H("的"), -1, 0}};  // stored under -1, never found
+  for (const auto& c : cases) EXPECT_EQ(bigram.GetFreq(c.first, c.second), c.freq) << c.first << " " << c.second;
+  for (int second = -1; second <= bound_ + 1; ++second)
+    for (int first : {H("银行"), -1, 0, bound_, bound_ + 1})
       EXPECT_EQ(bigram.GetFreq(first, second), 0) << first << " " << second;
-    }
-  }
   EXPECT_EQ(bigram.Import(Path("missing").c_str(), &dict_), 0);
   EXPECT_EQ(bigram.GetFreq(H("中国"), H("银行")), 5);
 }
@@ -146,13 +139,10 @@ TEST_F(FreqTablesTest, BigramImportFindsEveryPairAndOnlyThose) {
 TEST_F(FreqTablesTest, BigramLookupsAroundTheIndexBoundAndExactExport) {
   CBigram bigram;
   ASSERT_TRUE(bigram.Load(File("tiny.big", IntFile(kTinyBigram)).c_str()));
-  EXPECT_EQ(bigram.GetFreq(1, 0), 4);
-  EXPECT_EQ(bigram.GetFreq(1, 3), 9);  // second handle equal to the bound
-  EXPECT_EQ(bigram.GetFreq(2, 1), 6);
-  for (const auto& [first, second] :
-       {std::pair{1, 1}, {1, 2}, {1, 4}, {0, 0}, {3, 0}, {-1, 0}, {1, -1}, {2, 3}}) {
-    EXPECT_EQ(bigram.GetFreq(first, second), 0) << first << " " << second;
-  }
+  // {1, 3}: second handle equal to the bound.
+  const struct { int first, second, freq; } cases[] = {{1, 0, 4}, {1, 3, 9}, {2, 1, 6}, {1, 1, 0}, {1, 2, 0},
+                                                     {1, 4, 0}, {0, 0, 0}, {3, 0, 0}, {-1, 0, 0}, {1, -1, 0}, {2, 3, 0}};
+  for (const auto& c : cases) EXPECT_EQ(bigram.GetFreq(c.first, c.second), c.freq) << c.first << " " << c.second;
   ASSERT_TRUE(bigram.Export(Path("tiny.txt").c_str()));
   EXPECT_EQ(testutil::ReadFileBytes(Path("tiny.txt")),
             "Data Size=3,Index Size=3\nHandle=0,Start=-1\tEnd=-1\nHandle=1,Start=0\tEnd=1\n"
@@ -205,8 +195,8 @@ TEST_F(FreqTablesTest, GarbageFilesNeverCrashLoadOrLookups) {
   for (int round = 0; round < 150; ++round) {
     // Mostly small counts, so that some files pass the size checks.
     std::vector<int> ints(2 + random() % 24);
-    for (int& v : ints) v = static_cast<int>(random() % 13) - 3;
-    if (random() % 4 == 0) ints[0] = static_cast<int>(random());
+    for (int& v : ints) v = int(random() % 13) - 3;
+    if (random() % 4 == 0) ints[0] = int(random());
     const std::string path = File("garbage", IntFile(ints));
     CUnigram unigram;
     CBigram bigram;
