@@ -44,8 +44,8 @@ class Analyzer {
   bool LoadCoarseMap(const std::string& data_dir);
 
   std::string error_;
-  std::string temp_dir_;              // removed by the destructor when set
-  std::vector<std::string> coarse_;   // PKU tag name by identifier
+  std::string temp_dir_;             // removed by the destructor when set
+  std::vector<std::string> coarse_;  // PKU tag name by identifier
   double seconds_ = 0.0;
   bool initialised_ = false;
 };

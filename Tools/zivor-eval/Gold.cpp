@@ -132,6 +132,7 @@ std::vector<CorpusToken> MergeNameParts(const std::vector<CorpusToken>& tokens) 
 
 GoldParagraph GoldFromCorpus(const CorpusParagraph& paragraph) {
   GoldParagraph gold;
+  gold.tagged = true;
   for (const CorpusToken& token : MergeNameParts(paragraph.tokens)) {
     GoldWord word;
     word.start = static_cast<int>(gold.text.size());
@@ -144,8 +145,7 @@ GoldParagraph GoldFromCorpus(const CorpusParagraph& paragraph) {
   return gold;
 }
 
-bool ReadCorpusGold(const std::string& path, const DaySet& days,
-                    std::vector<GoldParagraph>* gold) {
+bool ReadCorpusGold(const std::string& path, const DaySet& days, std::vector<GoldParagraph>* gold) {
   return ForEachCorpusParagraph(path, [&](const CorpusParagraph& paragraph) {
     if (days.empty() || days.ContainsParagraph(paragraph)) {
       gold->push_back(GoldFromCorpus(paragraph));
@@ -183,8 +183,7 @@ bool ReadVocabularyFile(const std::string& path, Vocabulary* vocabulary) {
   });
 }
 
-bool CollectVocabulary(const std::string& corpus, const DaySet& exclude,
-                       Vocabulary* vocabulary) {
+bool CollectVocabulary(const std::string& corpus, const DaySet& exclude, Vocabulary* vocabulary) {
   return ForEachCorpusParagraph(corpus, [&](const CorpusParagraph& paragraph) {
     if (exclude.ContainsParagraph(paragraph)) return;
     for (const CorpusToken& token : MergeNameParts(paragraph.tokens)) {

@@ -39,6 +39,7 @@ struct GoldWord {
 struct GoldParagraph {
   std::string text;  // the words joined, GBK
   std::vector<GoldWord> words;
+  bool tagged = false;  // the words carry tags (and so names)
 };
 
 // The tokens with every Chinese name pair, a surname token and a given-name
@@ -52,8 +53,7 @@ GoldParagraph GoldFromCorpus(const CorpusParagraph& paragraph);
 
 // Reads the paragraphs of an annotated corpus file, only those of `days`
 // unless it is empty. False when the file cannot be read.
-bool ReadCorpusGold(const std::string& path, const DaySet& days,
-                    std::vector<GoldParagraph>* gold);
+bool ReadCorpusGold(const std::string& path, const DaySet& days, std::vector<GoldParagraph>* gold);
 
 // Reads plain segmented text: one paragraph a line, words separated by ASCII
 // blanks or tabs. False when the file cannot be read.
@@ -66,8 +66,7 @@ bool ReadVocabularyFile(const std::string& path, Vocabulary* vocabulary);
 
 // The words (names merged) of an annotated corpus, leaving out the
 // paragraphs of the days in `exclude`.
-bool CollectVocabulary(const std::string& corpus, const DaySet& exclude,
-                       Vocabulary* vocabulary);
+bool CollectVocabulary(const std::string& corpus, const DaySet& exclude, Vocabulary* vocabulary);
 
 }  // namespace eval
 

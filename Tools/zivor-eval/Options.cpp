@@ -64,8 +64,8 @@ bool ParseDays(const std::string& text, const char* option, DaySet* days, std::s
 }
 
 bool TakesValue(const std::string& arg) {
-  for (const char* option : {"-d", "--segmented", "--vocab", "--train", "--days",
-                             "--exclude-days", "--errors"}) {
+  for (const char* option :
+       {"-d", "--segmented", "--vocab", "--train", "--days", "--exclude-days", "--errors"}) {
     if (arg == option) return true;
   }
   return false;

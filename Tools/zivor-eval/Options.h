@@ -9,16 +9,16 @@
 namespace eval {
 
 struct Options {
-  std::string dir = ".";   // -d: the directory holding Data
-  std::string gold;        // annotated gold file (corpus format)
-  std::string segmented;   // --segmented: plain segmented gold instead
-  std::string days_text;   // --days as written
+  std::string dir = ".";  // -d: the directory holding Data
+  std::string gold;       // annotated gold file (corpus format)
+  std::string segmented;  // --segmented: plain segmented gold instead
+  std::string days_text;  // --days as written
   DaySet days;
-  std::string vocab;       // --vocab: word list
-  std::string train;       // --train: corpus the vocabulary is collected from
+  std::string vocab;         // --vocab: word list
+  std::string train;         // --train: corpus the vocabulary is collected from
   std::string exclude_text;  // --exclude-days as written (default: --days)
   DaySet exclude;
-  size_t errors = 0;       // --errors N
+  size_t errors = 0;  // --errors N
   bool json = false;
   bool no_tags = false;
   bool no_person = false;

@@ -4,9 +4,7 @@
 namespace eval {
 namespace {
 
-double Ratio(long part, long whole) {
-  return whole > 0 ? static_cast<double>(part) / whole : 0.0;
-}
+double Ratio(long part, long whole) { return whole > 0 ? static_cast<double>(part) / whole : 0.0; }
 
 double FScore(double precision, double recall) {
   return precision + recall > 0 ? 2 * precision * recall / (precision + recall) : 0.0;
@@ -38,7 +36,8 @@ void PrintScores(FILE* out, const ReportHeader& header, const Counts& c) {
             Fraction(c.correct_words - c.oov_correct, c.gold_words - c.oov_words).c_str());
   }
   if (!header.tagged_gold) return;
-  fprintf(out, "%-13s refined %s  coarse %s\n", "tags", Fraction(c.refined_correct, c.tag_scored).c_str(),
+  fprintf(out, "%-13s refined %s  coarse %s\n", "tags",
+          Fraction(c.refined_correct, c.tag_scored).c_str(),
           Fraction(c.coarse_correct, c.tag_scored).c_str());
   PrintPRF(out, "names", c.correct_names, c.system_names, c.gold_names);
 }
@@ -106,6 +105,7 @@ void JsonErrors(FILE* out, const Scorer& scorer, size_t n) {
 
 void JsonScores(FILE* out, const ReportHeader& header, const Scorer& scorer, size_t errors) {
   const Counts& c = scorer.counts();
+  fprintf(out, ", \"paragraphs\": %ld", c.paragraphs);
   JsonPRF(out, "segmentation", c.correct_words, c.system_words, c.gold_words);
   if (!header.vocabulary.empty()) {
     fprintf(out,
@@ -127,8 +127,7 @@ void JsonScores(FILE* out, const ReportHeader& header, const Scorer& scorer, siz
 
 }  // namespace
 
-void PrintText(FILE* out, const ReportHeader& header, const std::vector<Run>& runs,
-               size_t errors) {
+void PrintText(FILE* out, const ReportHeader& header, const std::vector<Run>& runs, size_t errors) {
   fprintf(out, "gold: %s\n", header.gold.c_str());
   if (!header.vocabulary.empty()) {
     fprintf(out, "vocabulary: %zu words from %s\n", header.vocabulary_size,
@@ -145,8 +144,7 @@ void PrintText(FILE* out, const ReportHeader& header, const std::vector<Run>& ru
   }
 }
 
-void PrintJson(FILE* out, const ReportHeader& header, const std::vector<Run>& runs,
-               size_t errors) {
+void PrintJson(FILE* out, const ReportHeader& header, const std::vector<Run>& runs, size_t errors) {
   fprintf(out, "{\"gold\": %s", Quote(header.gold).c_str());
   if (!header.vocabulary.empty()) {
     fprintf(out, ", \"vocabulary\": %s, \"vocabulary_words\": %zu",
@@ -156,8 +154,7 @@ void PrintJson(FILE* out, const ReportHeader& header, const std::vector<Run>& ru
   for (size_t i = 0; i < runs.size(); ++i) {
     const Run& run = runs[i];
     fprintf(out, "%s\n    {\"name\": %s, \"bytes\": %ld, \"seconds\": %.4f, \"mb_per_s\": %.4f",
-            i ? "," : "", Quote(run.name).c_str(), run.bytes, run.seconds,
-            MegabytesPerSecond(run));
+            i ? "," : "", Quote(run.name).c_str(), run.bytes, run.seconds, MegabytesPerSecond(run));
     if (run.scorer) JsonScores(out, header, *run.scorer, errors);
     fprintf(out, "}");
   }

@@ -26,10 +26,8 @@ struct ReportHeader {
   bool tagged_gold = true;  // false for plain segmented gold
 };
 
-void PrintText(FILE* out, const ReportHeader& header, const std::vector<Run>& runs,
-               size_t errors);
-void PrintJson(FILE* out, const ReportHeader& header, const std::vector<Run>& runs,
-               size_t errors);
+void PrintText(FILE* out, const ReportHeader& header, const std::vector<Run>& runs, size_t errors);
+void PrintJson(FILE* out, const ReportHeader& header, const std::vector<Run>& runs, size_t errors);
 
 }  // namespace eval
 

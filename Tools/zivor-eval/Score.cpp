@@ -43,8 +43,8 @@ std::set<Span> NameSpans(const std::vector<Word>& words) {
 
 const char* ErrorKindName(ErrorKind kind) {
   static const char* const kNames[kErrorKinds] = {
-      "gold word split", "gold words joined", "crossing boundaries",
-      "tag gold -> system (refined)", "missed name", "false name"};
+      "gold word split", "gold words joined", "crossing boundaries", "tag gold -> system (refined)",
+      "missed name",     "false name"};
   return kNames[kind];
 }
 
@@ -73,7 +73,7 @@ void Scorer::Add(const GoldParagraph& gold, const std::vector<SystemWord>& syste
   counts_.gold_words += static_cast<long>(gold.words.size());
   counts_.system_words += static_cast<long>(system.size());
   ScoreWords(gold, system);
-  ScoreNames(gold, system);
+  if (gold.tagged) ScoreNames(gold, system);
   CollectSegmentErrors(gold, system);
 }
 
@@ -88,7 +88,7 @@ void Scorer::ScoreWords(const GoldParagraph& gold, const std::vector<SystemWord>
     if (found == by_start.end() || found->second->end != word.end) continue;
     ++counts_.correct_words;
     counts_.oov_correct += oov;
-    if (word.refined.empty()) continue;
+    if (!gold.tagged) continue;
     const SystemWord& guess = *found->second;
     ++counts_.tag_scored;
     counts_.coarse_correct += word.coarse == guess.coarse;
@@ -145,8 +145,7 @@ void Scorer::CollectSegmentErrors(const GoldParagraph& gold,
     const ErrorKind kind = gold_count == 1 && system_count > 1   ? kSplit
                            : gold_count > 1 && system_count == 1 ? kJoined
                                                                  : kCrossed;
-    errors_[kind].Add(Words(gold.text, words, i0, i) + "  =>  " +
-                          Words(gold.text, system, j0, j),
+    errors_[kind].Add(Words(gold.text, words, i0, i) + "  =>  " + Words(gold.text, system, j0, j),
                       "");
   }
 }

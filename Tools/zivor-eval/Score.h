@@ -21,7 +21,7 @@ struct Counts {
   long correct_words = 0;  // same span on both sides
   long oov_words = 0;      // gold words outside the vocabulary
   long oov_correct = 0;
-  long tag_scored = 0;     // correct words whose gold word carries a tag
+  long tag_scored = 0;  // correct words whose gold word carries a tag
   long refined_correct = 0;
   long coarse_correct = 0;
   long gold_names = 0;

@@ -34,12 +34,10 @@ bool ReadVocabulary(const Options& options, Vocabulary* vocabulary, ReportHeader
     header->vocabulary = options.vocab;
     if (!ReadVocabularyFile(options.vocab, vocabulary)) return false;
   } else if (!options.train.empty()) {
-    header->vocabulary = options.train;
-    header->vocabulary += options.exclude.empty()
-                              ? " (all days)"
-                              : " without days " + (options.exclude_text.empty()
-                                                        ? options.days_text
-                                                        : options.exclude_text);
+    const std::string& excluded =
+        options.exclude_text.empty() ? options.days_text : options.exclude_text;
+    header->vocabulary =
+        options.train + (options.exclude.empty() ? " (all days)" : " without days " + excluded);
     if (!CollectVocabulary(options.train, options.exclude, vocabulary)) return false;
   }
   header->vocabulary_size = vocabulary->size();

@@ -1,0 +1,148 @@
+// Tests of zivor-eval on the mini data set with tiny gold files whose figures
+// can be counted by hand from tests/data/mini/lexicon.txt: 北京大学 is one
+// dictionary word, 次 is qv there, and the name recogniser finds 王伟 and 李明
+// (without it they stay 王/nr1 伟/nr2 and 李/nr1 明/nr2).
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "MiniData.h"
+#include "TestUtil.h"
+
+namespace {
+
+using testutil::Gbk;
+using Fractions = std::vector<std::pair<long, long>>;
+
+// Day 25: 15 gold words (王伟 merged) against 15 system words, all correct
+// but 次 (q, refined q, against qv); 7 gold words with 北京 大学 joined.
+// Day 1: 5 words, all correct.
+const char* const kGold[] = {
+    "19980125-01-001-001/m  记者/n  王/nr  伟/nr  报道/v  ：/w  今天/t  上午/t  ，/w  北京/ns  "
+    "举行/v  了/u  一/m  次/q  重要/a  会议/n  。/w  ",
+    "19980125-01-001-002/m  他/r  是/v  [北京/ns  大学/n]nt  的/u  学生/n  。/w",
+    "19980101-01-001-001/m  李/nr  明/nr  在/p  北京/ns  学习/v  。/w",
+};
+
+class ZivorEvalTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    data_ = new testutil::TempDir;
+    ASSERT_TRUE(testutil::BuildMiniData(data_->path()));
+  }
+  static void TearDownTestSuite() { delete data_; }
+
+  // A GBK file in the scratch directory made of UTF-8 lines.
+  std::string File(const std::string& name, const std::vector<std::string>& lines) const {
+    testutil::WriteFile(work_.File(name), Gbk(testutil::Lines(lines)));
+    return work_.File(name);
+  }
+  std::string GoldFile() const { return File("gold.txt", {kGold[0], kGold[1], kGold[2]}); }
+
+  // Runs the tool on the mini data; standard output in `out_`.
+  int Run(const std::vector<std::string>& args) {
+    std::string command =
+        "cd '" + work_.path() + "' && '" ZIVOR_EVAL_TOOL "' -d '" + data_->path() + "'";
+    for (const std::string& arg : args) command += " '" + arg + "'";
+    command += " > out.txt 2> err.txt";
+    const int status = system(command.c_str());
+    out_ = testutil::ReadFileBytes(work_.File("out.txt"));
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+  // The "(a/b)" figures of the line starting with `label` in run `run`
+  // (0 the first "== ... ==" section).
+  Fractions Figures(const std::string& label, int run = 0) const {
+    size_t pos = out_.find("\n== ");
+    for (int i = 0; i < run && pos != std::string::npos; ++i) pos = out_.find("\n== ", pos + 1);
+    const std::string section =
+        pos == std::string::npos ? "" : out_.substr(pos, out_.find("\n== ", pos + 1) - pos);
+    pos = section.find("\n" + label + " ");
+    Fractions figures;
+    if (pos == std::string::npos) return figures;
+    const std::string line = section.substr(pos + 1, section.find('\n', pos + 1) - pos - 1);
+    long a = 0, b = 0;
+    for (size_t p = line.find('('); p != std::string::npos; p = line.find('(', p + 1)) {
+      if (sscanf(line.c_str() + p, "(%ld/%ld)", &a, &b) == 2) figures.emplace_back(a, b);
+    }
+    return figures;
+  }
+
+  static testutil::TempDir* data_;
+  testutil::TempDir work_;
+  std::string out_;
+};
+
+testutil::TempDir* ZivorEvalTest::data_ = nullptr;
+
+TEST_F(ZivorEvalTest, ScoresSegmentationTagsNamesAndOov) {
+  const std::string vocab = File("vocab.txt", {"记者", "报道", " 。", "北京"});
+  ASSERT_EQ(0, Run({GoldFile(), "--vocab", vocab, "--errors", "5"}));
+  EXPECT_EQ((Fractions{{25, 26}, {25, 27}}), Figures("segmentation"));
+  // In the vocabulary: 记者 报道 北京×3 。×3; out: 19, all correct but 大学.
+  EXPECT_EQ((Fractions{{19, 27}, {18, 19}, {7, 8}}), Figures("OOV"));
+  // Refined tags of 他 是 了 的 ， 。 agree only through the refinement.
+  EXPECT_EQ((Fractions{{24, 25}, {25, 25}}), Figures("tags"));
+  EXPECT_EQ((Fractions{{2, 2}, {2, 2}}), Figures("names"));
+  EXPECT_NE(std::string::npos, out_.find(Gbk("北京 大学  =>  北京大学")));
+  EXPECT_NE(std::string::npos, out_.find(Gbk("q -> qv   e.g. 次")));
+}
+
+TEST_F(ZivorEvalTest, DaysSelectParagraphsAndTrainingVocabularyLeavesThemOut) {
+  // The vocabulary is day 1: 李明 在 北京 学习 。
+  ASSERT_EQ(0, Run({GoldFile(), "--days", "25", "--train", GoldFile()}));
+  EXPECT_NE(std::string::npos, out_.find("vocabulary: 5 words"));
+  EXPECT_EQ((Fractions{{20, 21}, {20, 22}}), Figures("segmentation"));
+  EXPECT_EQ((Fractions{{18, 22}, {17, 18}, {3, 4}}), Figures("OOV"));
+  ASSERT_EQ(0, Run({GoldFile(), "--days", "2-24,26"}));
+  EXPECT_EQ((Fractions{{0, 0}, {0, 0}}), Figures("segmentation"));
+}
+
+TEST_F(ZivorEvalTest, NamesMatchByExactSpanWithAndWithoutRecognition) {
+  const std::string gold = File("names.txt", {"19980125-01-001-001/m  记者/n  王伟/nz  报道/v",
+                                              "19980101-01-001-001/m  李/nr  明/nr  在/p"});
+  ASSERT_EQ(0, Run({gold, "--no-person", "--no-tags", "--errors", "9"}));
+  EXPECT_EQ((Fractions{{1, 2}, {1, 1}}), Figures("names"));  // 王伟 is no gold name
+  EXPECT_EQ((Fractions{{5, 5}, {5, 5}}), Figures("segmentation"));
+  EXPECT_TRUE(Figures("segmentation", 1).empty());  // the timed pass is not scored
+  // Recognition off: 王 伟 李 明 are four nr words and 李明 is missed.
+  EXPECT_EQ((Fractions{{0, 4}, {0, 1}}), Figures("names", 2));
+  EXPECT_EQ((Fractions{{3, 7}, {3, 5}}), Figures("segmentation", 2));
+  EXPECT_NE(std::string::npos, out_.find(Gbk("李明  =>  李 明")));
+}
+
+TEST_F(ZivorEvalTest, PlainSegmentedTextScoresSegmentationOnly) {
+  const std::string text =
+      File("plain.txt", {"记者  王伟 报道", "", "他\t是 北京 大学 的 学生 。"});
+  ASSERT_EQ(0, Run({"--segmented", text}));
+  EXPECT_EQ((Fractions{{8, 9}, {8, 10}}), Figures("segmentation"));
+  EXPECT_TRUE(Figures("tags").empty());
+  EXPECT_TRUE(Figures("names").empty());
+}
+
+TEST_F(ZivorEvalTest, MalformedGoldAndBadCommandLines) {
+  const std::string junk =
+      File("junk.txt", {"19980125-01-001-001/m  ]nt  [  /n  词/  //w  [北京/ns", "/m", "[", "//",
+                        "记者/n  报道/v]"});
+  ASSERT_EQ(0, Run({junk}));
+  EXPECT_EQ(2u, Figures("segmentation").size());
+  const std::string gold = GoldFile();
+  for (const auto& args :
+       std::vector<std::vector<std::string>>{{work_.File("absent.txt")},
+                                             {gold, "--segmented", gold},
+                                             {gold, "--days", "26-25"},
+                                             {gold, "--errors"},
+                                             {gold, "--vocab", gold, "--train", gold},
+                                             {gold, "--exclude-days", "3"},
+                                             {gold, "--bogus"},
+                                             {gold, "-d", work_.path()}}) {
+    EXPECT_NE(0, Run(args)) << args.back();
+  }
+}
+
+}  // namespace
