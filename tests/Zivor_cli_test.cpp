@@ -1,5 +1,3 @@
-// Tests of the zivor command on the mini data set: its output agrees with the
-// library called directly, its options, and its failures.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
@@ -83,26 +81,20 @@ std::string Input() {
   return input;
 }
 
-TEST_F(ZivorCliTest, PrintsTheLibrarysResultForEveryLine) {
+TEST_F(ZivorCliTest, PrintsTheLibrarysResultForEveryLineAtTheChosenMapLevel) {
   for (const bool tags : {true, false}) {
-    const CliRun run = Run(WithData(tags ? std::vector<std::string>{}
-                                         : std::vector<std::string>{"--no-tags"}),
-                           Input());
+    const CliRun run = Run(WithData(tags ? std::vector<std::string>{} : std::vector<std::string>{"--no-tags"}), Input());
     ASSERT_EQ(0, run.status) << run.err;
     EXPECT_EQ("", run.err);
     std::string expected;
-    for (const char* sentence : kSentences) {
+    for (const char* sentence : kSentences)
       expected += std::string(ZIVOR_ParagraphProcess(Gbk(sentence).c_str(), tags)) + "\n";
-    }
     EXPECT_EQ(Utf8(expected), Utf8(run.out));
   }
   EXPECT_EQ("中国/ns 人民/n 热爱/v 和平/n 。/wj ", Utf8(SplitLines(Run(WithData({}), Input()).out)[0]));
-}
-
-TEST_F(ZivorCliTest, MapLevelChoosesTheTagNames) {
-  const CliRun run = Run(WithData({"--map", "1"}), Input());
-  ASSERT_EQ(0, run.status) << run.err;
-  EXPECT_EQ("中国/n 人民/n 热爱/v 和平/n 。/w ", Utf8(SplitLines(run.out)[0]));
+  const CliRun mapped = Run(WithData({"--map", "1"}), Input());
+  ASSERT_EQ(0, mapped.status) << mapped.err;
+  EXPECT_EQ("中国/n 人民/n 热爱/v 和平/n 。/w ", Utf8(SplitLines(mapped.out)[0]));
 }
 
 TEST_F(ZivorCliTest, RecordsMatchTheLibrarysRecords) {
@@ -168,8 +160,7 @@ TEST_F(ZivorCliTest, FailedInitialisationPointsAtTheLog) {
   const CliRun run = Run({"-d", work_.File("nowhere")}, Input());
   EXPECT_EQ(1, run.status);
   EXPECT_EQ("", run.out);
-  EXPECT_NE(std::string::npos, run.err.find("cannot initialise from " + work_.File("nowhere/Data")))
-      << run.err;
+  EXPECT_NE(std::string::npos, run.err.find("cannot initialise from " + work_.File("nowhere/Data"))) << run.err;
   const std::string log = work_.File(LogFileName(nullptr));
   EXPECT_NE(std::string::npos, run.err.find(log)) << run.err;
   EXPECT_NE(std::string::npos, testutil::ReadFileBytes(log).find("Cannot Open Configure file"));
