@@ -24,9 +24,7 @@ struct Imported {
   CWordList list;
 
   Imported() {
-    testutil::WriteFile(
-        dir.File("dict.txt"),
-        testutil::Lines({Gbk("中国"), Gbk("人民"), Gbk("中华人民共和国"), Gbk("北京"), "abc"}));
+    testutil::WriteFile(dir.File("dict.txt"), testutil::Lines({Gbk("中国"), Gbk("人民"), Gbk("中华人民共和国"), Gbk("北京"), "abc"}));
     dict->SetImportProgress(false);
     EXPECT_EQ(dict->Import(dir.File("dict.txt").c_str()), 5);
     testutil::WriteFile(dir.File("words.txt"), "\xEF\xBB\xBF" + Gbk("中国") + "\n" + Gbk("人民") +
@@ -49,9 +47,8 @@ void ExpectWords(const CWordList& list, const Imported& t) {
   EXPECT_EQ(list.GetWord(t.Handle("中华人民共和国")), nullptr);
   const int bound = list.GetBound();
   EXPECT_GE(bound, t.dict->GetLowerBound());
-  for (int handle : {-2147483647 - 1, -1, 0, bound, bound + 1, 2147483647}) {
+  for (int handle : {-2147483647 - 1, -1, 0, bound, bound + 1, 2147483647})
     EXPECT_EQ(list.GetWord(handle), nullptr) << handle;
-  }
   const char* last = list.GetWord(bound - 1);
   EXPECT_TRUE(last == nullptr || t.dict->Find(last) == bound - 1);
 }
@@ -64,29 +61,22 @@ TEST(WordListTest, ImportSaveAndLoadKeepTheLayout) {
   const int bound = t.list.GetBound();
   const std::string bytes = testutil::ReadFileBytes(path);
   ASSERT_EQ(bytes.size(), 8u + 4 * (bound + 1) + 4 + kDataSize);
-  const auto* b = reinterpret_cast<const unsigned char*>(bytes.data());
-  EXPECT_EQ(LoadLE32(b), kWords);
-  EXPECT_EQ(LoadLE32(b + 4), bound);
-  EXPECT_EQ(LoadLE32(b + 8 + 4 * t.Handle("中国")), 0);
-  EXPECT_EQ(LoadLE32(b + 8 + 4 * (bound + 1)), kDataSize);
+  const auto at = [&bytes](size_t offset) { return LoadLE32((const unsigned char*)bytes.data() + offset); };
+  EXPECT_EQ(std::vector<int>({at(0), at(4), at(8 + 4 * t.Handle("中国")), at(8 + 4 * (bound + 1))}),
+            std::vector<int>({kWords, bound, 0, kDataSize}));
   EXPECT_EQ(bytes.substr(bytes.size() - kDataSize, 5), Gbk("中国") + '\0');
 
   // The data tool writes the same file, and Load reads it back.
   ASSERT_TRUE(t.dict->Save(t.dir.File("d.pdat").c_str()));
   std::string out;
-  ASSERT_EQ(
-      testutil::RunDataTool(
-          {"wordlist", t.dir.File("d.pdat"), t.dir.File("words.txt"), t.dir.File("d.wl")}, &out),
-      0);
+  ASSERT_EQ(testutil::RunDataTool({"wordlist", t.dir.File("d.pdat"), t.dir.File("words.txt"), t.dir.File("d.wl")}, &out), 0);
   EXPECT_NE(out.find("Line 1:" + Gbk("中国") + "\n"), std::string::npos) << out;
   EXPECT_EQ(testutil::ReadFileBytes(t.dir.File("d.wl")), bytes);
   CWordList loaded;
   ASSERT_TRUE(loaded.Load(t.dir.File("d.wl").c_str()));
   ExpectWords(loaded, t);
-  ASSERT_EQ(testutil::RunDataTool({"export", "wordlist", t.dir.File("d.wl"), t.dir.File("d.txt")}),
-            0);
-  EXPECT_NE(testutil::ReadFileBytes(t.dir.File("d.txt"))
-                .find(std::to_string(t.Handle("abc")) + "\tABC\n"),
+  ASSERT_EQ(testutil::RunDataTool({"export", "wordlist", t.dir.File("d.wl"), t.dir.File("d.txt")}), 0);
+  EXPECT_NE(testutil::ReadFileBytes(t.dir.File("d.txt")).find(std::to_string(t.Handle("abc")) + "\tABC\n"),
             std::string::npos);
   CWordList empty;
   ASSERT_TRUE(empty.Save(path.c_str()));
@@ -104,22 +94,15 @@ TEST(WordListTest, LoadRejectsDamagedFilesAndKeepsThePreviousList) {
   const size_t sizeField = 8 + 4 * (bound + 1), first = 8 + 4 * size_t(t.Handle("中国"));
   auto with = [&good](size_t at, int value) {
     std::string bytes = good;
-    StoreLE32(reinterpret_cast<unsigned char*>(&bytes[at]), value);
+    StoreLE32((unsigned char*)&bytes[at], value);
     return bytes;
   };
   std::vector<std::string> damaged;
   for (size_t cut = 0; cut < good.size(); ++cut) damaged.push_back(good.substr(0, cut));
-  for (const auto& [at, value] : std::vector<std::pair<size_t, int>>{{0, -1},
-                                                                     {4, -1},
-                                                                     {4, 0x7fffffff},
-                                                                     {4, int(bound) + 1},
-                                                                     {sizeField, -1},
-                                                                     {sizeField, 0x7fffffff},
-                                                                     {first, kDataSize},
-                                                                     {first, -2},
-                                                                     {8 + 4 * bound, 1000}}) {
+  for (const auto& [at, value] : std::vector<std::pair<size_t, int>>{
+           {0, -1}, {4, -1}, {4, 0x7fffffff}, {4, int(bound) + 1}, {sizeField, -1},
+           {sizeField, 0x7fffffff}, {first, kDataSize}, {first, -2}, {8 + 4 * bound, 1000}})
     damaged.push_back(with(at, value));
-  }
   damaged.push_back(good.substr(0, good.size() - 1) + "x");  // the last word loses its NUL
   for (size_t i = 0; i < damaged.size(); ++i) {
     testutil::WriteFile(t.dir.File("bad"), damaged[i]);
