@@ -1,0 +1,333 @@
+// zivor-data model: trains every data file of the analyser from the
+// annotated corpus.
+//
+// Reads the corpus into the token stream the analyser sees (ModelCorpus),
+// counts words, word pairs, tags and tag transitions per sentence with the
+// sentence markers around it, builds the core dictionary, unigram and bigram
+// tables, then segments every training sentence with those tables to count
+// person-name roles (ModelRoles). Every binary is written by the analyser's
+// own importers from text written to a temporary directory; all counts are
+// kept in ordered maps, so the same corpus gives the same bytes.
+#include <stdlib.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "Command.h"
+#include "Corpus.h"
+#include "ModelCorpus.h"
+#include "ModelRoles.h"
+#include "ModelTags.h"
+#include "Utility/Bigram.h"
+#include "Utility/Charset.h"
+#include "Utility/ContextStat.h"
+#include "Utility/FSA.h"
+#include "Utility/PDAT.h"
+#include "Utility/POS.h"
+#include "Utility/POSmap.h"
+#include "Utility/Unigram.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using TagCounts = std::map<unsigned char, int>;
+using Transitions = std::map<std::pair<unsigned char, unsigned char>, int>;
+
+struct WordCounts {
+  std::map<std::string, int> unigrams;
+  std::map<std::string, int> bigrams;  // "word1@word2"
+  std::map<std::string, TagCounts> tags;
+  Transitions transitions;
+};
+
+// A scratch directory for the text forms, removed with its contents.
+class TempDir {
+ public:
+  TempDir() {
+    char name[] = "/tmp/zivor-model-XXXXXX";
+    if (mkdtemp(name) != nullptr) path_ = name;
+  }
+  ~TempDir() {
+    std::error_code ignored;
+    if (!path_.empty()) fs::remove_all(path_, ignored);
+  }
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+  bool ok() const { return !path_.empty(); }
+  std::string File(const char* name) const { return path_ + "/" + name; }
+
+ private:
+  std::string path_;
+};
+
+int Fail(const std::string& message) {
+  fprintf(stderr, "zivor-data model: %s\n", message.c_str());
+  return 1;
+}
+
+bool ParseDayRange(const std::string& range, int* first, int* last) {
+  if (range.empty()) return true;
+  const int fields = sscanf(range.c_str(), "%d-%d", first, last);
+  if (fields == 1) *last = *first;
+  return fields >= 1 && *first <= *last;
+}
+
+int DayOf(const std::string& paragraph_id) {
+  return paragraph_id.size() >= 8 ? atoi(paragraph_id.substr(6, 2).c_str()) : 0;
+}
+
+// The words every dictionary holds whatever the corpus: the fixed words, so
+// that every pseudo-word has a handle, and every GB2312 Chinese character as
+// a word of its own, so that every Chinese atom has one.
+std::set<std::string> BaseWords() {
+  std::set<std::string> words;
+  for (const FixedWord& fixed : FixedWords()) words.insert(fixed.word);
+  for (int lead = 0xB0; lead <= 0xF7; ++lead) {
+    for (int trail = 0xA1; trail <= 0xFE; ++trail) {
+      words.insert(std::string{static_cast<char>(lead), static_cast<char>(trail)});
+    }
+  }
+  return words;
+}
+
+// Builds the dictionary of `words` through its importer: handle i + 1 for
+// the i-th word. Fails unless every word is found under its own handle.
+bool BuildDictionary(const std::vector<std::string>& words, const std::string& list_path,
+                     CPDAT* dict) {
+  FILE* fp = fopen(list_path.c_str(), "wb");
+  if (fp == nullptr) return false;
+  for (const std::string& word : words) fprintf(fp, "%s\n", word.c_str());
+  dict->SetImportProgress(false);
+  if (fclose(fp) != 0 || dict->Import(list_path.c_str()) != static_cast<int>(words.size())) {
+    return false;
+  }
+  for (size_t i = 0; i < words.size(); ++i) {
+    if (dict->Find(words[i].c_str()) != static_cast<int>(i) + 1) {
+      fprintf(stderr, "zivor-data model: the dictionary does not find \"%s\"\n",
+              words[i].c_str());
+      return false;
+    }
+  }
+  return true;
+}
+
+void CountSentence(const ModelSentence& sentence, unsigned char begin_tag, unsigned char end_tag,
+                   WordCounts* counts) {
+  const std::string* previous = nullptr;
+  unsigned char previous_tag = begin_tag;
+  const std::string start = FixedWordText(&gSent_StartID);
+  const std::string end = FixedWordText(&gSent_EndID);
+  auto visit = [&](const std::string& word, unsigned char tag) {
+    ++counts->unigrams[word];
+    ++counts->tags[word][tag];
+    if (previous != nullptr) {
+      // The bigram importer splits a pair at its first '@'.
+      if (previous->find('@') == std::string::npos) ++counts->bigrams[*previous + "@" + word];
+      ++counts->transitions[{previous_tag, tag}];
+    }
+    previous = &word;
+    previous_tag = tag;
+  };
+  visit(start, begin_tag);
+  for (const ModelToken& token : sentence.tokens) visit(token.word, token.tag);
+  visit(end, end_tag);
+}
+
+bool WriteLines(const std::string& path, const std::vector<std::string>& lines) {
+  FILE* fp = fopen(path.c_str(), "wb");
+  if (fp == nullptr) return false;
+  for (const std::string& line : lines) fprintf(fp, "%s\n", line.c_str());
+  return fclose(fp) == 0;
+}
+
+std::string Line(const std::string& word, int a, int b) {
+  return word + " " + std::to_string(a) + " " + std::to_string(b);
+}
+
+std::string Line(const std::string& word, int count) { return word + " " + std::to_string(count); }
+
+int RunModel(const std::vector<std::string>& raw);
+
+const DataCommand kModel{
+    "model", "model --corpus FILE... --out DIR [--exclude-days D1-D2]",
+    "every trained data file of DIR (which must hold charset.type and ZIVOR.map) from the "
+    "annotated corpus",
+    RunModel};
+
+class ModelBuilder {
+ public:
+  ModelBuilder(const std::string& out, const TempDir& temp) : out_(out), temp_(temp) {}
+
+  int Run(const std::vector<std::string>& corpora, int first_day, int last_day);
+
+ private:
+  std::string Out(const char* name) const { return out_ + "/" + name; }
+  bool ReadCorpus(const std::vector<std::string>& corpora, int first_day, int last_day);
+  bool WriteWordTables();
+  bool WriteTagTables();
+  bool WriteRoleTables();
+  bool SaveContext(const CContextStat& stat, const char* name) const;
+
+  const std::string out_;
+  const TempDir& temp_;
+  CCharset charset_;
+  CPOSmap map_;
+  CPDAT dict_;
+  CUnigram unigram_;
+  CBigram bigram_;
+  std::vector<std::string> words_;  // by handle - 1
+  std::vector<ModelSentence> sentences_;
+  WordCounts counts_;
+};
+
+int ModelBuilder::Run(const std::vector<std::string>& corpora, int first_day, int last_day) {
+  if (!charset_.Load(Out("charset.type").c_str())) return Fail("cannot read " + Out("charset.type"));
+  if (!map_.Load(Out("ZIVOR.map").c_str())) return Fail("cannot read " + Out("ZIVOR.map"));
+  if (!ReadCorpus(corpora, first_day, last_day)) return 1;
+  if (!WriteWordTables()) return Fail("cannot build the dictionary and word tables");
+  if (!WriteTagTables()) return Fail("cannot build the tag lexicon and statistics");
+  if (!WriteRoleTables()) return Fail("cannot build the person-name tables");
+  printf("%zu sentences, %zu words, %zu pairs, %d tokens\n", sentences_.size(), words_.size(),
+         counts_.bigrams.size(), unigram_.GetTotalFreq());
+  return 0;
+}
+
+bool ModelBuilder::ReadCorpus(const std::vector<std::string>& corpora, int first_day,
+                              int last_day) {
+  // Class atoms are recognised against the dictionary of base words only,
+  // where no multi-character number or time is a word.
+  const std::set<std::string> base = BaseWords();
+  CPDAT base_dict;
+  if (!BuildDictionary({base.begin(), base.end()}, temp_.File("base.txt"), &base_dict)) {
+    return Fail("cannot build the base dictionary"), false;
+  }
+  ResolveFixedWords(base_dict);
+  const TagRefiner tags(map_);
+  ModelCorpusReader reader(tags, &charset_, &base_dict);
+  for (const std::string& corpus : corpora) {
+    const bool opened = ForEachCorpusParagraph(corpus, [&](const CorpusParagraph& paragraph) {
+      const int day = DayOf(paragraph.id);
+      if (day < first_day || day > last_day) reader.Add(paragraph, &sentences_);
+    });
+    if (!opened) return Fail("cannot open " + corpus), false;
+  }
+  const unsigned char begin = tags.Id("begin"), end = tags.Id("end");
+  for (const ModelSentence& sentence : sentences_) CountSentence(sentence, begin, end, &counts_);
+  return true;
+}
+
+// Core dictionary: the base words and every counted word, in byte order.
+// Unigram table: a line for every word, 0 for the characters the corpus
+// does not use, and the line of one such word repeated, because the table
+// answers only handles below its number of lines and the highest handle
+// must be answered.
+bool ModelBuilder::WriteWordTables() {
+  std::set<std::string> words = BaseWords();
+  for (const auto& entry : counts_.unigrams) words.insert(entry.first);
+  words_.assign(words.begin(), words.end());
+  if (!BuildDictionary(words_, temp_.File("words.txt"), &dict_) ||
+      !dict_.Save(Out("CoreDict.pdat").c_str())) {
+    return false;
+  }
+  ResolveFixedWords(dict_);
+  std::vector<std::string> lines;
+  for (const std::string& word : words_) {
+    const auto found = counts_.unigrams.find(word);
+    lines.push_back(Line(word, found != counts_.unigrams.end() ? found->second : 0));
+  }
+  const auto unused = std::find_if(words_.begin(), words_.end(), [&](const std::string& word) {
+    return counts_.unigrams.count(word) == 0;
+  });
+  if (unused == words_.end()) return false;
+  lines.push_back(Line(*unused, 0));
+  std::vector<std::string> pairs;
+  for (const auto& [pair, count] : counts_.bigrams) pairs.push_back(Line(pair, count));
+  return WriteLines(temp_.File("unigrams.txt"), lines) &&
+         unigram_.Import(temp_.File("unigrams.txt").c_str(), &dict_) > 0 &&
+         unigram_.Save(Out("CoreDict.unig").c_str()) && WriteLines(temp_.File("bigrams.txt"), pairs) &&
+         bigram_.Import(temp_.File("bigrams.txt").c_str(), &dict_) > 0 &&
+         bigram_.Save(Out("BiWord.big").c_str());
+}
+
+// Core tag lexicon: the counted tags of every word; a pseudo-word carries its
+// one tag only (its tokens were given it when read). A word the corpus never
+// shows, a character seen only inside person names or not at all, gets the
+// default tag n, which is what the tagger would give it anyway.
+bool ModelBuilder::WriteTagTables() {
+  std::vector<std::string> lines;
+  const int noun = map_.GetID("n");
+  for (const std::string& word : words_) {
+    const auto found = counts_.tags.find(word);
+    if (found == counts_.tags.end()) {
+      lines.push_back(Line(word, noun, 1));
+      continue;
+    }
+    for (const auto& [tag, count] : found->second) lines.push_back(Line(word, tag, count));
+  }
+  for (const FixedWord& fixed : FixedWords()) {
+    if (fixed.tag != nullptr && counts_.unigrams.count(fixed.word) == 0) {
+      lines.push_back(Line(fixed.word, map_.GetID(fixed.tag), 1));
+    }
+  }
+  CPOS lexicon;
+  CContextStat stat;
+  stat.SetSymbol(map_.GetItemCount());
+  for (const auto& [pair, count] : counts_.transitions) stat.Add(pair.first, pair.second, count);
+  return WriteLines(temp_.File("lexicon.txt"), lines) &&
+         lexicon.Import(temp_.File("lexicon.txt").c_str(), &dict_, nullptr) > 0 &&
+         lexicon.Save(Out("CoreDict.pos").c_str()) && SaveContext(stat, "ZIVOR.ctx");
+}
+
+bool ModelBuilder::WriteRoleTables() {
+  RoleTrainer trainer(&charset_, &dict_, &unigram_, &bigram_);
+  for (const ModelSentence& sentence : sentences_) trainer.Add(sentence);
+  std::vector<std::string> lines;
+  for (const auto& [key, count] : trainer.Lexicon()) {
+    lines.push_back(Line(words_[key.first - 1], key.second, count));
+  }
+  CPOS roles;
+  CContextStat stat;
+  stat.SetSymbol(kRoleCount);
+  trainer.AddTransitions(&stat);
+  CFSA automaton;
+  return WriteLines(temp_.File("roles.txt"), lines) &&
+         roles.Import(temp_.File("roles.txt").c_str(), &dict_, nullptr) > 0 &&
+         roles.Save(Out("nr.role").c_str()) && SaveContext(stat, "nr.ctx") &&
+         WriteNameAutomaton(temp_.File("nr_fsa.txt")) &&
+         automaton.Import(temp_.File("nr_fsa.txt").c_str()) &&
+         automaton.Save(Out("nr.fsa").c_str());
+}
+
+// Saving also writes a readable table beside the binary; it is not shipped.
+bool ModelBuilder::SaveContext(const CContextStat& stat, const char* name) const {
+  if (!stat.Save(Out(name).c_str(), map_)) return false;
+  std::error_code ignored;
+  fs::remove(Out(name) + ".shw", ignored);
+  return true;
+}
+
+int RunModel(const std::vector<std::string>& raw) {
+  const ArgList args(raw, {"--corpus", "--out", "--exclude-days"});
+  // "--corpus A B C": the first file is the option's value, the rest positional.
+  std::vector<std::string> corpora = args.positional();
+  if (!args.Option("--corpus").empty()) corpora.insert(corpora.begin(), args.Option("--corpus"));
+  int first_day = 0, last_day = -1;
+  if (!args.ok() || corpora.empty() || args.Option("--out").empty() ||
+      !ParseDayRange(args.Option("--exclude-days"), &first_day, &last_day)) {
+    return UsageError(kModel);
+  }
+  const TempDir temp;
+  if (!temp.ok()) return Fail("cannot create a temporary directory");
+  ModelBuilder builder(args.Option("--out"), temp);
+  return builder.Run(corpora, first_day, last_day);
+}
+
+}  // namespace
+
+ZIVOR_DATA_COMMAND(kModel);

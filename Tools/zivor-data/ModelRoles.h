@@ -1,0 +1,79 @@
+// ModelRoles.h: person-name roles of the words the segmenter produces for
+// the training sentences, and the automaton that accepts name patterns.
+//
+// The role inventory and the reasons for it are in Data/ROLES.md.
+#ifndef ZIVOR_TOOLS_MODEL_ROLES_H_
+#define ZIVOR_TOOLS_MODEL_ROLES_H_
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ModelCorpus.h"
+#include "Segment/PreProcess.h"
+#include "Segment/Segment.h"
+#include "Utility/Global.h"
+
+class CBigram;
+class CContextStat;
+class CUnigram;
+
+enum NameRole : unsigned char {
+  kRoleStart = 0,          // the sentence-start marker
+  kRoleEnd = 1,            // the sentence-end marker
+  kRoleSurname = 2,        // B: surname
+  kRoleGivenFirst = 3,     // C: first character of a two-character given name
+  kRoleGivenSecond = 4,    // D: second character of a two-character given name
+  kRoleGivenSingle = 5,    // E: a one-character given name
+  kRolePrefix = 6,         // F: 老 小 阿 before a name
+  kRoleSuffix = 7,         // G: 老 总 某 after a lone surname
+  kRoleBefore = 8,         // K: the word before a name
+  kRoleAfter = 9,          // L: the word after a name
+  kRoleBetween = 10,       // M: a word between two names
+  kRoleBeforeSurname = 11, // U: the word before fused with the surname
+  kRoleLastAfter = 12,     // V: the last given-name character fused with the word after
+  kRoleSurnameFirst = 13,  // X: surname fused with the first given-name character
+  kRoleSurnameGiven = 14,  // Y: surname fused with a one-character given name
+  kRoleGivenWhole = 15,    // Z: a two-character given name as one word
+  kRoleForeignFirst = 16,  // first piece of a transliterated name
+  kRoleForeignMiddle = 17, // inner piece of a transliterated name
+  kRoleForeignLast = 18,   // last piece of a transliterated name
+  kRoleOther = 22,         // none of these (the role tagger's default)
+  kRoleCount = 23,
+};
+
+// Segments training sentences with the analyser's own segmenter (person
+// recognition off) and counts the roles of the words it produces.
+class RoleTrainer {
+ public:
+  // The resources must outlive the trainer; the fixed words' handles must be
+  // those of `dict`.
+  RoleTrainer(CCharset* charset, CPDAT* dict, CUnigram* unigram, CBigram* bigram);
+
+  void Add(const ModelSentence& sentence);
+
+  // (handle, role) -> count, over every word with a dictionary handle.
+  const std::map<std::pair<int, unsigned char>, int>& Lexicon() const { return lexicon_; }
+  // Role-to-role transition counts.
+  void AddTransitions(CContextStat* stat) const;
+
+  // The roles of `path` (a segmented sentence with its markers, offsets into
+  // the sentence text) given the names of the sentence.
+  static std::vector<unsigned char> AssignRoles(const std::string& text,
+                                                const std::vector<word_t>& path,
+                                                const std::vector<ModelToken>& tokens);
+
+ private:
+  std::vector<word_t> Segment(const std::string& text);
+
+  CPreProcess atoms_;
+  CSegment segmenter_;
+  std::map<std::pair<int, unsigned char>, int> lexicon_;
+  std::map<std::pair<unsigned char, unsigned char>, int> transitions_;
+};
+
+// Writes the name automaton in the text form that CFSA::Import reads.
+bool WriteNameAutomaton(const std::string& path);
+
+#endif  // ZIVOR_TOOLS_MODEL_ROLES_H_
