@@ -224,29 +224,12 @@ int CMainSystem::ProcessAtom(const char* sLine, bool bPOStagged, bool bUserDict)
     while (pos < n && IsLineBlank(sLine[pos])) SetOutput(sLine, pos++, 1, -1, 1, false);
     if (pos >= n) break;
     const char* segment = sLine + pos;
-    const char* next = SegmentSentence(segment, n - pos);
+    const char* next = m_pPreProcess->FullSegment(segment);
     ProcessSegment(segment, pos, bPOStagged, bUserDict);
     if (next <= segment) break;  // nothing consumed; never loop on the same bytes
     pos += static_cast<int>(next - segment);
   }
   return m_nVecResultLen;
-}
-
-// Atom segmentation measures and sizes its buffers by the whole rest of the
-// text it is given, which would make a long line cost quadratic time. It is
-// therefore given a window of the line that ends well after the sentence; a
-// window that the sentence (or the look-ahead past its last atom) may run
-// out of is widened until it is the rest of the line.
-const char* CMainSystem::SegmentSentence(const char* pSegment, int nRemaining) {
-  constexpr int kFirstWindow = 4096;
-  constexpr int kLookAheadMargin = 64;
-  for (int window = kFirstWindow; window < nRemaining; window *= 4) {
-    m_sWindow.assign(pSegment, static_cast<size_t>(window));
-    const char* next = m_pPreProcess->FullSegment(m_sWindow.c_str());
-    const int consumed = static_cast<int>(next - m_sWindow.c_str());
-    if (consumed <= window - kLookAheadMargin) return pSegment + consumed;
-  }
-  return m_pPreProcess->FullSegment(pSegment);
 }
 
 // Sizes the buffers for a line of nLen bytes before any stage runs, so that

@@ -175,9 +175,6 @@ class CMainSystem {
   void ProcessSegment(const char* pSegment, int nOffset, bool bPOStagged,
                       bool bUserDict);
   void PrepareLineBuffers(int nLen, bool bTagged);
-  // Atoms and lattice of the sentence at the front of pSegment (nRemaining
-  // bytes to the end of the line); returns where the next sentence begins.
-  const char* SegmentSentence(const char* pSegment, int nRemaining);
 
   // Buffer growth: capacities only grow, never below what is asked for.
   bool ReserveResultText(int nBytes);
@@ -210,7 +207,6 @@ class CMainSystem {
                       std::string* pResult);
 
   pthread_cond_t m_idle;  // signalled when m_bProcessing is cleared
-  std::string m_sWindow;  // the front of a long line, for SegmentSentence
 };
 
 #endif  // ZIVOR_SYSTEM_MAINSYSTEM_H_
