@@ -29,9 +29,7 @@ std::string Fold(std::string s) {
 // Byte offsets where characters of s start, and s.size().
 std::vector<size_t> Boundaries(const std::string& s) {
   std::vector<size_t> at;
-  for (size_t i = 0; i < s.size(); i += ((unsigned char)s[i] >= 0x80 && i + 1 < s.size()) ? 2 : 1) {
-    at.push_back(i);
-  }
+  for (size_t i = 0; i < s.size(); i += ((unsigned char)s[i] >= 0x80 && i + 1 < s.size()) ? 2 : 1) at.push_back(i);
   at.push_back(s.size());
   return at;
 }
@@ -102,23 +100,17 @@ TEST_F(PDATCorpusTest, EveryWordFoundWithItsHandleAndFileSizeMatches) {
 
 TEST_F(PDATCorpusTest, NonWordsAreNotFound) {
   std::mt19937 rng(11);
-  const auto& words = words_;
   for (int i = 0; i < 20000; ++i) {
-    const std::string& a = words[rng() % words.size()];
-    const std::string& b = words[rng() % words.size()];
+    const std::string& a = words_[rng() % words_.size()];
+    const std::string& b = words_[rng() % words_.size()];
     const std::vector<size_t> cut = Boundaries(a);
-    for (const std::string& s : {a + b, a + b.substr(0, Boundaries(b)[1]),
-                                 a.substr(0, cut[cut.size() - 2])}) {
-      if (s.empty()) continue;
-      ASSERT_EQ(dict_->Find(s.c_str()), Expected(s)) << testutil::Utf8(s);
-    }
+    for (const std::string& s : {a + b, a + b.substr(0, Boundaries(b)[1]), a.substr(0, cut[cut.size() - 2])})
+      if (!s.empty()) ASSERT_EQ(dict_->Find(s.c_str()), Expected(s)) << testutil::Utf8(s);
   }
 }
 
 TEST_F(PDATCorpusTest, PrefixLookupsAgreeWithNaiveScan) {
-  unsigned int* handles = nullptr;
-  unsigned int* lengths = nullptr;
-  unsigned int capacity = 0, count = 0;
+  unsigned int *handles = nullptr, *lengths = nullptr, capacity = 0, count = 0;
   for (const std::string& sentence : sentences_) {
     const std::vector<size_t> at = Boundaries(sentence);
     for (size_t k = 0; k + 1 < at.size(); k += 1 + at.size() / 8) {
