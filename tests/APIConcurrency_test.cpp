@@ -36,10 +36,10 @@ struct Outcome {
 
 Outcome Analyse(const std::string& text) {
   Outcome outcome;
-  const char* tagged = ZIVOR_ParagraphProcess(text.c_str(), 1);
-  outcome.tagged = tagged != nullptr ? tagged : "(null)";
-  const char* plain = ZIVOR_ParagraphProcess(text.c_str(), 0);
-  outcome.plain = plain != nullptr ? plain : "(null)";
+  for (int tagged : {1, 0}) {
+    const char* result = ZIVOR_ParagraphProcess(text.c_str(), tagged);
+    (tagged ? outcome.tagged : outcome.plain) = result != nullptr ? result : "(null)";
+  }
   int count = 0;
   const result_t* records = ZIVOR_ParagraphProcessA(text.c_str(), &count, true);
   if (records != nullptr) outcome.records.assign(records, records + count);
@@ -51,14 +51,12 @@ Outcome Analyse(const std::string& text) {
 std::vector<std::string> Texts() {
   std::vector<std::string> texts;
   for (const char* utf8 :
-       {"中国人民热爱和平。", "他在北京大学学习经济。", "记者王伟报道",
-        "结婚的和尚未结婚的", "  他们 在 天津 参加 了 会议 。",
+       {"中国人民热爱和平。", "他在北京大学学习经济。", "记者王伟报道", "结婚的和尚未结婚的",
+        "  他们 在 天津 参加 了 会议 。",
         "我们要发展经济，提高人民的生活水平。\n新华社北京电。\r\n李明是北京大学的学生。",
-        "研究生在研究生命的起源。国务院总理刘强访问了上海。联合国表示，世界需要和平。"
-        "陈丽喜欢读书。她买了三本书。",
-        "第一\t1998年 abc123 “学习很重要。”——— 把书给我！", "一", ""}) {
+        "研究生在研究生命的起源。国务院总理刘强访问了上海。联合国表示，世界需要和平。陈丽喜欢读书。她买了三本书。",
+        "第一\t1998年 abc123 “学习很重要。”——— 把书给我！", "一", ""})
     texts.push_back(Gbk(utf8));
-  }
   std::string paragraph;
   for (int i = 0; i < 20; ++i) paragraph += Gbk("政府和企业都在研究这个问题。\n");
   texts.push_back(paragraph);
@@ -103,9 +101,8 @@ TEST_F(ApiConcurrencyTest, ThreadsGetTheSingleThreadedResults) {
   // found its instance busy.
   EXPECT_LE(g_vecWorker.size(), static_cast<size_t>(kThreads));
   std::vector<const CMainSystem*> instances;
-  for (unsigned int i = 0; i < g_nCopyMemSize; ++i) {
+  for (unsigned int i = 0; i < g_nCopyMemSize; ++i)
     if (g_vecZIVOR[i] != nullptr) instances.push_back(g_vecZIVOR[i]);
-  }
   EXPECT_EQ(g_vecWorker.size() + 1, instances.size());
   EXPECT_LE(instances.size(), static_cast<size_t>(kThreads + 1));
   for (const auto& worker : g_vecWorker) EXPECT_TRUE(worker->IsAvailable());
