@@ -27,11 +27,8 @@ std::vector<std::array<std::string, 4>> ShippedTagSet() {
     std::string id, cell;
     std::getline(cells, id, '|');
     std::array<std::string, 4> names;
-    for (std::string& name : names) {
-      std::getline(cells, cell, '|');
-      std::istringstream(cell) >> name;
-    }
-    if (std::stoi(id) != static_cast<int>(tags.size())) return {};
+    for (std::string& name : names) std::getline(cells, cell, '|'), std::istringstream(cell) >> name;
+    if (std::stoi(id) != int(tags.size())) return {};
     tags.push_back(names);
   }
   return tags;
@@ -70,9 +67,7 @@ TEST(POSmapTest, BlankLinesTakeNoIdAndOnlyTheFirstTokenCounts) {
   CPOSmap map;
   LoadMap(&map, dir, "\n  a comment after the name\n\t\n\r\nb\r\n   c\tx y\n\n");
   ASSERT_EQ(map.GetItemCount(), 3);
-  EXPECT_STREQ(map.GetPOS(0), "a");
-  EXPECT_STREQ(map.GetPOS(1), "b");
-  EXPECT_STREQ(map.GetPOS(2), "c");
+  for (int id = 0; id < 3; ++id) EXPECT_EQ(map.GetPOS(id), std::string(1, char('a' + id)));
   EXPECT_EQ(map.GetID("comment"), 255);
 }
 
@@ -92,12 +87,9 @@ TEST(POSmapTest, LookupsAroundTheCountAndByName) {
     EXPECT_EQ(map.GetPOS(id, buffer), 0) << id;
     EXPECT_STREQ(buffer, "un");
   }
-  EXPECT_EQ(map.GetID("V"), 1);  // first match, case ignored
-  EXPECT_EQ(map.GetID("ag"), 0);
-  EXPECT_EQ(map.GetID("VN"), 2);
-  EXPECT_EQ(map.GetID("vnx"), 255);
-  EXPECT_EQ(map.GetID(""), 255);
-  EXPECT_EQ(map.GetID(nullptr), 255);
+  // First match, case ignored.
+  const std::pair<const char*, int> ids[] = {{"V", 1}, {"ag", 0}, {"VN", 2}, {"vnx", 255}, {"", 255}, {nullptr, 255}};
+  for (const auto& [name, id] : ids) EXPECT_EQ(map.GetID(name), id) << (name ? name : "null");
   // A failed load keeps the table.
   EXPECT_FALSE(map.Load(dir.File("missing.map").c_str()));
   EXPECT_EQ(map.GetID("v"), 1);
@@ -107,9 +99,7 @@ TEST(POSmapTest, LongNamesAndLinesAreCutAndAtMost255NamesKept) {
   TempDir dir;
   CPOSmap map;
   const std::string gbk = testutil::Gbk("名");
-  LoadMap(&map, dir,
-          Lines({"abcdefghijklmnop", "abcdefgh" + gbk, "abcdefg" + gbk,
-                 "tail " + std::string(300, 'y'), "last"}));
+  LoadMap(&map, dir, Lines({"abcdefghijklmnop", "abcdefgh" + gbk, "abcdefg" + gbk, "tail " + std::string(300, 'y'), "last"}));
   ASSERT_EQ(map.GetItemCount(), 5);  // the tail of the long line is no tag
   EXPECT_STREQ(map.GetPOS(0), "abcdefghi");
   EXPECT_STREQ(map.GetPOS(1), "abcdefgh");  // no half character
