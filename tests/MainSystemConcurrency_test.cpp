@@ -1,5 +1,3 @@
-// Tests of analysis instances under several threads: instances sharing the
-// read-only resources, and calls that land on the same instance.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -21,9 +19,8 @@ std::vector<std::string> Texts() {
   std::vector<std::string> texts;
   for (const char* t : {"他是北京大学的学生。", "王伟是学生。经济发展很快", "abc@def.com 一个个 中国//人民",
                         "记者报道：今天上午，北京举行了一次重要会议。\n我们热爱和平。"
-                        "中国人民热爱和平。他在学习经济。"}) {
+                        "中国人民热爱和平。他在学习经济。"})
     texts.push_back(Gbk(t));
-  }
   return texts;
 }
 
@@ -42,7 +39,7 @@ TEST(MainSystemConcurrencyTest, InstancesSharingResourcesGiveSingleThreadResults
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([&, t] {
       for (int round = 0; round < 50; ++round) {
-        const size_t k = static_cast<size_t>(round + t) % texts.size();
+        const size_t k = size_t(round + t) % texts.size();
         if (expected[k] != systems[t]->Process(texts[k].c_str(), 1, true)) ++mismatches;
       }
     });
@@ -57,9 +54,7 @@ TEST(MainSystemConcurrencyTest, CallsOnOneInstanceRunOneAtATime) {
   auto sys = r->NewSystem();
   const std::vector<std::string> texts = Texts();
   std::vector<int> expected;
-  for (const std::string& text : texts) {
-    expected.push_back(sys->ProcessAtomEx(text.c_str(), true, true, false));
-  }
+  for (const std::string& text : texts) expected.push_back(sys->ProcessAtomEx(text.c_str(), true, true, false));
 
   std::atomic<int> mismatches{0};
   std::atomic<bool> done{false};
@@ -67,7 +62,7 @@ TEST(MainSystemConcurrencyTest, CallsOnOneInstanceRunOneAtATime) {
   for (int t = 0; t < 3; ++t) {
     threads.emplace_back([&, t] {
       for (int round = 0; round < 40; ++round) {
-        const size_t k = static_cast<size_t>(round * 3 + t) % texts.size();
+        const size_t k = size_t(round * 3 + t) % texts.size();
         if (sys->ProcessAtomEx(texts[k].c_str(), true, true, false) != expected[k]) ++mismatches;
         std::string scratch;
         sys->ProcessA(texts[k].c_str(), scratch, true, true, false);
