@@ -10,19 +10,18 @@
 namespace {
 
 TEST(GetXMLItemValueTest, ReadsRawTextBetweenElements) {
-  char value[kXMLValueSize];
-  EXPECT_TRUE(GetXMLItemValue("<Tagger>1</Tagger>", "Tagger", value));
-  EXPECT_STREQ(value, "1");
-  EXPECT_TRUE(GetXMLItemValue("<Tagger> 1 </Tagger>", "Tagger", value));
-  EXPECT_STREQ(value, " 1 ");
-  EXPECT_TRUE(GetXMLItemValue("<Tagger>on\nrest", "Tagger", value));
-  EXPECT_STREQ(value, "on\nrest");  // no closing element: the rest of the text
-  EXPECT_FALSE(GetXMLItemValue("<Other>1</Other>", "Tagger", value));
-  EXPECT_STREQ(value, "");
-  // Plain substring matching: an element whose name ends with the key matches
-  // too, and the value runs to the first "</POS" after it.
-  EXPECT_TRUE(GetXMLItemValue("<XPOS>7</XPOS><POS>1</POS>", "POS", value));
-  EXPECT_STREQ(value, "7</XPOS><POS>1");
+  // Plain substring matching: an element whose name ends with the key
+  // matches too, and the value runs to the first closing element after it;
+  // without one, to the end of the text.
+  const struct { const char *xml, *key; bool found; const char* value; } cases[] = {
+      {"<Tagger>1</Tagger>", "Tagger", true, "1"}, {"<Tagger> 1 </Tagger>", "Tagger", true, " 1 "},
+      {"<Tagger>on\nrest", "Tagger", true, "on\nrest"}, {"<Other>1</Other>", "Tagger", false, ""},
+      {"<XPOS>7</XPOS><POS>1</POS>", "POS", true, "7</XPOS><POS>1"}};
+  for (const auto& c : cases) {
+    char value[kXMLValueSize];
+    EXPECT_EQ(GetXMLItemValue(c.xml, c.key, value), c.found) << c.xml;
+    EXPECT_STREQ(value, c.value) << c.xml;
+  }
 }
 
 TEST(GetXMLItemValueTest, CutsValuesThatDoNotFit) {
@@ -84,8 +83,7 @@ TEST(StrLineTest, WalksNonBlankLinesAndRestores) {
 
 TEST(StrlwrTest, LowersAsciiOnly) {
   std::string text = "AbC" + testutil::Gbk("中Ａ") + "Z";
-  const std::string gbk_part = testutil::Gbk("中Ａ");
-  EXPECT_EQ(std::string(strlwr(text.data())), "abc" + gbk_part + "z");
+  EXPECT_EQ(std::string(strlwr(text.data())), "abc" + testutil::Gbk("中Ａ") + "z");
 }
 
 TEST(WriteLogTest, AppendsStampedLinesToTheDayFile) {
