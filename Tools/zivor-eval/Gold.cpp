@@ -5,63 +5,14 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "TagRefine.h"
-
 namespace eval {
 namespace {
 
-// Two-character surnames; GBK, one per entry.
-const char* const kCompoundSurnames[] = {
-    "\xc5\xb7\xd1\xf4",  // 欧阳
-    "\xcb\xbe\xc2\xed",  // 司马
-    "\xd6\xee\xb8\xf0",  // 诸葛
-    "\xc9\xcf\xb9\xd9",  // 上官
-    "\xcb\xbe\xcd\xbd",  // 司徒
-    "\xb6\xab\xb7\xbd",  // 东方
-    "\xbb\xca\xb8\xa6",  // 皇甫
-    "\xc4\xbd\xc8\xdd",  // 慕容
-    "\xc1\xee\xba\xfc",  // 令狐
-    "\xb9\xab\xcb\xef",  // 公孙
-    "\xcf\xc4\xba\xee",  // 夏侯
-    "\xb3\xa4\xcb\xef",  // 长孙
-    "\xd3\xee\xce\xc4",  // 宇文
-    "\xce\xbe\xb3\xd9",  // 尉迟
-    "\xb6\xcb\xc4\xbe",  // 端木
-    "\xb6\xc0\xb9\xc2",  // 独孤
-    "\xc4\xcf\xb9\xac",  // 南宫
-    "\xce\xf7\xc3\xc5",  // 西门
-    "\xd0\xf9\xd4\xaf",  // 轩辕
-    "\xcd\xf2\xd9\xb9",  // 万俟
-    "\xe5\xa3\xcc\xa8",  // 澹台
-    "\xb9\xab\xd2\xb1",  // 公冶
-    "\xc9\xea\xcd\xc0",  // 申屠
-    "\xcc\xab\xca\xb7",  // 太史
-};
+constexpr size_t kCharBytes = 2;
 
-// The number of two-byte characters of `word`, or -1 when it holds a
-// single-byte one.
-int ChineseLength(const std::string& word) {
-  if (word.size() % 2 != 0) return -1;
-  for (size_t i = 0; i < word.size(); i += 2) {
-    if (static_cast<unsigned char>(word[i]) < 0x80) return -1;
-  }
-  return static_cast<int>(word.size() / 2);
-}
-
-bool IsSurname(const CorpusToken& token) {
-  if (token.tag != "nr") return false;
-  const int length = ChineseLength(token.word);
-  if (length == 1) return true;
-  if (length != 2) return false;
-  for (const char* surname : kCompoundSurnames) {
-    if (token.word == surname) return true;
-  }
-  return false;
-}
-
-bool IsGivenName(const CorpusToken& token) {
-  const int length = ChineseLength(token.word);
-  return token.tag == "nr" && (length == 1 || length == 2);
+// A name token that can be a surname or a given name: one or two characters.
+bool IsShortName(const CorpusToken& token) {
+  return token.tag == "nr" && token.word.size() <= 2 * kCharBytes;
 }
 
 // Reads a text file line by line; false when it cannot be opened.
@@ -123,14 +74,25 @@ std::vector<CorpusToken> MergeNameParts(const std::vector<CorpusToken>& tokens) 
   merged.reserve(tokens.size());
   for (size_t i = 0; i < tokens.size(); ++i) {
     merged.push_back(tokens[i]);
-    if (i + 1 < tokens.size() && IsSurname(tokens[i]) && IsGivenName(tokens[i + 1])) {
+    if (i + 1 < tokens.size() && IsShortName(tokens[i]) && IsShortName(tokens[i + 1])) {
       merged.back().word += tokens[++i].word;
     }
   }
   return merged;
 }
 
-GoldParagraph GoldFromCorpus(const CorpusParagraph& paragraph) {
+bool GoldTags::Load(const std::string& map_path) {
+  if (!map_.Load(map_path.c_str()) || map_.GetItemCount() == 0) return false;
+  refiner_.reset(new TagRefiner(map_));
+  return true;
+}
+
+std::string GoldTags::Refine(const std::string& word, const std::string& tag) const {
+  const char* name = map_.GetPOS(refiner_->Refine(word, tag));
+  return name != nullptr ? name : tag;
+}
+
+GoldParagraph GoldFromCorpus(const CorpusParagraph& paragraph, const GoldTags& tags) {
   GoldParagraph gold;
   gold.tagged = true;
   for (const CorpusToken& token : MergeNameParts(paragraph.tokens)) {
@@ -138,17 +100,18 @@ GoldParagraph GoldFromCorpus(const CorpusParagraph& paragraph) {
     word.start = static_cast<int>(gold.text.size());
     gold.text += token.word;
     word.end = static_cast<int>(gold.text.size());
-    word.refined = RefineCorpusTag(token.word, token.tag);
+    word.refined = tags.Refine(token.word, token.tag);
     word.coarse = token.tag;
     gold.words.push_back(word);
   }
   return gold;
 }
 
-bool ReadCorpusGold(const std::string& path, const DaySet& days, std::vector<GoldParagraph>* gold) {
+bool ReadCorpusGold(const std::string& path, const DaySet& days, const GoldTags& tags,
+                    std::vector<GoldParagraph>* gold) {
   return ForEachCorpusParagraph(path, [&](const CorpusParagraph& paragraph) {
     if (days.empty() || days.ContainsParagraph(paragraph)) {
-      gold->push_back(GoldFromCorpus(paragraph));
+      gold->push_back(GoldFromCorpus(paragraph, tags));
     }
   });
 }

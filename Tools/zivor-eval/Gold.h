@@ -4,11 +4,14 @@
 #ifndef ZIVOR_TOOLS_EVAL_GOLD_H_
 #define ZIVOR_TOOLS_EVAL_GOLD_H_
 
+#include <memory>
 #include <string>
 #include <unordered_set>
 #include <vector>
 
+#include "../zivor-data/ModelTags.h"
 #include "Corpus.h"
+#include "Utility/POSmap.h"
 
 namespace eval {
 
@@ -32,8 +35,23 @@ class DaySet {
 struct GoldWord {
   int start = 0;
   int end = 0;
-  std::string refined;  // level-0 tag (TagRefine.h)
+  std::string refined;  // level-0 tag (GoldTags)
   std::string coarse;   // the corpus tag
+};
+
+// Refined tags of corpus tokens, as the training data builder refines them
+// (TagRefiner of Tools/zivor-data/ModelTags.h), named by the data's primary
+// tag map.
+class GoldTags {
+ public:
+  // False when the tag map cannot be read.
+  bool Load(const std::string& map_path);
+  // The level-0 tag name of `word` (GBK) tagged `tag` in the corpus.
+  std::string Refine(const std::string& word, const std::string& tag) const;
+
+ private:
+  CPOSmap map_;
+  std::unique_ptr<TagRefiner> refiner_;
 };
 
 struct GoldParagraph {
@@ -44,16 +62,17 @@ struct GoldParagraph {
 
 // The tokens with every Chinese name pair, a surname token and a given-name
 // token both tagged nr, merged into one nr token ("江/nr 泽民/nr" becomes
-// "江泽民/nr"). A surname is one character or a compound surname (欧阳, 司马 ...);
-// a given name is one or two characters.
+// "江泽民/nr"): as the training data builder reads names, two adjacent nr
+// tokens of one or two characters each are a pair.
 std::vector<CorpusToken> MergeNameParts(const std::vector<CorpusToken>& tokens);
 
 // The paragraph's words (names merged) as a gold paragraph.
-GoldParagraph GoldFromCorpus(const CorpusParagraph& paragraph);
+GoldParagraph GoldFromCorpus(const CorpusParagraph& paragraph, const GoldTags& tags);
 
 // Reads the paragraphs of an annotated corpus file, only those of `days`
 // unless it is empty. False when the file cannot be read.
-bool ReadCorpusGold(const std::string& path, const DaySet& days, std::vector<GoldParagraph>* gold);
+bool ReadCorpusGold(const std::string& path, const DaySet& days, const GoldTags& tags,
+                    std::vector<GoldParagraph>* gold);
 
 // Reads plain segmented text: one paragraph a line, words separated by ASCII
 // blanks or tabs. False when the file cannot be read.

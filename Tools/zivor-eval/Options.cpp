@@ -39,14 +39,16 @@ Figures:
                    gold words, and the share of them segmented correctly
   tags             accuracy over correctly segmented words. Refined: the
                    system's level-0 tag against the gold tag refined as the
-                   training data builder refines it (Tools/corpus/TagRefine.h).
+                   training data builder refines it (TagRefiner,
+                   Tools/zivor-data/ModelTags.h) over Data/ZIVOR.map.
                    Coarse: the PKU tag of the system's tag identifier
                    (Data/PKU.map: nr1 nr2 nrj nrf count as nr, ng as Ng, al vl
                    nl bl as l, url email as nx, ...) against the gold tag as
                    written. A bracketed group is scored by its inner words.
   names            a name is a word whose coarse tag is nr, on both sides; in
-                   the gold a surname token and the given-name token after it
-                   (both nr) are first merged into one word, for segmentation
+                   the gold two adjacent nr tokens of one or two characters
+                   each (surname, given name) are first merged into one word,
+                   as the training data builder reads them, for segmentation
                    as well; a name counts when its span matches exactly
   speed            MB/s = bytes of raw text / 10^6 / wall seconds spent in the
                    analysis calls alone (ZIVOR_ParagraphProcessA; with

@@ -24,8 +24,14 @@ bool ReadGold(const Options& options, std::vector<GoldParagraph>* gold, ReportHe
   header->tagged_gold = !plain;
   header->gold = plain ? options.segmented + " (plain segmented)" : options.gold;
   if (!options.days_text.empty()) header->gold += ", days " + options.days_text;
-  return plain ? ReadSegmentedGold(options.segmented, gold)
-               : ReadCorpusGold(options.gold, options.days, gold);
+  if (plain) return ReadSegmentedGold(options.segmented, gold);
+  GoldTags tags;
+  const std::string map = options.dir + "/Data/ZIVOR.map";
+  if (!tags.Load(map)) {
+    header->gold = "the tag map " + map;
+    return false;
+  }
+  return ReadCorpusGold(options.gold, options.days, tags, gold);
 }
 
 // False when a vocabulary was asked for and cannot be read.
