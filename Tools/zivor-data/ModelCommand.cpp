@@ -55,15 +55,18 @@ class TempDir {
   }
   ~TempDir() {
     std::error_code ignored;
-    if (!path_.empty()) fs::remove_all(path_, ignored);
+    if (!path_.empty() && !keep_) fs::remove_all(path_, ignored);
   }
   TempDir(const TempDir&) = delete;
   TempDir& operator=(const TempDir&) = delete;
   bool ok() const { return !path_.empty(); }
+  const std::string& path() const { return path_; }
+  void Keep() { keep_ = true; }
   std::string File(const char* name) const { return path_ + "/" + name; }
 
  private:
   std::string path_;
+  bool keep_ = false;
 };
 
 int Fail(const std::string& message) {
@@ -155,9 +158,9 @@ std::string Line(const std::string& word, int count) { return word + " " + std::
 int RunModel(const std::vector<std::string>& raw);
 
 const DataCommand kModel{
-    "model", "model --corpus FILE... --out DIR [--exclude-days D1-D2]",
+    "model", "model --corpus FILE... --out DIR [--exclude-days D1-D2] [--keep-text]",
     "every trained data file of DIR (which must hold charset.type and ZIVOR.map) from the "
-    "annotated corpus",
+    "annotated corpus (--keep-text keeps the text forms of the tables for inspection)",
     RunModel};
 
 class ModelBuilder {
@@ -230,6 +233,20 @@ bool ModelBuilder::ReadCorpus(const std::vector<std::string>& corpora, int first
 bool ModelBuilder::WriteWordTables() {
   std::set<std::string> words = BaseWords();
   for (const auto& entry : counts_.unigrams) words.insert(entry.first);
+  // Every Chinese character of the corpus is a word too, also those outside
+  // GB2312 and those seen only inside names (镕), so that its atom has a
+  // handle and the role tagger knows what it did in names. The symbol rows
+  // (lead bytes 0xA1 to 0xA9) stay out: a full-width digit or letter is a
+  // number or Latin atom, which a dictionary handle would replace.
+  for (const ModelSentence& sentence : sentences_) {
+    const std::string& text = sentence.text;
+    for (size_t i = 0; i + 1 < text.size(); ++i) {
+      const unsigned char lead = static_cast<unsigned char>(text[i]);
+      if (lead < 0x80) continue;
+      if (lead < 0xA1 || lead > 0xA9) words.insert(text.substr(i, 2));
+      ++i;
+    }
+  }
   words_.assign(words.begin(), words.end());
   if (!BuildDictionary(words_, temp_.File("words.txt"), &dict_) ||
       !dict_.Save(Out("CoreDict.pdat").c_str())) {
@@ -256,24 +273,26 @@ bool ModelBuilder::WriteWordTables() {
 }
 
 // Core tag lexicon: the counted tags of every word; a pseudo-word carries its
-// one tag only (its tokens were given it when read). A word the corpus never
-// shows, a character seen only inside person names or not at all, gets the
-// default tag n, which is what the tagger would give it anyway.
+// one tag only (its tokens were given it when read, and one the corpus does
+// not produce gets it with count 1). A word the corpus never shows, a
+// character seen only inside person names or not at all, gets the default
+// tag n, which is what the tagger would give it anyway. The lines go out in
+// handle and tag order, the only order the importer keeps intact.
 bool ModelBuilder::WriteTagTables() {
+  std::map<std::string, unsigned char> pseudo_tags;
+  for (const FixedWord& fixed : FixedWords()) {
+    if (fixed.tag != nullptr) pseudo_tags[fixed.word] = map_.GetID(fixed.tag);
+  }
+  const unsigned char noun = map_.GetID("n");
   std::vector<std::string> lines;
-  const int noun = map_.GetID("n");
   for (const std::string& word : words_) {
     const auto found = counts_.tags.find(word);
-    if (found == counts_.tags.end()) {
-      lines.push_back(Line(word, noun, 1));
+    if (found != counts_.tags.end()) {
+      for (const auto& [tag, count] : found->second) lines.push_back(Line(word, tag, count));
       continue;
     }
-    for (const auto& [tag, count] : found->second) lines.push_back(Line(word, tag, count));
-  }
-  for (const FixedWord& fixed : FixedWords()) {
-    if (fixed.tag != nullptr && counts_.unigrams.count(fixed.word) == 0) {
-      lines.push_back(Line(fixed.word, map_.GetID(fixed.tag), 1));
-    }
+    const auto pseudo = pseudo_tags.find(word);
+    lines.push_back(Line(word, pseudo != pseudo_tags.end() ? pseudo->second : noun, 1));
   }
   CPOS lexicon;
   CContextStat stat;
@@ -322,8 +341,12 @@ int RunModel(const std::vector<std::string>& raw) {
       !ParseDayRange(args.Option("--exclude-days"), &first_day, &last_day)) {
     return UsageError(kModel);
   }
-  const TempDir temp;
+  TempDir temp;
   if (!temp.ok()) return Fail("cannot create a temporary directory");
+  if (args.HasFlag("--keep-text")) {
+    temp.Keep();
+    printf("text forms kept in %s\n", temp.path().c_str());
+  }
   ModelBuilder builder(args.Option("--out"), temp);
   return builder.Run(corpora, first_day, last_day);
 }

@@ -19,7 +19,8 @@ class CPDAT;
 enum class NameKind {
   kNone,
   kFull,     // surname + given name, two corpus tokens merged (江/nr 泽民/nr)
-  kGiven,    // a two-character name token alone, read as a given name
+  kGiven,    // a two-character name token alone: a given name, or a
+             // surname after 老, 小 or 阿 (小王)
   kSurname,  // a one-character name token (老/a 王/nr): stays a word
   kForeign,  // a name token of three or more characters (克林顿/nr)
 };

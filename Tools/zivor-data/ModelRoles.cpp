@@ -53,14 +53,24 @@ std::vector<NameSpan> NamesOf(const std::vector<ModelToken>& tokens) {
   return names;
 }
 
+// A two-character name that starts with 老, 小 or 阿 is a prefixed surname
+// (小王), not a given name.
+bool IsPrefixed(const NameSpan& name, const std::string& text) {
+  return InList(kPrefixes, text.substr(name.begin, kCharBytes));
+}
+
 // The role of a word [s, e) that lies inside the name.
-unsigned char RoleInside(const NameSpan& name, int s, int e) {
+unsigned char RoleInside(const NameSpan& name, const std::string& text, int s, int e) {
   if (name.kind == NameKind::kSurname) return kRoleSurname;
   if (name.kind == NameKind::kForeign) {
     if (s == name.begin) return e == name.end ? kRoleOther : kRoleForeignFirst;
     return e == name.end ? kRoleForeignLast : kRoleForeignMiddle;
   }
   const int given = name.end - name.surname_end;
+  if (name.kind == NameKind::kGiven && IsPrefixed(name, text)) {
+    if (e - s != kCharBytes) return kRoleOther;
+    return s == name.begin ? kRolePrefix : kRoleSurname;
+  }
   if (s == name.begin && e == name.surname_end) return kRoleSurname;
   if (s == name.surname_end && e == name.end) {
     return given == kCharBytes ? kRoleGivenSingle : kRoleGivenWhole;
@@ -147,7 +157,7 @@ std::vector<unsigned char> RoleTrainer::AssignRoles(const std::string& text,
     for (int i = 1; i < last; ++i) {
       const int s = path[i].start, e = path[i].end;
       if (e <= name.begin || s >= name.end) continue;
-      roles[i] = (s >= name.begin && e <= name.end) ? RoleInside(name, s, e)
+      roles[i] = (s >= name.begin && e <= name.end) ? RoleInside(name, text, s, e)
                                                     : RoleAcross(name, s, e);
     }
   }
@@ -175,6 +185,7 @@ void RoleTrainer::AddTransitions(CContextStat* stat) const {
 // roles (U, V) cannot be split by merging, so neither appears here.
 //   B C | B C D | B E | B Z | X D      full Chinese name   nr
 //   C D                                 given name alone    nr2
+//   F B                                 prefixed surname    nr
 //   F1 F2* F3                           transliterated name nrf
 bool WriteNameAutomaton(const std::string& path) {
   struct Edge {
@@ -187,13 +198,14 @@ bool WriteNameAutomaton(const std::string& path) {
       {1, kRoleGivenSingle, 4},    {1, kRoleGivenWhole, 5},     {0, kRoleSurnameFirst, 6},
       {6, kRoleGivenSecond, 7},    {0, kRoleGivenFirst, 8},     {8, kRoleGivenSecond, 9},
       {0, kRoleForeignFirst, 10},  {10, kRoleForeignMiddle, 10}, {10, kRoleForeignLast, 11},
+      {0, kRolePrefix, 12},        {12, kRoleSurname, 13},
   };
   const int accepting[][2] = {{2, kTagFullName}, {3, kTagFullName},  {4, kTagFullName},
                               {5, kTagFullName}, {7, kTagFullName},  {9, kTagGivenName},
-                              {11, kTagForeignName}};
+                              {11, kTagForeignName}, {13, kTagFullName}};
   FILE* fp = fopen(path.c_str(), "wb");
   if (fp == nullptr) return false;
-  fprintf(fp, "person name automaton\n12\ninput symbols (roles)\n%d\naccepting states\n",
+  fprintf(fp, "person name automaton\n14\ninput symbols (roles)\n%d\naccepting states\n",
           kRoleCount);
   for (const auto& state : accepting) fprintf(fp, "%d ", state[0]);
   fprintf(fp, "\ntags of the accepting states\n");
