@@ -53,9 +53,8 @@ std::string PersonOff(std::string config) {
 }  // namespace
 
 Analyzer::Analyzer(const std::string& dir, bool person) {
-  std::string root = dir;
   if (!person && !MakePersonOffCopy(dir)) return;
-  if (!person) root = temp_dir_;
+  const std::string root = person ? dir : temp_dir_;
   if (!LoadCoarseMap(root + "/Data")) return;
   initialised_ = ZIVOR_Init(root.c_str(), 0);
   if (!initialised_) {

@@ -19,19 +19,23 @@ int Fail(const std::string& message) {
   return 1;
 }
 
-bool ReadGold(const Options& options, std::vector<GoldParagraph>* gold, ReportHeader* header) {
+// False, with the reason in `error`, when the gold text cannot be read.
+bool ReadGold(const Options& options, std::vector<GoldParagraph>* gold, ReportHeader* header,
+              std::string* error) {
   const bool plain = !options.segmented.empty();
   header->tagged_gold = !plain;
   header->gold = plain ? options.segmented + " (plain segmented)" : options.gold;
   if (!options.days_text.empty()) header->gold += ", days " + options.days_text;
-  if (plain) return ReadSegmentedGold(options.segmented, gold);
   GoldTags tags;
   const std::string map = options.dir + "/Data/ZIVOR.map";
-  if (!tags.Load(map)) {
-    header->gold = "the tag map " + map;
+  if (!plain && !tags.Load(map)) {
+    *error = "cannot read the tag map " + map;
     return false;
   }
-  return ReadCorpusGold(options.gold, options.days, tags, gold);
+  const bool read = plain ? ReadSegmentedGold(options.segmented, gold)
+                          : ReadCorpusGold(options.gold, options.days, tags, gold);
+  if (!read) *error = "cannot read " + header->gold;
+  return read;
 }
 
 // False when a vocabulary was asked for and cannot be read.
@@ -98,7 +102,7 @@ int Main(int argc, char** argv) {
   }
   ReportHeader header;
   std::vector<GoldParagraph> gold;
-  if (!ReadGold(options, &gold, &header)) return Fail("cannot read " + header.gold);
+  if (!ReadGold(options, &gold, &header, &error)) return Fail(error);
   Vocabulary vocabulary;
   if (!ReadVocabulary(options, &vocabulary, &header)) {
     return Fail("cannot read the vocabulary " + header.vocabulary);
