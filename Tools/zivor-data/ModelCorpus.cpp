@@ -24,10 +24,31 @@ bool IsShortName(const CorpusToken& token) {
 
 NameKind KindOfSingleName(const std::string& text) {
   if (text.size() <= kCharBytes) return NameKind::kSurname;
-  return text.size() == 2 * kCharBytes ? NameKind::kGiven : NameKind::kForeign;
+  if (text.size() == 2 * kCharBytes) {
+    if (IsNamePrefix(text.substr(0, kCharBytes))) return NameKind::kPrefixed;
+    if (IsNameSuffix(text.substr(kCharBytes))) return NameKind::kSuffixed;
+  }
+  return NameKind::kOther;
+}
+
+bool InList(const char* const* list, const std::string& word) {
+  for (; *list != nullptr; ++list) {
+    if (word == *list) return true;
+  }
+  return false;
 }
 
 }  // namespace
+
+bool IsNamePrefix(const std::string& word) {
+  static const char* const kPrefixes[] = {"\xc0\xcf", "\xd0\xa1", "\xb0\xa2", nullptr};
+  return InList(kPrefixes, word);
+}
+
+bool IsNameSuffix(const std::string& word) {
+  static const char* const kSuffixes[] = {"\xc0\xcf", "\xd7\xdc", "\xc4\xb3", nullptr};
+  return InList(kSuffixes, word);
+}
 
 const std::vector<FixedWord>& FixedWords() {
   static const std::vector<FixedWord> words = {

@@ -18,12 +18,18 @@ class CPDAT;
 
 enum class NameKind {
   kNone,
-  kFull,     // surname + given name, two corpus tokens merged (江/nr 泽民/nr)
-  kGiven,    // a two-character name token alone: a given name, or a
-             // surname after 老, 小 or 阿 (小王)
-  kSurname,  // a one-character name token (老/a 王/nr): stays a word
-  kForeign,  // a name token of three or more characters (克林顿/nr)
+  kFull,      // surname + given name, two corpus tokens merged (江/nr 泽民/nr)
+  kSurname,   // a one-character name token (老/a 王/nr): stays a word
+  kPrefixed,  // 老, 小 or 阿 + surname as one token (小王/nr)
+  kSuffixed,  // surname + 老 or 总 as one token (侯老/nr)
+  kOther,     // any other name token: a transliterated name (克林顿/nr) or
+              // a given name alone (金金/nr); the two look alike in pieces
 };
+
+// Whether a one-character word (GBK) goes before or after a surname as a
+// form of address: 老 小 阿 before, 老 总 某 after.
+bool IsNamePrefix(const std::string& word);
+bool IsNameSuffix(const std::string& word);
 
 struct ModelToken {
   std::string text;          // GBK bytes as written in the corpus

@@ -17,19 +17,7 @@ namespace {
 constexpr int kCharBytes = 2;
 // Tag ids of the primary tag map that recognised names receive.
 constexpr int kTagFullName = 24;     // nr
-constexpr int kTagGivenName = 26;    // nr2
 constexpr int kTagForeignName = 28;  // nrf
-
-const char* const kPrefixes[] = {"\xc0\xcf", "\xd0\xa1", "\xb0\xa2"};  // 老 小 阿
-const char* const kSuffixes[] = {"\xc0\xcf", "\xd7\xdc", "\xc4\xb3"};  // 老 总 某
-
-template <size_t N>
-bool InList(const char* const (&list)[N], const std::string& word) {
-  for (const char* item : list) {
-    if (word == item) return true;
-  }
-  return false;
-}
 
 // A name in the sentence: bytes [begin, end), the surname ending at
 // surname_end (begin for a name without surname).
@@ -53,24 +41,25 @@ std::vector<NameSpan> NamesOf(const std::vector<ModelToken>& tokens) {
   return names;
 }
 
-// A two-character name that starts with 老, 小 or 阿 is a prefixed surname
-// (小王), not a given name.
-bool IsPrefixed(const NameSpan& name, const std::string& text) {
-  return InList(kPrefixes, text.substr(name.begin, kCharBytes));
-}
-
 // The role of a word [s, e) that lies inside the name.
-unsigned char RoleInside(const NameSpan& name, const std::string& text, int s, int e) {
-  if (name.kind == NameKind::kSurname) return kRoleSurname;
-  if (name.kind == NameKind::kForeign) {
-    if (s == name.begin) return e == name.end ? kRoleOther : kRoleForeignFirst;
-    return e == name.end ? kRoleForeignLast : kRoleForeignMiddle;
+unsigned char RoleInside(const NameSpan& name, int s, int e) {
+  const bool one_char = e - s == kCharBytes;
+  switch (name.kind) {
+    case NameKind::kSurname:
+      return kRoleSurname;
+    case NameKind::kPrefixed:
+      if (!one_char) return kRoleOther;
+      return s == name.begin ? kRolePrefix : kRoleSurname;
+    case NameKind::kSuffixed:
+      if (!one_char) return kRoleOther;
+      return s == name.begin ? kRoleSurname : kRoleSuffix;
+    case NameKind::kOther:
+      if (s == name.begin) return e == name.end ? kRoleOther : kRoleForeignFirst;
+      return e == name.end ? kRoleForeignLast : kRoleForeignMiddle;
+    default:
+      break;
   }
   const int given = name.end - name.surname_end;
-  if (name.kind == NameKind::kGiven && IsPrefixed(name, text)) {
-    if (e - s != kCharBytes) return kRoleOther;
-    return s == name.begin ? kRolePrefix : kRoleSurname;
-  }
   if (s == name.begin && e == name.surname_end) return kRoleSurname;
   if (s == name.surname_end && e == name.end) {
     return given == kCharBytes ? kRoleGivenSingle : kRoleGivenWhole;
@@ -79,7 +68,7 @@ unsigned char RoleInside(const NameSpan& name, const std::string& text, int s, i
     if (s == name.surname_end) return kRoleGivenFirst;
     if (e == name.end) return kRoleGivenSecond;
   }
-  if (name.kind == NameKind::kFull && s == name.begin && e == name.surname_end + kCharBytes) {
+  if (s == name.begin && e == name.surname_end + kCharBytes) {
     return given == kCharBytes ? kRoleSurnameGiven : kRoleSurnameFirst;
   }
   return kRoleOther;
@@ -87,11 +76,9 @@ unsigned char RoleInside(const NameSpan& name, const std::string& text, int s, i
 
 // The role of a word [s, e) that overlaps the name but also text around it.
 unsigned char RoleAcross(const NameSpan& name, int s, int e) {
-  const bool chinese = name.kind == NameKind::kFull || name.kind == NameKind::kGiven;
-  if (name.kind == NameKind::kFull && s < name.begin && e == name.surname_end) {
-    return kRoleBeforeSurname;
-  }
-  if (chinese && e > name.end && s == name.end - kCharBytes) return kRoleLastAfter;
+  if (name.kind != NameKind::kFull) return kRoleOther;
+  if (s < name.begin && e == name.surname_end) return kRoleBeforeSurname;
+  if (e > name.end && s == name.end - kCharBytes) return kRoleLastAfter;
   return kRoleOther;
 }
 
@@ -145,10 +132,11 @@ std::vector<unsigned char> RoleTrainer::AssignRoles(const std::string& text,
       const word_t& w = path[i];
       const std::string word = text.substr(w.start, w.end - w.start);
       if (w.end == name.begin) {
-        const bool prefix = name.kind != NameKind::kForeign && InList(kPrefixes, word);
+        const bool prefix = (name.kind == NameKind::kFull || name.kind == NameKind::kSurname) &&
+                            IsNamePrefix(word);
         roles[i] = prefix ? kRolePrefix : roles[i] == kRoleAfter ? kRoleBetween : kRoleBefore;
       } else if (w.start == name.end) {
-        const bool suffix = name.kind == NameKind::kSurname && InList(kSuffixes, word);
+        const bool suffix = name.kind == NameKind::kSurname && IsNameSuffix(word);
         roles[i] = suffix ? kRoleSuffix : kRoleAfter;
       }
     }
@@ -157,7 +145,7 @@ std::vector<unsigned char> RoleTrainer::AssignRoles(const std::string& text,
     for (int i = 1; i < last; ++i) {
       const int s = path[i].start, e = path[i].end;
       if (e <= name.begin || s >= name.end) continue;
-      roles[i] = (s >= name.begin && e <= name.end) ? RoleInside(name, text, s, e)
+      roles[i] = (s >= name.begin && e <= name.end) ? RoleInside(name, s, e)
                                                     : RoleAcross(name, s, e);
     }
   }
@@ -183,30 +171,35 @@ void RoleTrainer::AddTransitions(CContextStat* stat) const {
 // separate words; every accepted word is a piece of the name, since MaxPR
 // merges all of them. Context roles only inform the role tagger, and fused
 // roles (U, V) cannot be split by merging, so neither appears here.
-//   B C | B C D | B E | B Z | X D      full Chinese name   nr
-//   C D                                 given name alone    nr2
-//   F B                                 prefixed surname    nr
-//   F1 F2* F3                           transliterated name nrf
+//   B C | B C D | B E | B Z | X D      full Chinese name        nr
+//   F B | B G                          surname with 老, 小, 总   nr
+//   P1 P2* P3                           transliterated name or
+//                                       given name alone         nrf
+// A given name alone is not told from a transliterated name: both are
+// pieces that the corpus marks as one name token. Accepting C D alone as a
+// given name (nr2) was tried and turns many place names and nouns into
+// names (绍兴, 礼治); see Data/ROLES.md.
 bool WriteNameAutomaton(const std::string& path) {
   struct Edge {
     int from;
     NameRole role;
     int to;
   };
+  constexpr int kStates = 13;
   const Edge edges[] = {
-      {0, kRoleSurname, 1},        {1, kRoleGivenFirst, 2},     {2, kRoleGivenSecond, 3},
-      {1, kRoleGivenSingle, 4},    {1, kRoleGivenWhole, 5},     {0, kRoleSurnameFirst, 6},
-      {6, kRoleGivenSecond, 7},    {0, kRoleGivenFirst, 8},     {8, kRoleGivenSecond, 9},
-      {0, kRoleForeignFirst, 10},  {10, kRoleForeignMiddle, 10}, {10, kRoleForeignLast, 11},
-      {0, kRolePrefix, 12},        {12, kRoleSurname, 13},
+      {0, kRoleSurname, 1},       {1, kRoleGivenFirst, 2},    {2, kRoleGivenSecond, 3},
+      {1, kRoleGivenSingle, 4},   {1, kRoleGivenWhole, 5},    {0, kRoleSurnameFirst, 6},
+      {6, kRoleGivenSecond, 7},   {0, kRoleForeignFirst, 8},  {8, kRoleForeignMiddle, 8},
+      {8, kRoleForeignLast, 9},   {0, kRolePrefix, 10},       {10, kRoleSurname, 11},
+      {1, kRoleSuffix, 12},
   };
-  const int accepting[][2] = {{2, kTagFullName}, {3, kTagFullName},  {4, kTagFullName},
-                              {5, kTagFullName}, {7, kTagFullName},  {9, kTagGivenName},
-                              {11, kTagForeignName}, {13, kTagFullName}};
+  const int accepting[][2] = {{2, kTagFullName},  {3, kTagFullName},     {4, kTagFullName},
+                              {5, kTagFullName},  {7, kTagFullName},     {9, kTagForeignName},
+                              {11, kTagFullName}, {12, kTagFullName}};
   FILE* fp = fopen(path.c_str(), "wb");
   if (fp == nullptr) return false;
-  fprintf(fp, "person name automaton\n14\ninput symbols (roles)\n%d\naccepting states\n",
-          kRoleCount);
+  fprintf(fp, "person name automaton\n%d\ninput symbols (roles)\n%d\naccepting states\n",
+          kStates, kRoleCount);
   for (const auto& state : accepting) fprintf(fp, "%d ", state[0]);
   fprintf(fp, "\ntags of the accepting states\n");
   for (const auto& state : accepting) fprintf(fp, "%d ", state[1]);

@@ -26,8 +26,8 @@ enum NameRole : unsigned char {
   kRoleGivenFirst = 3,     // C: first character of a two-character given name
   kRoleGivenSecond = 4,    // D: second character of a two-character given name
   kRoleGivenSingle = 5,    // E: a one-character given name
-  kRolePrefix = 6,         // F: 老 小 阿 before a name
-  kRoleSuffix = 7,         // G: 老 总 某 after a lone surname
+  kRolePrefix = 6,         // F: 老 小 阿 before a surname
+  kRoleSuffix = 7,         // G: 老 总 某 after a surname
   kRoleBefore = 8,         // K: the word before a name
   kRoleAfter = 9,          // L: the word after a name
   kRoleBetween = 10,       // M: a word between two names
@@ -36,9 +36,9 @@ enum NameRole : unsigned char {
   kRoleSurnameFirst = 13,  // X: surname fused with the first given-name character
   kRoleSurnameGiven = 14,  // Y: surname fused with a one-character given name
   kRoleGivenWhole = 15,    // Z: a two-character given name as one word
-  kRoleForeignFirst = 16,  // first piece of a transliterated name
-  kRoleForeignMiddle = 17, // inner piece of a transliterated name
-  kRoleForeignLast = 18,   // last piece of a transliterated name
+  kRoleForeignFirst = 16,  // P1: first piece of a transliterated name (or a given name alone)
+  kRoleForeignMiddle = 17, // P2: inner piece of such a name
+  kRoleForeignLast = 18,   // P3: last piece of such a name
   kRoleOther = 22,         // none of these (the role tagger's default)
   kRoleCount = 23,
 };
