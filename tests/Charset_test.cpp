@@ -98,7 +98,8 @@ TEST(CharsetTest, ExportWritesEveryCodeAndGbkCodesReimport) {
   CCharset again;
   EXPECT_EQ(again.Import(dir.File("dump.txt").c_str()), std::count(bytes.begin(), bytes.end(), '\n'));
   for (int lead = 0x81; lead <= 0xFE; lead += 5)
-    for (int trail = 0x40; trail <= 0xFE; trail += 3) ASSERT_EQ(again.GetType(lead * 256 + trail), (lead + trail) % 200);
+    for (int trail = 0x40; trail <= 0xFE; trail += 3)
+      ASSERT_EQ(again.GetType(lead * 256 + trail), (lead + trail) % 200);
 }
 
 }  // namespace

@@ -140,8 +140,9 @@ TEST_F(FreqTablesTest, BigramLookupsAroundTheIndexBoundAndExactExport) {
   CBigram bigram;
   ASSERT_TRUE(bigram.Load(File("tiny.big", IntFile(kTinyBigram)).c_str()));
   // {1, 3}: second handle equal to the bound.
-  const struct { int first, second, freq; } cases[] = {{1, 0, 4}, {1, 3, 9}, {2, 1, 6}, {1, 1, 0}, {1, 2, 0},
-                                                     {1, 4, 0}, {0, 0, 0}, {3, 0, 0}, {-1, 0, 0}, {1, -1, 0}, {2, 3, 0}};
+  const struct { int first, second, freq; } cases[] = {
+      {1, 0, 4}, {1, 3, 9}, {2, 1, 6}, {1, 1, 0}, {1, 2, 0}, {1, 4, 0},
+      {0, 0, 0}, {3, 0, 0}, {-1, 0, 0}, {1, -1, 0}, {2, 3, 0}};
   for (const auto& c : cases) EXPECT_EQ(bigram.GetFreq(c.first, c.second), c.freq) << c.first << " " << c.second;
   ASSERT_TRUE(bigram.Export(Path("tiny.txt").c_str()));
   EXPECT_EQ(testutil::ReadFileBytes(Path("tiny.txt")),

@@ -50,7 +50,7 @@ class Tagger {
     int n = 0;
     for (const auto& tags : model.lexicon) {
       index += tags.empty() ? Ints({-1, -1}) : Ints({n, int(tags.size())});
-      for (const auto& [tag, count] : tags) records += std::string(1, char(tag)) + std::string(3, '\0') + Ints({count});
+      for (const auto& [tag, count] : tags) records += char(tag) + std::string(3, '\0') + Ints({count});
       n += int(tags.size());
     }
     testutil::TempDir dir;

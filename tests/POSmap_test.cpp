@@ -99,7 +99,8 @@ TEST(POSmapTest, LongNamesAndLinesAreCutAndAtMost255NamesKept) {
   TempDir dir;
   CPOSmap map;
   const std::string gbk = testutil::Gbk("名");
-  LoadMap(&map, dir, Lines({"abcdefghijklmnop", "abcdefgh" + gbk, "abcdefg" + gbk, "tail " + std::string(300, 'y'), "last"}));
+  LoadMap(&map, dir,
+          Lines({"abcdefghijklmnop", "abcdefgh" + gbk, "abcdefg" + gbk, "tail " + std::string(300, 'y'), "last"}));
   ASSERT_EQ(map.GetItemCount(), 5);  // the tail of the long line is no tag
   EXPECT_STREQ(map.GetPOS(0), "abcdefghi");
   EXPECT_STREQ(map.GetPOS(1), "abcdefgh");  // no half character

@@ -345,8 +345,8 @@ TEST(TrieTest, GeneratedDictionaryRoundTripsThroughSaveAndLoad) {
     int handle = -2;
     char pos[CTrie::kPosSize] = {};
     const int length = int(words[i].size());
-    wrong += loaded.Find(words[i].c_str()) != i || loaded.GetMaxWord(words[i].data(), length, &handle, pos) != length ||
-             handle != i || strcmp(pos, i % 2 ? "nz" : "v") != 0;
+    wrong += loaded.Find(words[i].c_str()) != i ||
+             loaded.GetMaxWord(words[i].data(), length, &handle, pos) != length || handle != i || strcmp(pos, i % 2 ? "nz" : "v") != 0;
   }
   EXPECT_EQ(wrong, 0u);
 }

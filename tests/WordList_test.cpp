@@ -24,7 +24,8 @@ struct Imported {
   CWordList list;
 
   Imported() {
-    testutil::WriteFile(dir.File("dict.txt"), testutil::Lines({Gbk("中国"), Gbk("人民"), Gbk("中华人民共和国"), Gbk("北京"), "abc"}));
+    testutil::WriteFile(dir.File("dict.txt"),
+                        testutil::Lines({Gbk("中国"), Gbk("人民"), Gbk("中华人民共和国"), Gbk("北京"), "abc"}));
     dict->SetImportProgress(false);
     EXPECT_EQ(dict->Import(dir.File("dict.txt").c_str()), 5);
     testutil::WriteFile(dir.File("words.txt"), "\xEF\xBB\xBF" + Gbk("中国") + "\n" + Gbk("人民") +
@@ -69,7 +70,8 @@ TEST(WordListTest, ImportSaveAndLoadKeepTheLayout) {
   // The data tool writes the same file, and Load reads it back.
   ASSERT_TRUE(t.dict->Save(t.dir.File("d.pdat").c_str()));
   std::string out;
-  ASSERT_EQ(testutil::RunDataTool({"wordlist", t.dir.File("d.pdat"), t.dir.File("words.txt"), t.dir.File("d.wl")}, &out), 0);
+  ASSERT_EQ(testutil::RunDataTool({"wordlist", t.dir.File("d.pdat"), t.dir.File("words.txt"), t.dir.File("d.wl")},
+                                  &out), 0);
   EXPECT_NE(out.find("Line 1:" + Gbk("中国") + "\n"), std::string::npos) << out;
   EXPECT_EQ(testutil::ReadFileBytes(t.dir.File("d.wl")), bytes);
   CWordList loaded;

@@ -83,7 +83,8 @@ std::string Input() {
 
 TEST_F(ZivorCliTest, PrintsTheLibrarysResultForEveryLineAtTheChosenMapLevel) {
   for (const bool tags : {true, false}) {
-    const CliRun run = Run(WithData(tags ? std::vector<std::string>{} : std::vector<std::string>{"--no-tags"}), Input());
+    const CliRun run = Run(WithData(tags ? std::vector<std::string>{} : std::vector<std::string>{"--no-tags"}),
+                           Input());
     ASSERT_EQ(0, run.status) << run.err;
     EXPECT_EQ("", run.err);
     std::string expected;
