@@ -10,7 +10,7 @@ namespace {
 
 using testutil::Gbk;
 
-TEST(GetcharTest, ReadsOneAndTwoByteCharactersAndLoneLeadByte) {
+TEST(CharacterCodeTest, OneAndTwoByteCharactersLoneLeadByteAndCaseFolding) {
   int code = 0;
   EXPECT_EQ(Getchar("a", &code), 1);
   EXPECT_EQ(code, 'a');
@@ -21,9 +21,7 @@ TEST(GetcharTest, ReadsOneAndTwoByteCharactersAndLoneLeadByte) {
   EXPECT_EQ(code, static_cast<signed char>('\xD6'));
   EXPECT_EQ(Getchar("", &code), 0);
   EXPECT_EQ(code, -1);
-}
 
-TEST(GetCharCodeTest, FoldsAsciiCaseAndAdvances) {
   const std::string text = "A" + Gbk("Ａ") + "\xB0";
   unsigned int pos = 0;
   const unsigned int len = static_cast<unsigned int>(text.size());
@@ -42,7 +40,7 @@ TEST(GetCharCodeTest, FoldsAsciiCaseAndAdvances) {
   EXPECT_EQ(pos, 2u);
 }
 
-TEST(CCFindTest, MatchesOnlyAlignedCharacters) {
+TEST(CharacterSetTest, FindCountAndSingleByteLookOnlyAtWholeCharacters) {
   const std::string set = Gbk("百千万");
   EXPECT_NE(CC_Find(set.c_str(), Gbk("千").c_str()), nullptr);
   // The trail byte of 百 and the lead byte of 千 form a false match at an odd offset.
@@ -50,16 +48,11 @@ TEST(CCFindTest, MatchesOnlyAlignedCharacters) {
   EXPECT_EQ(CC_Find(set.c_str(), straddle.c_str()), nullptr);
   EXPECT_EQ(CC_Find(set.c_str(), ""), nullptr);
   EXPECT_EQ(CC_Find(set.c_str(), Gbk("亿").c_str()), nullptr);
-}
-
-TEST(GetCharCountTest, CountsCharactersNotBytes) {
-  const std::string set = Gbk("一二三") + "ab";
-  EXPECT_EQ(GetCharCount(set.c_str(), (Gbk("一x二") + "a").c_str()), 3);
-  EXPECT_EQ(GetCharCount(set.c_str(), Gbk("一二三").c_str(), 4), 2);
-  EXPECT_EQ(GetCharCount(set.c_str(), Gbk("四五").c_str()), 0);
-}
-
-TEST(IsAllSingleByteTest, LooksOnlyAtTheGivenLength) {
+  // Characters, not bytes, are counted.
+  const std::string digits = Gbk("一二三") + "ab";
+  EXPECT_EQ(GetCharCount(digits.c_str(), (Gbk("一x二") + "a").c_str()), 3);
+  EXPECT_EQ(GetCharCount(digits.c_str(), Gbk("一二三").c_str(), 4), 2);
+  EXPECT_EQ(GetCharCount(digits.c_str(), Gbk("四五").c_str()), 0);
   const std::string mixed = "ab" + Gbk("中");
   EXPECT_TRUE(IsAllSingleByte(mixed.c_str(), 2));
   EXPECT_FALSE(IsAllSingleByte(mixed.c_str()));
