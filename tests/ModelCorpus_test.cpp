@@ -1,0 +1,148 @@
+// ModelCorpus_test.cpp: `zivor-data model` on a small synthetic corpus: the
+// tables follow the token stream the analyser sees, and the build is
+// reproducible.
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <string>
+#include <vector>
+
+#include "TestUtil.h"
+#include "Utility/FSA.h"
+#include "Utility/PDAT.h"
+#include "Utility/POS.h"
+#include "Utility/POSmap.h"
+#include "Utility/Unigram.h"
+
+namespace {
+
+using testutil::Gbk;
+
+const char* const kTrainedFiles[] = {"CoreDict.pdat", "CoreDict.unig", "BiWord.big",
+                                     "CoreDict.pos",  "ZIVOR.ctx",     "nr.role",
+                                     "nr.ctx",        "nr.fsa"};
+
+// Day 1 has four names (江泽民, 克林顿, 王小红, 小王); day 2 one more.
+const char* const kCorpus[] = {
+    "19980101-01-001-001/m  江/nr  泽民/nr  主席/n  在/p  北京/ns  会见/v  了/u  克林顿/nr  。/w",
+    "19980101-01-001-002/m  １９９８年/t  ，/w  中国/ns  人民/n  的/u  生活/vn  有/v  了/u  "
+    "新/a  发展/vn  。/w",
+    "19980101-01-001-003/m  [中央/n  人民/n  广播/vn  电台/n]nt  记者/n  王/nr  小红/nr  "
+    "报道/v  ３５/m  公斤/q  。/w",
+    "19980101-01-001-004/m  小王/nr  说/v  ：/w  “/w  我们/r  是/v  中国/ns  人民/n  。/w  ”/w",
+    "",
+    "19980102-01-001-001/m  李/nr  明/nr  访问/v  上海/ns  。/w",
+};
+
+class ModelBuilderTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    std::string corpus;
+    for (const char* line : kCorpus) corpus += Gbk(line) + "\r\n";
+    testutil::WriteFile(Corpus(), corpus);
+  }
+  static std::string Corpus() { return corpus_dir_.File("corpus.txt"); }
+
+  // Builds into a fresh directory `name` holding the character types and the
+  // tag map; returns the directory.
+  std::string Build(const std::string& name, const std::vector<std::string>& extra = {}) {
+    const std::string out = dir_.File(name);
+    mkdir(out.c_str(), 0755);
+    for (const char* file : {"charset.type", "ZIVOR.map"}) {
+      testutil::WriteFile(out + "/" + file, testutil::ReadFileBytes(std::string(ZIVOR_SOURCE_DIR) +
+                                                                    "/Data/" + file));
+    }
+    std::vector<std::string> args = {"model", "--corpus", Corpus(), "--out", out};
+    args.insert(args.end(), extra.begin(), extra.end());
+    EXPECT_EQ(testutil::RunDataTool(args), 0);
+    return out;
+  }
+
+  static testutil::TempDir corpus_dir_;
+  testutil::TempDir dir_;
+};
+
+testutil::TempDir ModelBuilderTest::corpus_dir_;
+
+TEST_F(ModelBuilderTest, SameCorpusGivesTheSameBytes) {
+  const std::string a = Build("a"), b = Build("b");
+  for (const char* file : kTrainedFiles) {
+    const std::string bytes = testutil::ReadFileBytes(a + "/" + file);
+    EXPECT_FALSE(bytes.empty()) << file;
+    EXPECT_EQ(bytes, testutil::ReadFileBytes(b + "/" + file)) << file;
+  }
+}
+
+TEST_F(ModelBuilderTest, DictionaryHoldsWordsCharactersAndPseudoWordsButNoNamesOrNumbers) {
+  CPDAT dict;
+  ASSERT_TRUE(dict.Load((Build("all") + "/CoreDict.pdat").c_str()));
+  for (const char* word : {"中央", "电台", "主席", "上海", "鼎", "始##始", "未##人", "未##数",
+                           "未##专", "———", "‘"}) {
+    EXPECT_GT(dict.Find(Gbk(word).c_str()), 0) << word;
+  }
+  for (const char* word : {"江泽民", "泽民", "克林顿", "小王", "１９９８年", "３５"}) {
+    EXPECT_EQ(dict.Find(Gbk(word).c_str()), -1) << word;
+  }
+  CPDAT without_day2;
+  ASSERT_TRUE(without_day2.Load((Build("held", {"--exclude-days", "2"}) + "/CoreDict.pdat").c_str()));
+  EXPECT_EQ(without_day2.Find(Gbk("访问").c_str()), -1);
+  EXPECT_GT(without_day2.Find(Gbk("会见").c_str()), 0);
+}
+
+TEST_F(ModelBuilderTest, CountsAndTagsFollowTheTokenStream) {
+  const std::string out = Build("all");
+  CPDAT dict;
+  CUnigram unigram;
+  CPOS lexicon;
+  CPOSmap map;
+  ASSERT_TRUE(dict.Load((out + "/CoreDict.pdat").c_str()) &&
+              unigram.Load((out + "/CoreDict.unig").c_str()) &&
+              lexicon.Load((out + "/CoreDict.pos").c_str()) && map.Load((out + "/ZIVOR.map").c_str()));
+  auto handle = [&](const char* word) { return dict.Find(Gbk(word).c_str()); };
+  EXPECT_EQ(unigram.GetFreq(handle("未##人")), 5);
+  EXPECT_EQ(unigram.GetFreq(handle("未##时")), 1);
+  EXPECT_EQ(unigram.GetFreq(handle("始##始")), unigram.GetFreq(handle("末##末")));
+  // Every handle, the highest included, is answered.
+  EXPECT_GT(unigram.GetItemCount(), dict.GetItemCount());
+  for (int h = 1; h <= dict.GetItemCount(); ++h) {
+    int count = 0;
+    lexicon.GetPOS(h, &count);
+    ASSERT_GE(count, 1) << "handle " << h;
+  }
+  const std::pair<const char*, const char*> refined[] = {
+      {"的", "ude1"}, {"是", "vshi"}, {"“", "wyz"}, {"。", "wj"}, {"未##人", "nr"}, {"未##数", "m"}};
+  for (const auto& [word, tag] : refined) {
+    int count = 0;
+    const POS_info* tags = lexicon.GetPOS(handle(word), &count);
+    ASSERT_EQ(count, 1) << word;
+    EXPECT_EQ(tags[0].POS_id, map.GetID(tag)) << word;
+  }
+}
+
+TEST_F(ModelBuilderTest, SurnamesGetTheSurnameRoleAndTheAutomatonAcceptsNames) {
+  const std::string out = Build("all");
+  CPDAT dict;
+  CPOS roles;
+  CFSA automaton;
+  ASSERT_TRUE(dict.Load((out + "/CoreDict.pdat").c_str()) &&
+              roles.Load((out + "/nr.role").c_str()) && automaton.Load((out + "/nr.fsa").c_str()));
+  for (const char* surname : {"江", "李"}) {
+    int count = 0;
+    const POS_info* role = roles.GetPOS(dict.Find(Gbk(surname).c_str()), &count);
+    ASSERT_EQ(count, 1) << surname;
+    EXPECT_EQ(role[0].POS_id, 2) << surname;
+  }
+  auto walk = [&](const std::vector<int>& symbols) {
+    int state = 0;
+    for (int symbol : symbols) state = state < 0 ? -1 : automaton.NextState(state, symbol);
+    return automaton.IsAccepted(state) ? automaton.GetAcceptedPosId(state) : -1;
+  };
+  EXPECT_EQ(walk({2, 3, 4}), 24);   // surname, given name of two characters
+  EXPECT_EQ(walk({2, 5}), 24);      // surname, one-character given name
+  EXPECT_EQ(walk({16, 17, 18}), 28);  // transliterated name
+  EXPECT_EQ(walk({2}), -1);
+  EXPECT_EQ(walk({8, 2, 3}), -1);   // the word before a name is not part of it
+}
+
+}  // namespace
