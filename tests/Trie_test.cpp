@@ -24,9 +24,33 @@ std::string LastPos(CTrie& trie) {
   return pos;
 }
 
-int MaxWord(CTrie& trie, const std::string& text) {
-  int handle = -2;
-  return trie.GetMaxWord(text.c_str(), &handle);
+constexpr int kAny = -100;
+
+// One operation and what it gives: A AddTrie, D DelTrie, F Find, M GetMaxWord,
+// Q GetFreq; the handle and the last-found tag are checked when given.
+struct Step {
+  char op;
+  std::string arg;
+  int result, handle = kAny;
+  const char* pos = nullptr;
+};
+
+void Expect(CTrie& trie, const std::vector<Step>& steps) {
+  for (size_t i = 0; i < steps.size(); ++i) {
+    const Step& s = steps[i];
+    SCOPED_TRACE("step " + std::to_string(i) + " " + s.op + " " + testing::PrintToString(s.arg));
+    int handle = kAny, got = 0;
+    switch (s.op) {
+      case 'A': got = trie.AddTrie(s.arg.c_str()); break;
+      case 'D': got = trie.DelTrie(s.arg.c_str()); break;
+      case 'F': got = trie.Find(s.arg.c_str()); break;
+      case 'M': got = trie.GetMaxWord(s.arg.c_str(), &handle); break;
+      case 'Q': got = trie.GetFreq(s.arg.c_str(), handle); break;
+    }
+    if (s.result != kAny) EXPECT_EQ(got, s.result);
+    if (s.handle != kAny) EXPECT_EQ(handle, s.handle);
+    if (s.pos != nullptr) EXPECT_EQ(LastPos(trie), s.pos);
+  }
 }
 
 // Random distinct 2-6 character words of GB2312 level-1 hanzi.
@@ -59,15 +83,10 @@ bool LoadBytes(CTrie& trie, const testutil::TempDir& dir, const std::string& byt
   return trie.Load(path.c_str());
 }
 
-TEST(TrieTest, LookupsFoldAsciiCaseAndExportLowerCase) {
+TEST(TrieTest, LookupsFoldAsciiCaseButNotFullWidthAndExportLowerCase) {
   CTrie trie;
-  EXPECT_EQ(trie.AddTrie("ABC nz"), 1);
-  EXPECT_EQ(trie.Find("aBc"), 0);
-  EXPECT_EQ(MaxWord(trie, "Abcd"), 3);
-  // Full-width letters are two-byte characters and are never folded.
-  EXPECT_EQ(trie.AddTrie((Gbk("Ａ") + " x").c_str()), 1);
-  EXPECT_EQ(trie.Find(Gbk("Ａ").c_str()), 1);
-  EXPECT_EQ(trie.Find(Gbk("ａ").c_str()), -1);
+  Expect(trie, {{'A', "ABC nz", 1}, {'F', "aBc", 0}, {'M', "Abcd", 3},
+             {'A', Gbk("Ａ") + " x", 1}, {'F', Gbk("Ａ"), 1}, {'F', Gbk("ａ"), -1}});
   testutil::TempDir dir;
   ASSERT_TRUE(trie.Export(dir.File("u.txt").c_str()));
   EXPECT_EQ(testutil::ReadFileBytes(dir.File("u.txt")), "abc\tnz\n" + Gbk("Ａ") + "\tx\n");
@@ -75,75 +94,42 @@ TEST(TrieTest, LookupsFoldAsciiCaseAndExportLowerCase) {
 
 TEST(TrieTest, AddRulesForNewRepeatedEmptyAndBadTagLines) {
   CTrie trie;
-  const std::string word = Gbk("大数据");
-  EXPECT_EQ(trie.AddTrie(word.c_str()), 1);
-  int handle = -2;
-  EXPECT_EQ(trie.GetFreq(word.c_str(), handle), 1);
-  EXPECT_EQ(handle, 0);
-  EXPECT_EQ(LastPos(trie), "n");  // no tag
-  EXPECT_EQ(trie.AddTrie((word + "\tnz  rest of line").c_str()), 2);
-  EXPECT_EQ(trie.GetFreq(word.c_str(), handle), 2);
-  EXPECT_EQ(handle, 0);
-  EXPECT_EQ(LastPos(trie), "nz");
-
-  EXPECT_EQ(trie.AddTrie("   \t\r\n"), 1);  // no word: nothing added
+  const std::string word = Gbk("大数据"), tag39(39, 't');
+  Expect(trie, {{'A', word, 1}, {'Q', word, 1, 0, "n"},  // no tag
+             {'A', word + "\tnz  rest of line", 2}, {'Q', word, 2, 0, "nz"},
+             {'A', "   \t\r\n", 1},  // no word: nothing added
+             {'A', "w " + tag39 + "x", 0}, {'F', "w", -1}});
   EXPECT_EQ(trie.AddTrie(nullptr), 1);
-  const std::string tag39(39, 't');
-  EXPECT_EQ(trie.AddTrie(("w " + tag39 + "x").c_str()), 0);
-  EXPECT_EQ(trie.Find("w"), -1);
   EXPECT_EQ(trie.GetWordNum(), 2);
-  EXPECT_EQ(trie.AddTrie(("w " + tag39).c_str()), 1);
-  trie.GetFreq("w", handle);
+  Expect(trie, {{'A', "w " + tag39, 1}, {'Q', "w", kAny}});
   // Asking for more than the tag buffer copies the buffer only.
   char big[64];
   memset(big, 'z', sizeof big);
   trie.GetPos(big, sizeof big);
   EXPECT_EQ(std::string(big), tag39);
   EXPECT_EQ(big[CTrie::kPosSize], 'z');
-
   // An existing prefix node becomes a word with the next handle.
-  EXPECT_EQ(trie.AddTrie((Gbk("大数") + " v").c_str()), 1);
-  EXPECT_EQ(trie.Find(Gbk("大数").c_str()), 2);
-  EXPECT_EQ(trie.Find(Gbk("大").c_str()), -1);
-  EXPECT_EQ(trie.Find(""), -1);
+  Expect(trie, {{'A', Gbk("大数") + " v", 1}, {'F', Gbk("大数"), 2}, {'F', Gbk("大"), -1}, {'F', "", -1}});
 }
 
 TEST(TrieTest, DeletedWordStaysDeletedWhenAddedAgain) {
   CTrie trie;
-  trie.AddTrie("alpha a");
-  trie.AddTrie("beta b");
-  EXPECT_EQ(trie.DelTrie("ALPHA"), 0);
-  for (const char* gone : {"alpha", "alp"}) EXPECT_EQ(trie.DelTrie(gone), -1) << gone;
-  EXPECT_EQ(trie.AddTrie("alpha c"), 2);
-  EXPECT_EQ(trie.Find("alpha"), -1);
-  int handle = 7;
-  EXPECT_EQ(trie.GetFreq("alpha", handle), -1);
-  EXPECT_EQ(handle, -1);
-  EXPECT_EQ(MaxWord(trie, "alphabet"), 0);
-  EXPECT_EQ(trie.AddTrie("gamma g"), 1);
-  EXPECT_EQ(trie.Find("gamma"), 2);
+  Expect(trie, {{'A', "alpha a", 1}, {'A', "beta b", 1}, {'D', "ALPHA", 0}, {'D', "alpha", -1},
+             {'D', "alp", -1}, {'A', "alpha c", 2}, {'F', "alpha", -1}, {'Q', "alpha", -1, -1},
+             {'M', "alphabet", 0}, {'A', "gamma g", 1}, {'F', "gamma", 2}});
 }
 
 TEST(TrieTest, LongestMatchDiffersFromExactMatch) {
   CTrie trie;
-  int handle = 5;
-  EXPECT_EQ(trie.GetMaxWord(Gbk("中国").c_str(), &handle), -1);  // empty trie
-  trie.AddTrie((Gbk("中国") + " ns").c_str());
-  trie.AddTrie((Gbk("中国人民") + " n").c_str());
   const std::string text = Gbk("中国人民万岁");
-  EXPECT_EQ(trie.GetMaxWord(text.c_str(), &handle), 8);
-  EXPECT_EQ(handle, 1);
-  EXPECT_EQ(trie.Find(text.c_str()), -1);
-  EXPECT_EQ(trie.Find(Gbk("中国人").c_str()), -1);
-  EXPECT_EQ(trie.GetMaxWord(Gbk("中国人").c_str(), &handle), 4);
-  EXPECT_EQ(LastPos(trie), "ns");
   // A failed lookup leaves the last-found tag alone.
-  EXPECT_EQ(trie.GetMaxWord(Gbk("人民").c_str(), &handle), 0);
-  EXPECT_EQ(handle, -1);
-  EXPECT_EQ(LastPos(trie), "ns");
+  Expect(trie, {{'M', Gbk("中国"), -1},  // empty trie
+             {'A', Gbk("中国") + " ns", 1}, {'A', Gbk("中国人民") + " n", 1}, {'M', text, 8, 1},
+             {'F', text, -1}, {'F', Gbk("中国人"), -1}, {'M', Gbk("中国人"), 4, 0, "ns"},
+             {'M', Gbk("人民"), 0, -1, "ns"}});
   EXPECT_EQ(trie.GetMaxWord(text.c_str(), nullptr), -1);
-
   // Length-given lookups stop at the length; NUL bytes are characters there.
+  int handle;
   char pos[CTrie::kPosSize] = {};
   EXPECT_EQ(trie.GetMaxWord(text.data(), 7, &handle, pos), 4);
   EXPECT_STREQ(pos, "ns");
@@ -152,31 +138,22 @@ TEST(TrieTest, LongestMatchDiffersFromExactMatch) {
   EXPECT_EQ(trie.GetMaxWord(with_nul.data(), with_nul.size(), &handle, pos), 0);
 
   CTrie other;
-  other.AddTrie(Gbk("中").c_str());
-  other.AddTrie(Gbk("中国人").c_str());
-  EXPECT_EQ(MaxWord(other, Gbk("中国人民")), 6);
-  EXPECT_EQ(MaxWord(other, Gbk("中国")), 2);
+  Expect(other, {{'A', Gbk("中"), 1}, {'A', Gbk("中国人"), 1}, {'M', Gbk("中国人民"), 6}, {'M', Gbk("中国"), 2}});
 }
 
 TEST(TrieTest, LoneLeadBytesAndOverlongWordsStayOnCharacterBoundaries) {
   CTrie trie;
-  // "中" followed by the lead byte of "国" alone: a one-byte character.
+  // "中" followed by the lead byte of "国" alone is a one-byte character;
+  // inside a longer text the same byte opens a two-byte character.
   const std::string cut = Gbk("中国").substr(0, 3);
-  ASSERT_EQ(trie.AddTrie((cut + " x").c_str()), 1);
-  EXPECT_EQ(trie.Find(cut.c_str()), 0);
-  EXPECT_EQ(MaxWord(trie, cut), 3);
-  // Inside a longer text the same byte opens a two-byte character.
-  EXPECT_EQ(MaxWord(trie, Gbk("中国人")), 0);
+  Expect(trie, {{'A', cut + " x", 1}, {'F', cut, 0}, {'M', cut, 3}, {'M', Gbk("中国人"), 0}});
   int handle;
   EXPECT_EQ(trie.GetMaxWord(Gbk("中国").c_str(), 3, &handle, nullptr), 3);
-
   std::string hanzi;
   for (int i = 0; i < 60; ++i) hanzi += Gbk("字");
-  ASSERT_EQ(trie.AddTrie(("a" + hanzi + " n").c_str()), 1);  // 121 bytes: 99 kept
-  EXPECT_EQ(trie.Find(("a" + hanzi.substr(0, 98)).c_str()), 1);
-  EXPECT_EQ(MaxWord(trie, "a" + hanzi), 99);
-  ASSERT_EQ(trie.AddTrie((hanzi + " n").c_str()), 1);  // 120 bytes: 98 kept
-  EXPECT_EQ(MaxWord(trie, hanzi), 98);
+  // 121 bytes keep 99; 120 keep 98.
+  Expect(trie, {{'A', "a" + hanzi + " n", 1}, {'F', "a" + hanzi.substr(0, 98), 1}, {'M', "a" + hanzi, 99},
+             {'A', hanzi + " n", 1}, {'M', hanzi, 98}});
 }
 
 TEST(TrieTest, SaveAndLoadKeepEverything) {
@@ -187,12 +164,8 @@ TEST(TrieTest, SaveAndLoadKeepEverything) {
   EXPECT_FALSE(trie.Save(path.c_str()));  // no word was ever added
   EXPECT_FALSE(trie.Export(dir.File("a.txt").c_str()));
   EXPECT_EQ(testutil::FileSize(path), -1);
-
-  trie.AddTrie((Gbk("中国") + " ns").c_str());
-  trie.AddTrie((Gbk("中国人民") + " n").c_str());
-  trie.AddTrie("Ok x");
-  trie.AddTrie("ok y");
-  trie.DelTrie(Gbk("中国").c_str());
+  Expect(trie, {{'A', Gbk("中国") + " ns", 1}, {'A', Gbk("中国人民") + " n", 1}, {'A', "Ok x", 1},
+             {'A', "ok y", 2}, {'D', Gbk("中国"), 0}});
   ASSERT_TRUE(trie.Save(path.c_str()));
   const std::string bytes = testutil::ReadFileBytes(path);
   ASSERT_EQ(bytes.size(), 20u + 64u * 7);  // root, 中, 国, 人, 民, o, k
@@ -205,16 +178,11 @@ TEST(TrieTest, SaveAndLoadKeepEverything) {
   CTrie loaded;
   EXPECT_FALSE(loaded.Load(dir.File("missing.pdat").c_str()));
   ASSERT_TRUE(loaded.Load(path.c_str()));
-  EXPECT_EQ(loaded.Find(Gbk("中国人民").c_str()), 1);
-  int handle;
-  EXPECT_EQ(loaded.GetFreq("OK", handle), 2);
-  EXPECT_EQ(LastPos(loaded), "y");
+  Expect(loaded, {{'F', Gbk("中国人民"), 1}, {'Q', "OK", 2, kAny, "y"}});
   ASSERT_TRUE(loaded.Export(dir.File("b.txt").c_str()));
   EXPECT_EQ(testutil::ReadFileBytes(dir.File("b.txt")), Gbk("中国人民") + "\tn\nok\ty\n");
-  EXPECT_EQ(loaded.AddTrie("new z"), 1);
-  EXPECT_EQ(loaded.Find("new"), 3);
-  EXPECT_EQ(loaded.AddTrie((Gbk("中国") + " ns").c_str()), 2);  // still deleted
-  EXPECT_EQ(loaded.Find(Gbk("中国").c_str()), -1);
+  Expect(loaded, {{'A', "new z", 1}, {'F', "new", 3},
+               {'A', Gbk("中国") + " ns", 2}, {'F', Gbk("中国"), -1}});  // still deleted
 }
 
 TEST(TrieTest, InconsistentFilesAreRejectedAndChangeNothing) {
@@ -312,16 +280,10 @@ TEST(TrieTest, ImportKeepsTheFirstLineOfEachWord) {
                                        long_line + " n", Gbk("云") + "\tn extra"}));
   CTrie trie;
   EXPECT_EQ(trie.Import(dir.File("words.txt").c_str(), nullptr), 4);
-  int handle;
-  EXPECT_EQ(trie.GetFreq(Gbk("大数据").c_str(), handle), 1);
-  EXPECT_EQ(LastPos(trie), "nz");
-  EXPECT_EQ(trie.GetFreq("CLOUD", handle), 1);
-  EXPECT_EQ(LastPos(trie), "n");
-  EXPECT_EQ(trie.Find("bad"), -1);
   // The 5000-byte line arrives in pieces of 3071 bytes whose words, cut to
   // 99 bytes, are one word.
-  EXPECT_EQ(trie.Find(long_line.substr(0, 99).c_str()), 2);
-  EXPECT_EQ(trie.Find(Gbk("云").c_str()), 3);
+  Expect(trie, {{'Q', Gbk("大数据"), 1, kAny, "nz"}, {'Q', "CLOUD", 1, kAny, "n"}, {'F', "bad", -1},
+             {'F', long_line.substr(0, 99), 2}, {'F', Gbk("云"), 3}});
   EXPECT_EQ(trie.Import(dir.File("missing.txt").c_str(), nullptr), 0);
 }
 
