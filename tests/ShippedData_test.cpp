@@ -1,6 +1,7 @@
 // ShippedData_test.cpp: the trained data of Data/ loads through the library
 // and analyses sentences whose right answer a reader can check.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <string>
@@ -18,12 +19,28 @@ using Word = std::pair<std::string, std::string>;  // UTF-8 word, tag name
 
 class ShippedDataTest : public ::testing::Test {
  protected:
+  // A copy of the shipped Data, since initialisation writes its new-word log
+  // into the data directory.
+  static void SetUpTestSuite() {
+    data_ = new testutil::TempDir;
+    const std::string source = std::string(ZIVOR_SOURCE_DIR) + "/Data/";
+    mkdir((data_->path() + "/Data").c_str(), 0755);
+    for (const char* file : {"Configure.xml", "ZIVOR.map", "ZIVOR_First.map", "PKU.map",
+                             "PKU_First.map", "charset.type", "CoreDict.pdat", "CoreDict.unig",
+                             "BiWord.big", "CoreDict.pos", "ZIVOR.ctx", "nr.role", "nr.ctx",
+                             "nr.fsa"}) {
+      testutil::WriteFile(data_->File(std::string("Data/") + file),
+                          testutil::ReadFileBytes(source + file));
+    }
+  }
+  static void TearDownTestSuite() { delete data_; }
+
   void SetUp() override {
     char cwd[4096];
     ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
     old_cwd_ = cwd;
     ASSERT_EQ(chdir(work_.path().c_str()), 0);  // the day's log goes here
-    ASSERT_TRUE(ZIVOR_Init(ZIVOR_SOURCE_DIR, 0));
+    ASSERT_TRUE(ZIVOR_Init(data_->path().c_str(), 0));
   }
   void TearDown() override {
     ZIVOR_Exit();
@@ -46,9 +63,12 @@ class ShippedDataTest : public ::testing::Test {
     return words;
   }
 
+  static testutil::TempDir* data_;
   testutil::TempDir work_;
   std::string old_cwd_;
 };
+
+testutil::TempDir* ShippedDataTest::data_ = nullptr;
 
 bool Has(const std::vector<Word>& words, const Word& word) {
   for (const Word& w : words) {

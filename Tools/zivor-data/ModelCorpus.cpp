@@ -135,7 +135,7 @@ std::vector<ModelToken> ModelCorpusReader::Tokens(const CorpusParagraph& paragra
 
 // The counted word. Names of two or more characters count as 未##人, the
 // word the recogniser puts in their place; a lone surname stays the
-// character it is. A token that atom segmentation turns into a single
+// character it is, tagged n. A token that atom segmentation turns into a single
 // number, time or Latin-run atom counts as that atom's pseudo-word: the
 // segmenter never looks such a string up except whole (and a Latin run not
 // even then), so its own statistics would serve only the strings seen in
@@ -164,6 +164,12 @@ void ModelCorpusReader::SetCountedWord(ModelToken* token) {
   }
   if (cached->second.empty()) {
     token->word = FoldAscii(token->text);
+    // A lone surname keeps its character but not the name tag: recognition
+    // never merges a single word, so the tag would only ever come from the
+    // part-of-speech tagger, which then calls the surname of every name it
+    // failed to merge a name. On days 25-27 (trained on 1-24) this took
+    // names from P 0.849 R 0.791 to P 0.900 R 0.772.
+    if (token->name == NameKind::kSurname) token->tag = tags_.Id("n");
     return;
   }
   ++class_tokens_[token->text];
