@@ -129,7 +129,8 @@ TEST(HMMTaggerTest, EqualPredecessorsKeepTheEarliestCandidate) {
     const Model m{{{0, 0, 5, 5}, {0, 0, 0, 0}, {0, 5, 0, 0}, {0, 5, 0, 0}},
                   {{{kBegin, 10}}, {{kEndTag, 10}}, {{kNoun, 4}, {kVerb, verbCount}}}};
     Tagger tagger(m, 21);
-    EXPECT_EQ(Tags(tagger.get(), {kStart, 2, kFinish})[1], verbCount == 4 ? kNoun : kVerb);
+    EXPECT_EQ(Tags(tagger.get(), {kStart, 2, kFinish}),
+              (std::vector<int>{kBegin, verbCount == 4 ? kNoun : kVerb, kEndTag}));
     if (verbCount == 4) EXPECT_EQ(tagger->GetWeight(1, 0), tagger->GetWeight(1, 1));
   }
 }
