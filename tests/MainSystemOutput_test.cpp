@@ -138,6 +138,11 @@ TEST_F(OutputTest, PatternMerges) {
   EXPECT_EQ(98, sys_->m_pVecResult[1].iPOS);
 }
 
+std::string Describe(const word_t& w) {
+  return std::to_string(w.handle) + "@" + std::to_string(w.start) + ".." + std::to_string(w.end) + " type " +
+         std::to_string(w.type) + " tag " + std::to_string(w.POS_id);
+}
+
 class FieldDicTest : public OutputTest {
  protected:
   // 北京 大学 学生 between the pseudo-words, offsets in line_, type 50, tag 0.
@@ -169,18 +174,15 @@ TEST_F(FieldDicTest, DictionaryWordCoveringWordsExactlyBecomesOneWord) {
   ASSERT_TRUE(dict.Build("北京大学 nt 3\n", r_->maps[0]));
   const int dictHandle = dict.dict.Find(Gbk("北京大学").c_str());
   const int beijing = words_[1].handle;
+  const word_t student = words_[3], end = words_[4];
   ASSERT_EQ(4, Run(&dict.dict, &dict.pos, 102, dest_));
-  EXPECT_EQ(0, dest_[1].start);
-  EXPECT_EQ(8, dest_[1].end);
-  EXPECT_EQ(102, dest_[1].type);
-  EXPECT_EQ(r_->maps[0].GetID("nt"), dest_[1].POS_id);
   // A separate destination keeps the first covered word's handle; the
   // source word takes the dictionary's.
-  EXPECT_EQ(beijing, dest_[1].handle);
+  word_t merged = {beijing, 0, 8, 0, 102, (unsigned char)r_->maps[0].GetID("nt")};
+  EXPECT_EQ(Describe(merged), Describe(dest_[1]));
+  EXPECT_EQ(Describe(student), Describe(dest_[2]));
+  EXPECT_EQ(Describe(end), Describe(dest_[3]));
   EXPECT_EQ(dictHandle, words_[1].handle);
-  EXPECT_EQ(8, dest_[2].start);
-  EXPECT_EQ(50, dest_[2].type);
-  EXPECT_EQ(words_[4].handle, dest_[3].handle);
 
   // In place the merged slot is the source word: the new handle shows.
   SetUp();
@@ -198,12 +200,7 @@ TEST_F(FieldDicTest, WordsStayUnlessTheLongestWordEndsOnABoundary) {
   ASSERT_TRUE(longest.Build("北京大学学 nz 1\n北京大学 nt 3\n", r_->maps[0]));
   for (testutil::SmallDict* dict : {&inside, &longest, static_cast<testutil::SmallDict*>(nullptr)}) {
     ASSERT_EQ(5, Run(dict ? &dict->dict : nullptr, dict ? &dict->pos : nullptr, 102, dest_));
-    for (int i = 1; i < 5; ++i) {
-      EXPECT_EQ(words_[i].start, dest_[i].start);
-      EXPECT_EQ(words_[i].end, dest_[i].end);
-      EXPECT_EQ(words_[i].handle, dest_[i].handle);
-      EXPECT_EQ(50, dest_[i].type);
-    }
+    for (int i = 1; i < 5; ++i) EXPECT_EQ(Describe(words_[i]), Describe(dest_[i])) << i;
   }
   // A lexicon without a tag for the word gives the default tag 21.
   CPOS empty;
@@ -217,8 +214,7 @@ TEST_F(FieldDicTest, WordsStayUnlessTheLongestWordEndsOnABoundary) {
   ASSERT_EQ(2, Run(&single.dict, &single.pos, 0, dest_, 2));
   EXPECT_EQ(words_[4].handle, dest_[1].handle);
   int count = 0;
-  EXPECT_EQ(1, sys_->FieldDic(line_.c_str(), nullptr, 0, dest_, count, &single.dict,
-                              &single.pos, 102));
+  EXPECT_EQ(1, sys_->FieldDic(line_.c_str(), nullptr, 0, dest_, count, &single.dict, &single.pos, 102));
 }
 
 TEST_F(FieldDicTest, GranularityThenFieldPassInThePipeline) {
@@ -226,10 +222,8 @@ TEST_F(FieldDicTest, GranularityThenFieldPassInThePipeline) {
   ASSERT_TRUE(gran.Build("的学生 n 1\n", r_->maps[0]));
   ASSERT_TRUE(field.Build("北京大学 nz 1\n", r_->maps[0]));
   MiniResources::Options options;
-  options.granDict = &gran.dict;
-  options.granPOS = &gran.pos;
-  options.fieldDict = &field.dict;
-  options.fieldPOS = &field.pos;
+  options.granDict = &gran.dict, options.granPOS = &gran.pos;
+  options.fieldDict = &field.dict, options.fieldPOS = &field.pos;
   sys_ = r_->NewSystem(options);
   EXPECT_EQ("他/rr 是/vshi 北京大学/nz 的学生/n 。/wj ", Text(kSentence));
   const result_t* records = sys_->m_pVecResult;
