@@ -4,12 +4,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <new>
 #include <string>
 #include <vector>
 
 #include "Utility/BinaryIO.h"
+#include "Utility/global_linux.h"
 #include "Utility/PDAT.h"
 
 namespace {
@@ -131,15 +131,14 @@ bool CBigram::Save(const char* path) const {
 
 int CBigram::Import(const char* path, const CPDAT* dict) {
   if (path == nullptr || dict == nullptr) return 0;
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return 0;
+  FilePtr fp = OpenFile(path, "rb");
+  if (!fp) return 0;
   const int bound = std::max(dict->GetLowerBound(), 0);
 
   std::vector<bigram_elem> pairs;
   pairs.reserve(kInitialPairs);
   std::string line;
-  while (std::getline(in, line)) {
-    if (line.size() > kMaxLine) line.resize(kMaxLine);
+  while (ReadLine(fp.get(), &line, kMaxLine + 1)) {
     char token[kMaxLine + 1];
     int freq = 0;
     if (sscanf(line.c_str(), "%1024s %d", token, &freq) != 2) continue;

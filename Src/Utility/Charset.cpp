@@ -2,11 +2,11 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <new>
 #include <string>
 
 #include "Utility/BinaryIO.h"
+#include "Utility/global_linux.h"
 
 namespace {
 
@@ -58,13 +58,12 @@ bool CCharset::Save(const char* path) const {
 
 int CCharset::Import(const char* path) {
   if (path == nullptr) return 0;
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return 0;
+  FilePtr fp = OpenFile(path, "rb");
+  if (!fp) return 0;
   m_nSize = 0;
   std::string line;
-  while (std::getline(in, line)) {
+  while (ReadLine(fp.get(), &line, kMaxLine + 1)) {
     ++m_nSize;
-    if (line.size() > kMaxLine) line.resize(kMaxLine);
     char token[kMaxLine + 1];
     int type = 0;
     if (sscanf(line.c_str(), "%1024s %d", token, &type) == 2) {

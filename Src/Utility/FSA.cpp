@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Utility/BinaryIO.h"
+#include "Utility/global_linux.h"
 #include "Utility/Global.h"
 
 namespace {
@@ -21,19 +22,6 @@ constexpr size_t kLineSize = 1024;
 // The text form declares S and M freely; refuse tables beyond this many
 // transitions (256 MB) rather than trying to allocate them.
 constexpr uint64_t kMaxTransitions = uint64_t{1} << 26;
-
-// Reads one line of fp into line without its line feed. False at the end of
-// the file.
-bool ReadLine(FILE* fp, char (&line)[kLineSize]) {
-  size_t used = 0;
-  int c = getc(fp);
-  if (c == EOF) return false;
-  for (; c != EOF && c != '\n'; c = getc(fp)) {
-    if (used + 1 < kLineSize) line[used++] = static_cast<char>(c);
-  }
-  line[used] = '\0';
-  return true;
-}
 
 // Parses the integer at *cursor, advancing it past the digits. False (cursor
 // unchanged) when no integer starts there after optional blanks. Values
@@ -173,11 +161,12 @@ bool CFSA::Import(const char* path) {
   FilePtr fp = OpenFile(path, "r");
   if (!fp) return false;
   char line[kLineSize];
+  const auto next_line = [&] { return ReadLine(fp.get(), line, sizeof line); };
   // Lines 1 to 4: title, S, comment, M.
   long nStates = 0, nInputs = 0;
-  if (!ReadLine(fp.get(), line) || !ReadLine(fp.get(), line) || !ParseCount(line, &nStates) ||
-      !ReadLine(fp.get(), line) || !ReadLine(fp.get(), line) || !ParseCount(line, &nInputs) ||
-      nStates == 0 || uint64_t(nStates) * (uint64_t(nInputs) + 1) > kMaxTransitions) {
+  if (!next_line() || !next_line() || !ParseCount(line, &nStates) || !next_line() ||
+      !next_line() || !ParseCount(line, &nInputs) || nStates == 0 ||
+      uint64_t(nStates) * (uint64_t(nInputs) + 1) > kMaxTransitions) {
     return false;
   }
   CFSA built;
@@ -185,9 +174,9 @@ bool CFSA::Import(const char* path) {
   // Lines 5 to 9: comment, accepting states, comment, their tag ids, comment.
   // A file may end anywhere in here.
   std::vector<long> accepted, tags;
-  if (ReadLine(fp.get(), line) && ReadLine(fp.get(), line)) accepted = ParseIntList(line);
-  if (ReadLine(fp.get(), line) && ReadLine(fp.get(), line)) tags = ParseIntList(line);
-  ReadLine(fp.get(), line);
+  if (next_line() && next_line()) accepted = ParseIntList(line);
+  if (next_line() && next_line()) tags = ParseIntList(line);
+  next_line();
   for (size_t i = 0; i < accepted.size(); ++i) {
     if (!InRange(accepted[i], 0, nStates)) continue;
     built.m_pStateAccepted[accepted[i]] = 1;
@@ -196,7 +185,7 @@ bool CFSA::Import(const char* path) {
   // Every further line: "from input to". Fields that do not parse keep the
   // previous line's values. The input test admits M itself.
   long transition[3] = {0, 0, 0};
-  while (ReadLine(fp.get(), line)) {
+  while (next_line()) {
     const char* cursor = line;
     for (long& field : transition) {
       if (!ParseInt(&cursor, &field)) break;

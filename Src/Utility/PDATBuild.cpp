@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Utility/BinaryIO.h"
+#include "Utility/global_linux.h"
 #include "Utility/PDAT.h"
 
 namespace {
@@ -91,18 +92,6 @@ trie_elem* ChildFor(trie_elem* parent, unsigned int code) {
 
 bool IsBlank(char c) {
   return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
-}
-
-// Reads one line (without its '\n') keeping at most kMaxLineBytes - 1 bytes of
-// it. False at the end of the file.
-bool ReadLine(FILE* fp, std::string* line) {
-  line->clear();
-  int c = getc(fp);
-  if (c == EOF) return false;
-  for (; c != EOF && c != '\n'; c = getc(fp)) {
-    if (line->size() < kMaxLineBytes - 1) line->push_back(static_cast<char>(c));
-  }
-  return true;
 }
 
 // The first whitespace-free token of a line (up to a NUL byte).
@@ -334,7 +323,7 @@ int CPDAT::Import(const char* path, CPDAT* exclude) {
   AddWordInit();
   std::string line;
   int handle = 0;
-  while (ReadLine(fp.get(), &line)) {
+  while (ReadLine(fp.get(), &line, kMaxLineBytes)) {
     const std::string word = FirstToken(line);
     if (word.empty()) continue;
     if (exclude != nullptr && exclude->Find(word.c_str()) != -1) continue;

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "Utility/BinaryIO.h"
+#include "Utility/global_linux.h"
 #include "Utility/PDAT.h"
 #include "Utility/POSmap.h"
 
@@ -54,17 +55,6 @@ POS_info DecodeRecord(const unsigned char* in) {
 
 bool IsSpace(char c) {
   return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f';
-}
-
-// Reads one line (without the tail of an overlong one); false at the end.
-bool ReadLine(FILE* fp, char* buf, int size) {
-  if (fgets(buf, size, fp) == nullptr) return false;
-  if (strchr(buf, '\n') == nullptr) {
-    int c;
-    while ((c = fgetc(fp)) != EOF && c != '\n') {
-    }
-  }
-  return true;
 }
 
 // Cuts the line in place into up to `max` white-space-delimited tokens.

@@ -30,18 +30,6 @@ bool EqualsIgnoreCase(const char* a, const char* b) {
   return *a == *b;
 }
 
-// Reads one line into buf (NUL-terminated, without the tail of an overlong
-// line). False at the end of the file.
-bool ReadLine(FILE* fp, char* buf, int size) {
-  if (fgets(buf, size, fp) == nullptr) return false;
-  if (strchr(buf, '\n') == nullptr) {
-    int c;
-    while ((c = fgetc(fp)) != EOF && c != '\n') {
-    }
-  }
-  return true;
-}
-
 // Length of the first token of line (stored at *start), cut to the longest
 // prefix of whole GBK characters within CPOSmap::kMaxNameLen bytes.
 int FirstToken(const char* line, const char** start) {

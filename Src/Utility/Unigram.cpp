@@ -3,11 +3,11 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <new>
 #include <string>
 
 #include "Utility/BinaryIO.h"
+#include "Utility/global_linux.h"
 #include "Utility/PDAT.h"
 
 namespace {
@@ -88,8 +88,8 @@ bool CUnigram::Save(const char* path) const {
 
 int CUnigram::Import(const char* path, const CPDAT* dict) {
   if (path == nullptr || dict == nullptr) return 0;
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return 0;
+  FilePtr fp = OpenFile(path, "rb");
+  if (!fp) return 0;
   const int bound = dict->GetLowerBound();
   int* data = NewFrequencies(bound);
   int size = 0;
@@ -97,8 +97,7 @@ int CUnigram::Import(const char* path, const CPDAT* dict) {
   // Frequencies go straight to their handles in file order, so a handle
   // listed twice keeps the frequency of its last line.
   std::string line;
-  while (std::getline(in, line)) {
-    if (line.size() > kMaxLine) line.resize(kMaxLine);
+  while (ReadLine(fp.get(), &line, kMaxLine + 1)) {
     char word[kMaxLine + 1];
     int freq = 0;
     if (sscanf(line.c_str(), "%1024s %d", word, &freq) != 2) continue;

@@ -35,7 +35,35 @@ std::string LogFileNameAt(const struct tm& when, const char* sFilePath) {
   return std::string(sFilePath) + "/" + day;
 }
 
+// Reads one line, handing at most `keep` of its bytes to `sink`.
+template <class Sink>
+bool ReadLineInto(FILE* fp, size_t keep, Sink&& sink) {
+  int c = getc(fp);
+  if (c == EOF) return false;
+  for (size_t used = 0; c != EOF && c != '\n'; c = getc(fp)) {
+    if (used < keep) {
+      sink(static_cast<char>(c));
+      ++used;
+    }
+  }
+  return true;
+}
+
 }  // namespace
+
+bool ReadLine(FILE* fp, char* buf, size_t size) {
+  if (fp == nullptr || buf == nullptr || size == 0) return false;
+  size_t used = 0;
+  const bool got = ReadLineInto(fp, size - 1, [&](char c) { buf[used++] = c; });
+  buf[used] = '\0';
+  return got;
+}
+
+bool ReadLine(FILE* fp, std::string* line, size_t nMaxBytes) {
+  line->clear();
+  if (fp == nullptr || nMaxBytes == 0) return false;
+  return ReadLineInto(fp, nMaxBytes - 1, [&](char c) { line->push_back(c); });
+}
 
 bool GetXMLItemValue(const char* sLine, const char* sItemName, char* sValue,
                      size_t nValueSize) {

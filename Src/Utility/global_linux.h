@@ -29,6 +29,13 @@ int ReadFile(const char* sFilename, char** pBuffer);
 // and after.
 int GetFileLinesCount(FILE* fp);
 
+// Reads the next line of fp without its line feed into buf, keeping at most
+// size - 1 bytes (NUL-terminated); the tail of a longer line is skipped so it
+// never reads as a line of its own. False at the end of the file.
+bool ReadLine(FILE* fp, char* buf, size_t size);
+// The same into a string, keeping at most nMaxBytes - 1 bytes.
+bool ReadLine(FILE* fp, std::string* line, size_t nMaxBytes);
+
 // Returns the next non-blank line at or after pCur, terminated in place; the
 // replaced line-end character is saved at *chSep and *pNextRet points at it
 // (null after the last line).
