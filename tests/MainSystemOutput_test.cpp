@@ -222,8 +222,10 @@ TEST_F(FieldDicTest, GranularityThenFieldPassInThePipeline) {
   ASSERT_TRUE(gran.Build("的学生 n 1\n", r_->maps[0]));
   ASSERT_TRUE(field.Build("北京大学 nz 1\n", r_->maps[0]));
   MiniResources::Options options;
-  options.granDict = &gran.dict, options.granPOS = &gran.pos;
-  options.fieldDict = &field.dict, options.fieldPOS = &field.pos;
+  options.granDict = &gran.dict;
+  options.granPOS = &gran.pos;
+  options.fieldDict = &field.dict;
+  options.fieldPOS = &field.pos;
   sys_ = r_->NewSystem(options);
   EXPECT_EQ("他/rr 是/vshi 北京大学/nz 的学生/n 。/wj ", Text(kSentence));
   const result_t* records = sys_->m_pVecResult;

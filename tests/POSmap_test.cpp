@@ -27,7 +27,10 @@ std::vector<std::array<std::string, 4>> ShippedTagSet() {
     std::string id, cell;
     std::getline(cells, id, '|');
     std::array<std::string, 4> names;
-    for (std::string& name : names) std::getline(cells, cell, '|'), std::istringstream(cell) >> name;
+    for (std::string& name : names) {
+      std::getline(cells, cell, '|');
+      std::istringstream(cell) >> name;
+    }
     if (std::stoi(id) != int(tags.size())) return {};
     tags.push_back(names);
   }

@@ -61,8 +61,9 @@ std::vector<std::string> GeneratedWords(size_t count, unsigned seed) {
   std::vector<std::string> words;
   while (words.size() < count) {
     std::string w;
-    for (int n = chars(rng), hi; n > 0; --n) {
-      w += char(hi = lead(rng));
+    for (int n = chars(rng); n > 0; --n) {
+      const int hi = lead(rng);
+      w += char(hi);
       w += char(hi == 0xD7 ? std::min(trail(rng), 0xF9) : trail(rng));
     }
     if (seen.insert(w).second) words.push_back(w);
