@@ -69,8 +69,15 @@ class TempDir {
   bool keep_ = false;
 };
 
-int Fail(const std::string& message) {
+// Prints the reason of a failure; returns false.
+bool Failure(const std::string& message) {
   fprintf(stderr, "zivor-data model: %s\n", message.c_str());
+  return false;
+}
+
+// The same for a command: returns the exit status 1.
+int Fail(const std::string& message) {
+  Failure(message);
   return 1;
 }
 
@@ -99,15 +106,22 @@ std::set<std::string> BaseWords() {
   return words;
 }
 
+bool WriteLines(const std::string& path, const std::vector<std::string>& lines) {
+  FILE* fp = fopen(path.c_str(), "wb");
+  if (fp == nullptr) return false;
+  for (const std::string& line : lines) fprintf(fp, "%s\n", line.c_str());
+  return fclose(fp) == 0;
+}
+
 // Builds the dictionary of `words` through its importer: handle i + 1 for
-// the i-th word. Fails unless every word is found under its own handle.
+// the i-th word. Fails unless every word is found under its own handle (the
+// dictionary cannot find a one-character word of its most frequent
+// character when no longer word contains that character).
 bool BuildDictionary(const std::vector<std::string>& words, const std::string& list_path,
                      CPDAT* dict) {
-  FILE* fp = fopen(list_path.c_str(), "wb");
-  if (fp == nullptr) return false;
-  for (const std::string& word : words) fprintf(fp, "%s\n", word.c_str());
   dict->SetImportProgress(false);
-  if (fclose(fp) != 0 || dict->Import(list_path.c_str()) != static_cast<int>(words.size())) {
+  if (!WriteLines(list_path, words) ||
+      dict->Import(list_path.c_str()) != static_cast<int>(words.size())) {
     return false;
   }
   for (size_t i = 0; i < words.size(); ++i) {
@@ -140,13 +154,6 @@ void CountSentence(const ModelSentence& sentence, unsigned char begin_tag, unsig
   visit(start, begin_tag);
   for (const ModelToken& token : sentence.tokens) visit(token.word, token.tag);
   visit(end, end_tag);
-}
-
-bool WriteLines(const std::string& path, const std::vector<std::string>& lines) {
-  FILE* fp = fopen(path.c_str(), "wb");
-  if (fp == nullptr) return false;
-  for (const std::string& line : lines) fprintf(fp, "%s\n", line.c_str());
-  return fclose(fp) == 0;
 }
 
 std::string Line(const std::string& word, int a, int b) {
@@ -190,14 +197,18 @@ class ModelBuilder {
 };
 
 int ModelBuilder::Run(const std::vector<std::string>& corpora, int first_day, int last_day) {
-  if (!charset_.Load(Out("charset.type").c_str())) return Fail("cannot read " + Out("charset.type"));
+  if (!charset_.Load(Out("charset.type").c_str())) {
+    return Fail("cannot read " + Out("charset.type"));
+  }
   if (!map_.Load(Out("ZIVOR.map").c_str())) return Fail("cannot read " + Out("ZIVOR.map"));
-  if (!ReadCorpus(corpora, first_day, last_day)) return 1;
-  if (!WriteWordTables()) return Fail("cannot build the dictionary and word tables");
-  if (!WriteTagTables()) return Fail("cannot build the tag lexicon and statistics");
-  if (!WriteRoleTables()) return Fail("cannot build the person-name tables");
-  printf("%zu sentences, %zu words, %zu pairs, %d tokens\n", sentences_.size(), words_.size(),
-         counts_.bigrams.size(), unigram_.GetTotalFreq());
+  const bool built =
+      ReadCorpus(corpora, first_day, last_day) &&
+      (WriteWordTables() || Failure("cannot build the dictionary and word tables")) &&
+      (WriteTagTables() || Failure("cannot build the tag lexicon and statistics")) &&
+      (WriteRoleTables() || Failure("cannot build the person-name tables"));
+  if (!built) return 1;
+  printf("%zu sentences, %zu words, %zu pairs, total word frequency %d\n", sentences_.size(),
+         words_.size(), counts_.bigrams.size(), unigram_.GetTotalFreq());
   return 0;
 }
 
@@ -208,7 +219,7 @@ bool ModelBuilder::ReadCorpus(const std::vector<std::string>& corpora, int first
   const std::set<std::string> base = BaseWords();
   CPDAT base_dict;
   if (!BuildDictionary({base.begin(), base.end()}, temp_.File("base.txt"), &base_dict)) {
-    return Fail("cannot build the base dictionary"), false;
+    return Failure("cannot build the base dictionary");
   }
   ResolveFixedWords(base_dict);
   const TagRefiner tags(map_);
@@ -218,7 +229,7 @@ bool ModelBuilder::ReadCorpus(const std::vector<std::string>& corpora, int first
       const int day = DayOf(paragraph.id);
       if (day < first_day || day > last_day) reader.Add(paragraph, &sentences_);
     });
-    if (!opened) return Fail("cannot open " + corpus), false;
+    if (!opened) return Failure("cannot open " + corpus);
   }
   const unsigned char begin = tags.Id("begin"), end = tags.Id("end");
   for (const ModelSentence& sentence : sentences_) CountSentence(sentence, begin, end, &counts_);
@@ -267,7 +278,8 @@ bool ModelBuilder::WriteWordTables() {
   for (const auto& [pair, count] : counts_.bigrams) pairs.push_back(Line(pair, count));
   return WriteLines(temp_.File("unigrams.txt"), lines) &&
          unigram_.Import(temp_.File("unigrams.txt").c_str(), &dict_) > 0 &&
-         unigram_.Save(Out("CoreDict.unig").c_str()) && WriteLines(temp_.File("bigrams.txt"), pairs) &&
+         unigram_.Save(Out("CoreDict.unig").c_str()) &&
+         WriteLines(temp_.File("bigrams.txt"), pairs) &&
          bigram_.Import(temp_.File("bigrams.txt").c_str(), &dict_) > 0 &&
          bigram_.Save(Out("BiWord.big").c_str());
 }
