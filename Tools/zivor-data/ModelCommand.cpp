@@ -134,26 +134,44 @@ bool BuildDictionary(const std::vector<std::string>& words, const std::string& l
   return true;
 }
 
+// Words and pairs are counted on the words the segmenter will meet: a
+// person name is still in pieces then (the recogniser merges it after the
+// path is chosen), so a name counts as its characters there. Tags and tag
+// transitions are counted on the words the tagger will meet, where the name
+// is 未##人.
 void CountSentence(const ModelSentence& sentence, unsigned char begin_tag, unsigned char end_tag,
                    WordCounts* counts) {
-  const std::string* previous = nullptr;
+  const std::string person = FixedWordText(&gUnknown_nr_ID);
+  std::string previous = FixedWordText(&gSent_StartID);
   unsigned char previous_tag = begin_tag;
-  const std::string start = FixedWordText(&gSent_StartID);
-  const std::string end = FixedWordText(&gSent_EndID);
-  auto visit = [&](const std::string& word, unsigned char tag) {
+  ++counts->unigrams[previous];
+  ++counts->tags[previous][begin_tag];
+  auto add_word = [&](const std::string& word) {
     ++counts->unigrams[word];
+    // The bigram importer splits a pair at its first '@'.
+    if (previous.find('@') == std::string::npos) ++counts->bigrams[previous + "@" + word];
+    previous = word;
+  };
+  auto add_tag = [&](const std::string& word, unsigned char tag) {
     ++counts->tags[word][tag];
-    if (previous != nullptr) {
-      // The bigram importer splits a pair at its first '@'.
-      if (previous->find('@') == std::string::npos) ++counts->bigrams[*previous + "@" + word];
-      ++counts->transitions[{previous_tag, tag}];
-    }
-    previous = &word;
+    ++counts->transitions[{previous_tag, tag}];
     previous_tag = tag;
   };
-  visit(start, begin_tag);
-  for (const ModelToken& token : sentence.tokens) visit(token.word, token.tag);
-  visit(end, end_tag);
+  for (const ModelToken& token : sentence.tokens) {
+    if (token.word == person) {
+      for (size_t i = 0; i < token.text.size();) {
+        const size_t bytes = static_cast<unsigned char>(token.text[i]) >= 0x80 ? 2 : 1;
+        add_word(FoldAscii(token.text.substr(i, bytes)));
+        i += bytes;
+      }
+      ++counts->unigrams[person];
+    } else {
+      add_word(token.word);
+    }
+    add_tag(token.word, token.tag);
+  }
+  add_word(FixedWordText(&gSent_EndID));
+  add_tag(FixedWordText(&gSent_EndID), end_tag);
 }
 
 std::string Line(const std::string& word, int a, int b) {

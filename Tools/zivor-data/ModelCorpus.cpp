@@ -8,13 +8,6 @@ namespace {
 
 constexpr int kCharBytes = 2;  // a Chinese character in GBK
 
-std::string FoldAscii(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
-}
-
 bool IsNameToken(const CorpusToken& token) { return token.tag == "nr"; }
 
 // A name piece that can be a surname or a given name: one or two characters.
@@ -39,6 +32,13 @@ bool InList(const char* const* list, const std::string& word) {
 }
 
 }  // namespace
+
+std::string FoldAscii(std::string text) {
+  for (char& c : text) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return text;
+}
 
 bool IsNamePrefix(const std::string& word) {
   static const char* const kPrefixes[] = {"\xc0\xcf", "\xd0\xa1", "\xb0\xa2", nullptr};
@@ -133,8 +133,9 @@ std::vector<ModelToken> ModelCorpusReader::Tokens(const CorpusParagraph& paragra
   return tokens;
 }
 
-// The counted word. Names of two or more characters count as 未##人, the
-// word the recogniser puts in their place; a lone surname stays the
+// The word the tagger sees. Names of two or more characters are 未##人, the
+// word the recogniser puts in their place (the segmenter still sees their
+// characters: CountSentence); a lone surname stays the
 // character it is, tagged n. A token that atom segmentation turns into a single
 // number, time or Latin-run atom counts as that atom's pseudo-word: the
 // segmenter never looks such a string up except whole (and a Latin run not

@@ -33,8 +33,8 @@ bool IsNameSuffix(const std::string& word);
 
 struct ModelToken {
   std::string text;          // GBK bytes as written in the corpus
-  std::string word;          // the word counted for it: the text, ASCII
-                             // letters in lower case, or a pseudo-word
+  std::string word;          // the word the tagger sees for it: the text,
+                             // ASCII letters in lower case, or a pseudo-word
   unsigned char tag = 0;     // refined tag id
   NameKind name = NameKind::kNone;
   int surname_bytes = 0;     // length of the surname within a kFull name
@@ -53,6 +53,9 @@ struct FixedWord {
   const char* tag;   // tag name for a pseudo-word, null for other fixed words
 };
 const std::vector<FixedWord>& FixedWords();
+
+// The text with ASCII letters in lower case, as the dictionary reads it.
+std::string FoldAscii(std::string text);
 
 // The text of the fixed word whose global handle is `handle`.
 const char* FixedWordText(const int* handle);
