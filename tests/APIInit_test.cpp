@@ -57,7 +57,7 @@ TEST_F(InitTest, MiniDataHoldsEveryPseudoWordWithItsTag) {
     EXPECT_EQ(1, count);
     EXPECT_STREQ(tags[i], map.GetPOS(lexicon.GetPOS(handle)));
     roles.GetPOS(handle, &roleCount);
-    if (i < 2) EXPECT_EQ(1, roleCount);  // the sentence markers play one role each
+    if (i < 2) { EXPECT_EQ(1, roleCount); }  // the sentence markers play one role each
   }
   CFSA fsa;
   ASSERT_TRUE(fsa.Load(DataFile("nr.fsa").c_str()));

@@ -101,7 +101,7 @@ TEST_F(ApiTest, SetPOSmapAcceptsOnlyLevelsZeroToThree) {
   const auto expect_level = [](int level) {
     EXPECT_EQ(level, g_nPosMap);
     for (unsigned int i = 0; i < g_nCopyMemSize; ++i)
-      if (g_vecZIVOR[i] != nullptr) EXPECT_EQ(level, g_vecZIVOR[i]->GetPosmap()) << i;
+      if (g_vecZIVOR[i] != nullptr) { EXPECT_EQ(level, g_vecZIVOR[i]->GetPosmap()) << i; }
   };
   EXPECT_EQ(0, ZIVOR_SetPOSmap(2));
   expect_level(2);
@@ -283,7 +283,7 @@ TEST_F(ApiTest, AnyBytesAreAnalysedWithoutHarm) {
     int count = -1;
     const result_t* records = ZIVOR_ParagraphProcessA(text.c_str(), &count, true);
     ASSERT_GE(count, 0);
-    if (count > 0) ASSERT_NE(nullptr, records);
+    if (count > 0) { ASSERT_NE(nullptr, records); }
     for (int i = 0; i < count; ++i) {
       ASSERT_GE(records[i].start, 0);
       ASSERT_LE(records[i].start + records[i].length, static_cast<int>(text.size()));

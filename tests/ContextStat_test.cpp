@@ -19,11 +19,7 @@ using testutil::TempDir;
 using uchar = unsigned char;
 constexpr double kFloor = 0.00001;
 
-std::string Ints(const std::vector<int>& values) {
-  std::string bytes(4 * values.size(), '\0');
-  for (size_t i = 0; i < values.size(); ++i) StoreLE32((unsigned char*)&bytes[4 * i], values[i]);
-  return bytes;
-}
+using testutil::Ints;
 
 // Three symbols with F(0) = 10, C(0,1) = 5, T = 1000.
 void FillExample(CContextStat* stat) {

@@ -19,11 +19,7 @@ using testutil::TempDir;
 const std::string kNames = testutil::Lines({"Person names", "4", "inputs", "4", "accepting", "2 3",
                                             "tags", "20\t21", "moves", "0 0 1", "1 1 2", "2 2 3"});
 
-std::string Ints(const std::vector<int>& values) {
-  std::string bytes(4 * values.size(), '\0');
-  for (size_t i = 0; i < values.size(); ++i) StoreLE32((unsigned char*)&bytes[4 * i], values[i]);
-  return bytes;
-}
+using testutil::Ints;
 
 bool ImportText(CFSA* fsa, const TempDir& dir, const std::string& text) {
   testutil::WriteFile(dir.File("fsa.txt"), text);

@@ -18,12 +18,6 @@ using testutil::Gbk;
 // that no one-character word gets character index 0 (it could not be found).
 const char* const kWords[] = {"中国", "人民", "银行", "我", "的", "发展", "中心"};
 
-// A raw little-endian file of 32-bit integers.
-std::string IntFile(const std::vector<int>& values) {
-  std::string bytes(values.size() * 4, '\0');
-  for (size_t i = 0; i < values.size(); ++i) StoreLE32((unsigned char*)&bytes[i * 4], values[i]);
-  return bytes;
-}
 
 // A bigram file: 3 pairs, index bound 3; first handle 1 owns pairs 0..1 (the
 // second reaching the bound itself), handle 2 owns pair 2, handle 0 none.
@@ -91,7 +85,7 @@ TEST_F(FreqTablesTest, UnigramSaveLoadAndDamagedFiles) {
   ASSERT_EQ(unigram.Import(File("c.txt", Gbk("中国 5\n人民 7\n")).c_str(), &dict_), 2);
   ASSERT_TRUE(unigram.Save(Path("t.unig").c_str()));
   const std::string good = testutil::ReadFileBytes(Path("t.unig"));
-  EXPECT_EQ(good, IntFile({2, bound_, 12, 0, 5, 7}) + std::string(4 * (bound_ - 2), '\0'));
+  EXPECT_EQ(good, testutil::Ints({2, bound_, 12, 0, 5, 7}) + std::string(4 * (bound_ - 2), '\0'));
 
   CUnigram loaded;
   ASSERT_TRUE(loaded.Load(Path("t.unig").c_str()));
@@ -101,15 +95,15 @@ TEST_F(FreqTablesTest, UnigramSaveLoadAndDamagedFiles) {
 
   // Damaged files are refused and the loaded table stays.
   for (const std::string& bad :
-       {good.substr(0, good.size() - 1), good.substr(0, 10), IntFile({2, 0x7FFFFFFF, 12}),
-        IntFile({2, -5, 12, 1, 2}), IntFile({9, 1, 3, 4}), std::string()}) {
+       {good.substr(0, good.size() - 1), good.substr(0, 10), testutil::Ints({2, 0x7FFFFFFF, 12}),
+        testutil::Ints({2, -5, 12, 1, 2}), testutil::Ints({9, 1, 3, 4}), std::string()}) {
     EXPECT_FALSE(loaded.Load(File("bad.unig", bad).c_str())) << bad.size();
     EXPECT_EQ(loaded.GetFreq(H("中国")), 5);
   }
   EXPECT_FALSE(loaded.Load(Path("missing").c_str()));
   EXPECT_FALSE(loaded.Save(Bad().c_str()));
   // A line count above the array length cannot make lookups leave it.
-  ASSERT_TRUE(loaded.Load(File("big.unig", IntFile({1000, 1, 3, 4, 6})).c_str()));
+  ASSERT_TRUE(loaded.Load(File("big.unig", testutil::Ints({1000, 1, 3, 4, 6})).c_str()));
   EXPECT_EQ(loaded.GetFreq(1), 6);
   EXPECT_EQ(loaded.GetFreq(2), 0);
   ASSERT_TRUE(loaded.Load(Path("empty.unig").c_str()));
@@ -138,7 +132,7 @@ TEST_F(FreqTablesTest, BigramImportFindsEveryPairAndOnlyThose) {
 
 TEST_F(FreqTablesTest, BigramLookupsAroundTheIndexBoundAndExactExport) {
   CBigram bigram;
-  ASSERT_TRUE(bigram.Load(File("tiny.big", IntFile(kTinyBigram)).c_str()));
+  ASSERT_TRUE(bigram.Load(File("tiny.big", testutil::Ints(kTinyBigram)).c_str()));
   // {1, 3}: second handle equal to the bound.
   const struct { int first, second, freq; } cases[] = {
       {1, 0, 4}, {1, 3, 9}, {2, 1, 6}, {1, 1, 0}, {1, 2, 0}, {1, 4, 0},
@@ -155,7 +149,7 @@ TEST_F(FreqTablesTest, BigramLookupsAroundTheIndexBoundAndExactExport) {
 TEST_F(FreqTablesTest, BigramSaveLoadAndDamagedFiles) {
   CBigram bigram;
   ASSERT_TRUE(bigram.Save(Path("empty.big").c_str()));
-  EXPECT_EQ(testutil::ReadFileBytes(Path("empty.big")), IntFile({0, 0}));
+  EXPECT_EQ(testutil::ReadFileBytes(Path("empty.big")), testutil::Ints({0, 0}));
   const std::string pairs = Gbk("中国@人民 3\n我@的 1\n中国@的 2\n");
   ASSERT_EQ(bigram.Import(File("p.txt", pairs).c_str(), &dict_), 3);
   ASSERT_TRUE(bigram.Save(Path("t.big").c_str()));
@@ -167,17 +161,17 @@ TEST_F(FreqTablesTest, BigramSaveLoadAndDamagedFiles) {
     expected.insert(expected.end(), {start, end});
   }
   const std::string good = testutil::ReadFileBytes(Path("t.big"));
-  EXPECT_EQ(good, IntFile(expected));
+  EXPECT_EQ(good, testutil::Ints(expected));
 
   CBigram loaded;
   ASSERT_TRUE(loaded.Load(Path("t.big").c_str()));
   ASSERT_TRUE(loaded.Save(Path("again.big").c_str()));
   EXPECT_EQ(testutil::ReadFileBytes(Path("again.big")), good);
   for (const std::string& bad :
-       {good.substr(0, good.size() - 1), good.substr(0, 6), IntFile({-1, 3}), IntFile({3, -1}),
-        IntFile({0x7FFFFFFF, 0x7FFFFFFF, 1, 2}), IntFile({0, 0x40000000, -1, -1}),
-        IntFile({1, 2, 5, 5, 0, 0, 0, 1}),     // index end past the pairs
-        IntFile({1, 2, 5, 5, -3, 0, -1, -1}),  // negative start
+       {good.substr(0, good.size() - 1), good.substr(0, 6), testutil::Ints({-1, 3}), testutil::Ints({3, -1}),
+        testutil::Ints({0x7FFFFFFF, 0x7FFFFFFF, 1, 2}), testutil::Ints({0, 0x40000000, -1, -1}),
+        testutil::Ints({1, 2, 5, 5, 0, 0, 0, 1}),     // index end past the pairs
+        testutil::Ints({1, 2, 5, 5, -3, 0, -1, -1}),  // negative start
         std::string()}) {
     EXPECT_FALSE(loaded.Load(File("bad.big", bad).c_str())) << bad.size();
     EXPECT_EQ(loaded.GetFreq(H("中国"), H("的")), 2);
@@ -186,7 +180,7 @@ TEST_F(FreqTablesTest, BigramSaveLoadAndDamagedFiles) {
   EXPECT_FALSE(loaded.Save(Bad().c_str()));
   // A run written as start > end is accepted and holds no pairs.
   const std::vector<int> odd = {1, 6, 5, 7, 0, 0, 1, 0, -1, -1, -1, -1, -1, -1, -1, -1};
-  ASSERT_TRUE(loaded.Load(File("odd.big", IntFile(odd)).c_str()));
+  ASSERT_TRUE(loaded.Load(File("odd.big", testutil::Ints(odd)).c_str()));
   EXPECT_EQ(loaded.GetFreq(0, 5), 7);
   EXPECT_EQ(loaded.GetFreq(1, 5), 0);
 }
@@ -198,7 +192,7 @@ TEST_F(FreqTablesTest, GarbageFilesNeverCrashLoadOrLookups) {
     std::vector<int> ints(2 + random() % 24);
     for (int& v : ints) v = int(random() % 13) - 3;
     if (random() % 4 == 0) ints[0] = int(random());
-    const std::string path = File("garbage", IntFile(ints));
+    const std::string path = File("garbage", testutil::Ints(ints));
     CUnigram unigram;
     CBigram bigram;
     unigram.Load(path.c_str());

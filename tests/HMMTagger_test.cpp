@@ -35,11 +35,7 @@ Model SmallModel() {
           {{{kBegin, 10}}, {{kEndTag, 10}}, {{kNoun, 3}, {kVerb, 6}}, {{kNoun, 2}, {kVerb, 8}}}};
 }
 
-std::string Ints(const std::vector<int>& values) {
-  std::string bytes(4 * values.size(), '\0');
-  for (size_t i = 0; i < values.size(); ++i) StoreLE32((unsigned char*)&bytes[4 * i], values[i]);
-  return bytes;
-}
+using testutil::Ints;
 
 // The model's tables (the lexicon written in its file layout and loaded) and
 // a tagger with vocabulary size 100 over them.
@@ -131,7 +127,7 @@ TEST(HMMTaggerTest, EqualPredecessorsKeepTheEarliestCandidate) {
     Tagger tagger(m, 21);
     EXPECT_EQ(Tags(tagger.get(), {kStart, 2, kFinish}),
               (std::vector<int>{kBegin, verbCount == 4 ? kNoun : kVerb, kEndTag}));
-    if (verbCount == 4) EXPECT_EQ(tagger->GetWeight(1, 0), tagger->GetWeight(1, 1));
+    if (verbCount == 4) { EXPECT_EQ(tagger->GetWeight(1, 0), tagger->GetWeight(1, 1)); }
   }
 }
 

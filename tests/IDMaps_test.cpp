@@ -60,7 +60,7 @@ struct Tables {
 std::vector<int> Targets(const CIDMaps& map, int handle) {
   int count = -7;
   const CIDMaps::idmaps_info* maps = map.GetMaps(handle, &count);
-  if (maps == nullptr) EXPECT_EQ(count, 0) << handle;
+  if (maps == nullptr) { EXPECT_EQ(count, 0) << handle; }
   std::vector<int> out;
   for (int i = 0; maps != nullptr && i < count; ++i) out.push_back(maps[i].handle2);
   return out;

@@ -127,7 +127,7 @@ TEST_F(OutputTest, PatternMerges) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text);
     EXPECT_EQ(c.tagged, Text(c.text));
-    if (c.plain) EXPECT_EQ(c.plain, Text(c.text, 0));
+    if (c.plain) { EXPECT_EQ(c.plain, Text(c.text, 0)); }
     if (c.iPOS < 0) continue;
     const result_t record = OnlyRecord(c.text);
     EXPECT_EQ(c.iPOS, record.iPOS);

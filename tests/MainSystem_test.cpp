@@ -114,7 +114,7 @@ TEST_F(MainSystemTest, LongTextKeepsEachLineBreakOnceBetweenItsLines) {
   std::string joined;
   for (const result_t& r : records) {
     const std::string word = Bytes(text, r);
-    if (word == "\r" || word == "\n") EXPECT_EQ(-1, r.word_ID);
+    if (word == "\r" || word == "\n") { EXPECT_EQ(-1, r.word_ID); }
     joined += word;
   }
   EXPECT_EQ(s1 + "\r" + s2 + "\n" + s3, joined);

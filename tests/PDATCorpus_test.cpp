@@ -105,7 +105,7 @@ TEST_F(PDATCorpusTest, NonWordsAreNotFound) {
     const std::string& b = words_[rng() % words_.size()];
     const std::vector<size_t> cut = Boundaries(a);
     for (const std::string& s : {a + b, a + b.substr(0, Boundaries(b)[1]), a.substr(0, cut[cut.size() - 2])})
-      if (!s.empty()) ASSERT_EQ(dict_->Find(s.c_str()), Expected(s)) << testutil::Utf8(s);
+      if (!s.empty()) { ASSERT_EQ(dict_->Find(s.c_str()), Expected(s)) << testutil::Utf8(s); }
   }
 }
 

@@ -100,9 +100,7 @@ std::string NaivePdatFile(const std::vector<std::string>& words) {
   ints.push_back(bound);
   ints.push_back(int(words.size()));
   for (int i = 0; i <= bound; ++i) for (int v : at(i)) ints.push_back(v);
-  std::string bytes(ints.size() * 4, '\0');
-  for (size_t i = 0; i < ints.size(); ++i) StoreLE32((unsigned char*)&bytes[i * 4], ints[i]);
-  return bytes;
+  return testutil::Ints(ints);
 }
 
 // Random words over GBK characters, ASCII of both cases and (rarely) a lone

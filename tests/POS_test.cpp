@@ -26,11 +26,7 @@ const std::vector<std::string> kTags = {"begin", "end", "n", "ns", "v", "ude1", 
 // top-ranked character would sit in state 0, which cannot mark a word end.
 const std::vector<std::string> kWords = {"中国", "人民", "的", "是", "我们", "中间"};
 
-std::string Ints(const std::vector<int>& values) {
-  std::string bytes(4 * values.size(), '\0');
-  for (size_t i = 0; i < values.size(); ++i) StoreLE32((unsigned char*)&bytes[4 * i], values[i]);
-  return bytes;
-}
+using testutil::Ints;
 
 // One stored record with the given padding bytes.
 std::string Record(unsigned char tag, int count, const std::string& padding = std::string(3, '\0')) {

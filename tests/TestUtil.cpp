@@ -12,6 +12,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "Utility/BinaryIO.h"
+
 namespace testutil {
 
 TempDir::TempDir() {
@@ -103,6 +105,14 @@ std::string Convert(const std::string& text, const char* to, const char* from) {
 
 std::string Gbk(const std::string& utf8) { return Convert(utf8, "GBK", "UTF-8"); }
 std::string Utf8(const std::string& gbk) { return Convert(gbk, "UTF-8", "GBK"); }
+
+std::string Ints(const std::vector<int>& values) {
+  std::string bytes(4 * values.size(), '\0');
+  for (size_t i = 0; i < values.size(); ++i) {
+    StoreLE32(reinterpret_cast<unsigned char*>(&bytes[4 * i]), values[i]);
+  }
+  return bytes;
+}
 
 std::string Lines(const std::vector<std::string>& lines) {
   std::string text;

@@ -40,6 +40,9 @@ std::string Gbk(const std::string& utf8);
 // UTF-8 of GBK bytes, for readable failure messages.
 std::string Utf8(const std::string& gbk);
 
+// The values as little-endian 32-bit integers, for hand-made binary files.
+std::string Ints(const std::vector<int>& values);
+
 // The lines, each followed by '\n'.
 std::string Lines(const std::vector<std::string>& lines);
 

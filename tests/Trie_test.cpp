@@ -47,9 +47,9 @@ void Expect(CTrie& trie, const std::vector<Step>& steps) {
       case 'M': got = trie.GetMaxWord(s.arg.c_str(), &handle); break;
       case 'Q': got = trie.GetFreq(s.arg.c_str(), handle); break;
     }
-    if (s.result != kAny) EXPECT_EQ(got, s.result);
-    if (s.handle != kAny) EXPECT_EQ(handle, s.handle);
-    if (s.pos != nullptr) EXPECT_EQ(LastPos(trie), s.pos);
+    if (s.result != kAny) { EXPECT_EQ(got, s.result); }
+    if (s.handle != kAny) { EXPECT_EQ(handle, s.handle); }
+    if (s.pos != nullptr) { EXPECT_EQ(LastPos(trie), s.pos); }
   }
 }
 
