@@ -3,30 +3,41 @@
 # AddressSanitizer + UndefinedBehaviorSanitizer, the concurrency tests under
 # ThreadSanitizer, and a 32-bit (-m32) build.
 #   scripts/test.sh            all of them
-#   scripts/test.sh normal     only one variant (normal, asan, tsan, m32)
+#   scripts/test.sh normal     only some variants (normal, asan, tsan, m32)
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 "$root/scripts/deps.sh"
 jobs=$(nproc)
 
-run_variant() {
-  local name=$1; shift
-  local dir="$root/build-ci-$name"
-  echo "=== $name build ==="
-  cmake -S "$root" -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZIVOR_BUILD_BENCH=OFF "$@" >/dev/null
-  cmake --build "$dir" -j"$jobs" 2>&1 | grep -E "warning|error" || true
-  cmake --build "$dir" -j"$jobs" >/dev/null
-  echo "=== $name tests ==="
-  (cd "$dir" && ctest --output-on-failure -j"$jobs" ${CTEST_ARGS:-})
+# The concurrency test programs, the only ones the ThreadSanitizer build needs.
+concurrency_targets() {
+  for f in "$root"/tests/*Concurrency*_test.cpp; do basename "$f" .cpp; done
 }
 
-variants=("${@:-normal asan tsan m32}")
-for v in ${variants[*]}; do
+# run_variant NAME CTEST_ARGS BUILD_TARGETS CMAKE_ARGS...
+run_variant() {
+  local name=$1 ctest_args=$2 targets=$3; shift 3
+  local dir="$root/build-ci-$name"
+  echo "=== $name build ==="
+  cmake -S "$root" -B "$dir" -DZIVOR_BUILD_BENCH=OFF "$@" >/dev/null
+  local target_args=()
+  for t in $targets; do target_args+=(--target "$t"); done
+  cmake --build "$dir" -j"$jobs" "${target_args[@]}" 2>&1 | grep -E "warning|error" || true
+  cmake --build "$dir" -j"$jobs" "${target_args[@]}" >/dev/null
+  echo "=== $name tests ==="
+  # shellcheck disable=SC2086
+  (cd "$dir" && ctest --output-on-failure -j"$jobs" $ctest_args)
+}
+
+variants=${*:-normal asan tsan m32}
+for v in $variants; do
   case $v in
-    normal) run_variant normal ;;
-    asan)   ASAN_OPTIONS=detect_leaks=1 run_variant asan -DZIVOR_SANITIZE=address,undefined ;;
-    tsan)   CTEST_ARGS="-L concurrency --no-tests=ignore" run_variant tsan -DZIVOR_SANITIZE=thread ;;
-    m32)    run_variant m32 -DZIVOR_M32=ON ;;
+    normal) run_variant normal "" "" -DCMAKE_BUILD_TYPE=Release ;;
+    asan)   ASAN_OPTIONS=detect_leaks=1 run_variant asan "" "" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+              -DZIVOR_SANITIZE=address,undefined ;;
+    tsan)   run_variant tsan "-L concurrency" "$(concurrency_targets)" \
+              -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZIVOR_SANITIZE=thread ;;
+    m32)    run_variant m32 "" "" -DCMAKE_BUILD_TYPE=Release -DZIVOR_M32=ON ;;
     *) echo "unknown variant $v" >&2; exit 2 ;;
   esac
 done
