@@ -22,7 +22,7 @@
 #include "Corpus.h"
 #include "ModelCorpus.h"
 #include "ModelRoles.h"
-#include "ModelTags.h"
+#include "TagRefiner.h"
 #include "Utility/Bigram.h"
 #include "Utility/Charset.h"
 #include "Utility/ContextStat.h"

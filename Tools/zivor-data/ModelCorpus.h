@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "Corpus.h"
-#include "ModelTags.h"
+#include "TagRefiner.h"
 #include "Segment/PreProcess.h"
 
 class CCharset;

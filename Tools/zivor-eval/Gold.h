@@ -9,7 +9,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "../zivor-data/ModelTags.h"
+#include "TagRefiner.h"
 #include "Corpus.h"
 #include "Utility/POSmap.h"
 
@@ -40,7 +40,7 @@ struct GoldWord {
 };
 
 // Refined tags of corpus tokens, as the training data builder refines them
-// (TagRefiner of Tools/zivor-data/ModelTags.h), named by the data's primary
+// (TagRefiner of Tools/corpus/TagRefiner.h), named by the data's primary
 // tag map.
 class GoldTags {
  public:

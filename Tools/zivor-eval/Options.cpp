@@ -40,7 +40,7 @@ Figures:
   tags             accuracy over correctly segmented words. Refined: the
                    system's level-0 tag against the gold tag refined as the
                    training data builder refines it (TagRefiner,
-                   Tools/zivor-data/ModelTags.h) over Data/ZIVOR.map.
+                   Tools/corpus/TagRefiner.h) over Data/ZIVOR.map.
                    Coarse: the PKU tag of the system's tag identifier
                    (Data/PKU.map: nr1 nr2 nrj nrf count as nr, ng as Ng, al vl
                    nl bl as l, url email as nx, ...) against the gold tag as

@@ -1,7 +1,7 @@
-// ModelTags.h: refinement of the training corpus's coarse tags into the
+// TagRefiner.h: refinement of the training corpus's coarse tags into the
 // analyser's tag set (Data/ZIVOR.map).
-#ifndef ZIVOR_TOOLS_MODEL_TAGS_H_
-#define ZIVOR_TOOLS_MODEL_TAGS_H_
+#ifndef ZIVOR_TOOLS_TAG_REFINER_H_
+#define ZIVOR_TOOLS_TAG_REFINER_H_
 
 #include <map>
 #include <string>
@@ -25,4 +25,4 @@ class TagRefiner {
   std::map<std::pair<std::string, std::string>, unsigned char> refined_;
 };
 
-#endif  // ZIVOR_TOOLS_MODEL_TAGS_H_
+#endif  // ZIVOR_TOOLS_TAG_REFINER_H_

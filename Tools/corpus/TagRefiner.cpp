@@ -1,4 +1,4 @@
-// ModelTags.cpp: the closed word lists that refine the corpus's coarse tags.
+// TagRefiner.cpp: the closed word lists that refine the corpus's coarse tags.
 //
 // The corpus tags punctuation `w`, auxiliaries `u`, pronouns `r`, and 是, 有,
 // 把 and 被 with their coarse class only; the analyser's tag set splits these
@@ -11,7 +11,7 @@
 // lower case by the map; the map's lookup ignores case. A tag the map does
 // not know (a slip such as `vvn` or `na`) is read by its first letter, and a
 // first letter the map does not know either gives the default tag `n`.
-#include "ModelTags.h"
+#include "TagRefiner.h"
 
 #include <sstream>
 
