@@ -4,8 +4,10 @@
 // Reads the corpus into the token stream the analyser sees (ModelCorpus),
 // counts words, word pairs, tags and tag transitions per sentence with the
 // sentence markers around it, builds the core dictionary, unigram and bigram
-// tables, then segments every training sentence with those tables to count
-// person-name roles (ModelRoles). Every binary is written by the analyser's
+// tables, then segments the training sentences to count person-name roles
+// (ModelRoles): each tenth of them with word tables counted on the other
+// nine tenths, so that the roles see the pieces of words new to the tables
+// as new text will show them. Every binary is written by the analyser's
 // own importers from text written to a temporary directory; all counts are
 // kept in ordered maps, so the same corpus gives the same bytes.
 #include <stdlib.h>
@@ -182,6 +184,15 @@ std::string Line(const std::string& word, int count) { return word + " " + std::
 
 int RunModel(const std::vector<std::string>& raw);
 
+// The person-name roles are counted on each part of the training sentences
+// segmented with word tables counted on the other parts. Segmented with the
+// tables of all of them, the training text shows the role tagger almost no
+// name piece fused with a neighbour and no unknown word in pieces (刘桥 as
+// 刘 桥), while new text shows many; on days 25-27 (trained on days 1-24)
+// 10 parts gave names F 0.846 against 0.843 for one (2 parts 0.840, 5
+// 0.844, 20 and 40 0.846).
+const int kRoleFolds = 10;
+
 const DataCommand kModel{
     "model", "model --corpus FILE... --out DIR [--exclude-days D1-D2] [--keep-text]",
     "every trained data file of DIR (which must hold charset.type and ZIVOR.map) from the "
@@ -201,6 +212,8 @@ class ModelBuilder {
   bool WriteTagTables();
   bool WriteRoleTables();
   bool SaveContext(const CContextStat& stat, const char* name) const;
+  bool WriteFoldTables(const WordCounts& counts, const std::string& name, CUnigram* unigram,
+                       CBigram* bigram) const;
 
   const std::string out_;
   const TempDir& temp_;
@@ -335,7 +348,22 @@ bool ModelBuilder::WriteTagTables() {
 
 bool ModelBuilder::WriteRoleTables() {
   RoleTrainer trainer(&charset_, &dict_, &unigram_, &bigram_);
-  for (const ModelSentence& sentence : sentences_) trainer.Add(sentence);
+  const int folds = kRoleFolds;
+  const size_t n = sentences_.size();
+  for (int fold = 0; fold < folds; ++fold) {
+    const size_t begin = n * fold / folds, end = n * (fold + 1) / folds;
+    WordCounts held;  // only its words and pairs are used
+    for (size_t i = 0; i < n; ++i) {
+      if (folds > 1 && i >= begin && i < end) continue;
+      CountSentence(sentences_[i], 0, 0, &held);
+    }
+    CUnigram unigram;
+    CBigram bigram;
+    const std::string fold_name = std::to_string(fold);
+    if (!WriteFoldTables(held, fold_name, &unigram, &bigram)) return false;
+    trainer.UseTables(&unigram, &bigram);
+    for (size_t i = begin; i < end; ++i) trainer.Add(sentences_[i]);
+  }
   std::vector<std::string> lines;
   for (const auto& [key, count] : trainer.Lexicon()) {
     lines.push_back(Line(words_[key.first - 1], key.second, count));
@@ -351,6 +379,30 @@ bool ModelBuilder::WriteRoleTables() {
          WriteNameAutomaton(temp_.File("nr_fsa.txt")) &&
          automaton.Import(temp_.File("nr_fsa.txt").c_str()) &&
          automaton.Save(Out("nr.fsa").c_str());
+}
+
+// Unigram and bigram tables over the dictionary's handles from other counts
+// (those of the sentences outside one fold), laid out as WriteWordTables
+// lays out the shipped ones.
+bool ModelBuilder::WriteFoldTables(const WordCounts& counts, const std::string& name,
+                                   CUnigram* unigram, CBigram* bigram) const {
+  std::vector<std::string> lines;
+  for (const std::string& word : words_) {
+    const auto found = counts.unigrams.find(word);
+    lines.push_back(Line(word, found != counts.unigrams.end() ? found->second : 0));
+  }
+  const auto unused = std::find_if(words_.begin(), words_.end(), [&](const std::string& word) {
+    return counts_.unigrams.count(word) == 0;
+  });
+  if (unused == words_.end()) return false;
+  lines.push_back(Line(*unused, 0));
+  std::vector<std::string> pairs;
+  for (const auto& [pair, count] : counts.bigrams) pairs.push_back(Line(pair, count));
+  CPDAT* dict = const_cast<CPDAT*>(&dict_);
+  const std::string unigram_path = temp_.File(("fold-unigrams-" + name + ".txt").c_str());
+  const std::string bigram_path = temp_.File(("fold-bigrams-" + name + ".txt").c_str());
+  return WriteLines(unigram_path, lines) && unigram->Import(unigram_path.c_str(), dict) > 0 &&
+         WriteLines(bigram_path, pairs) && bigram->Import(bigram_path.c_str(), dict) > 0;
 }
 
 // Saving also writes a readable table beside the binary; it is not shipped.

@@ -3,9 +3,10 @@
 //
 // The roles describe the pieces the recogniser will see: each training
 // sentence is segmented by the analyser itself with the trained dictionary
-// and bigram tables, and each word of that segmentation gets the role it
-// plays against the gold names (a surname, a given-name character, a word
-// fused with a name piece, the word before or after a name, or none).
+// and word tables counted without the sentence's part of the corpus, and
+// each word of that segmentation gets the role it plays against the gold
+// names (a surname, a given-name character, a word fused with a name piece,
+// the word before or after a name, or none).
 #include "ModelRoles.h"
 
 #include <cstdio>
@@ -85,7 +86,13 @@ unsigned char RoleAcross(const NameSpan& name, int s, int e) {
 }  // namespace
 
 RoleTrainer::RoleTrainer(CCharset* charset, CPDAT* dict, CUnigram* unigram, CBigram* bigram)
-    : atoms_(charset, dict, nullptr), segmenter_(dict, unigram, bigram) {}
+    : atoms_(charset, dict, nullptr),
+      dict_(dict),
+      segmenter_(std::make_unique<CSegment>(dict, unigram, bigram)) {}
+
+void RoleTrainer::UseTables(CUnigram* unigram, CBigram* bigram) {
+  segmenter_ = std::make_unique<CSegment>(dict_, unigram, bigram);
+}
 
 // The analyser's path over the sentence. Should atom segmentation cut the
 // text in several pieces, their paths are joined with one pair of markers.
@@ -98,10 +105,10 @@ std::vector<word_t> RoleTrainer::Segment(const std::string& text) {
     const char* piece = text.c_str() + pos;
     const int next = static_cast<int>(atoms_.FullSegment(piece) - text.c_str());
     if (atoms_.AtomCount() >= 3) {
-      const int count = segmenter_.BiSegment(atoms_.WordGraph(), atoms_.GraphLength(),
-                                             atoms_.WordCounter(), atoms_.AtomCount());
+      const int count = segmenter_->BiSegment(atoms_.WordGraph(), atoms_.GraphLength(),
+                                              atoms_.WordCounter(), atoms_.AtomCount());
       for (int k = 0; k < count; ++k) {
-        word_t word = segmenter_.m_pWords[k];
+        word_t word = segmenter_->m_pWords[k];
         word.start += pos;
         word.end += pos;
         if (k == count - 1) {

@@ -6,6 +6,7 @@
 #define ZIVOR_TOOLS_MODEL_ROLES_H_
 
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -52,6 +53,9 @@ class RoleTrainer {
   RoleTrainer(CCharset* charset, CPDAT* dict, CUnigram* unigram, CBigram* bigram);
 
   void Add(const ModelSentence& sentence);
+  // Segments the sentences added from now on with these word tables instead
+  // (same dictionary); they must outlive those calls.
+  void UseTables(CUnigram* unigram, CBigram* bigram);
 
   // (handle, role) -> count, over every word with a dictionary handle.
   const std::map<std::pair<int, unsigned char>, int>& Lexicon() const { return lexicon_; }
@@ -68,7 +72,8 @@ class RoleTrainer {
   std::vector<word_t> Segment(const std::string& text);
 
   CPreProcess atoms_;
-  CSegment segmenter_;
+  CPDAT* dict_;
+  std::unique_ptr<CSegment> segmenter_;
   std::map<std::pair<int, unsigned char>, int> lexicon_;
   std::map<std::pair<unsigned char, unsigned char>, int> transitions_;
 };
