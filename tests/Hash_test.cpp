@@ -1,0 +1,86 @@
+#include "Utility/Hash.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+namespace {
+
+// Strhash as the polynomial sum of b_i * 31^(n-1-i), each term reduced
+// modulo 2^32 separately, rather than by Horner's rule.
+uint32_t PolynomialHash(const std::string& s) {
+  uint64_t sum = 0;
+  for (size_t i = 0; i < s.size(); ++i) {
+    uint64_t power = 1;
+    for (size_t j = i + 1; j < s.size(); ++j) power = (power * 31) & 0xFFFFFFFFu;
+    sum += (static_cast<unsigned char>(s[i]) * power) & 0xFFFFFFFFu;
+  }
+  return static_cast<uint32_t>(sum);
+}
+
+TEST(HashTest, StrhashMatchesThePolynomial) {
+  const CHash hash;
+  const std::string long_text(500, '\xfe');
+  for (const std::string s : {"", "a", "ab", "hello world", "\xc4\xa9##\xc4\xa9", long_text.c_str()}) {
+    EXPECT_EQ(hash.Strhash(s.c_str()), PolynomialHash(s)) << s;
+  }
+  EXPECT_EQ(hash.Strhash("a"), 97u);
+  EXPECT_EQ(hash.Strhash("ab"), 97u * 31 + 98);
+  EXPECT_EQ(hash.Strhash("\xff"), 255u);  // bytes are unsigned
+}
+
+TEST(HashTest, OtherHashesOnShortStrings) {
+  const CHash hash;
+  struct Case {
+    const char* text;
+    uint32_t elf, hf, hfip;
+  };
+  const Case cases[] = {
+      {"", 0, 0, 0},
+      {"a", 97, 97 * 3, 97},
+      {"ab", 97 * 16 + 98, 97 * 3 + 98 * 6, 97 | 98u << 8},
+      {"abcde", ((((97u * 16 + 98) * 16 + 99) * 16 + 100) * 16 + 101), 97 * 3 + 98 * 6 + 99 * 9 + 100 * 12 + 101 * 15,
+       (97 ^ 101) | 98u << 8 | 99u << 16 | 100u << 24},
+      // Signed bytes: 0xff is -1, so ELF starts from 0xffffffff, folds 0xf0
+      // in at bit 4 and clears the top nibble.
+      {"\xff", 0x0FFFFF0Fu, 3, 0xff},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(hash.ELFhash(c.text), c.elf) << c.text;
+    EXPECT_EQ(hash._hf(c.text), c.hf) << c.text;
+    EXPECT_EQ(hash.HfIp(c.text), c.hfip) << c.text;
+  }
+}
+
+TEST(HashTest, ElfFoldsTheTopNibble) {
+  // Eight 'p' (0x70) fill all 32 bits; the ninth shift pushes 0x7 into the
+  // top nibble, which is folded back at bit 4 and cleared.
+  uint32_t h = 0;
+  for (int i = 0; i < 9; ++i) {
+    h = (h << 4) + 0x70;
+    if (const uint32_t top = h & 0xF0000000u) h = (h ^ (top >> 24)) & ~top;
+  }
+  EXPECT_EQ(CHash().ELFhash("ppppppppp"), h);
+  EXPECT_EQ(h & 0xF0000000u, 0u);
+}
+
+TEST(HashTest, Tianlhash) {
+  const CHash hash;
+  // One byte 'a' (97), k = 1: 97 + 970 + 7 + (291 + 5) * 97.
+  EXPECT_EQ(hash.Tianlhash("a"), 97u + 970 + 7 + 296 * 97);
+  // Two bytes: seed 1 << 24, then k = 1 and k = 2 terms.
+  EXPECT_EQ(hash.Tianlhash("ab"), (1u << 24) + (97 + 970 + 7 + 296 * 97) + (98 + 980 + 14 + (6 * 98 + 10) * 98));
+  EXPECT_EQ(hash.Tianlhash(""), 0u);
+  EXPECT_EQ(hash.Tianlhash("AbC"), hash.Tianlhash("abc"));
+  // Only the last 96 bytes count beyond the seed, which stops at 255 << 24.
+  const std::string tail(96, 'z');
+  EXPECT_EQ(hash.Tianlhash((std::string(300, 'q') + tail).c_str()) - (255u << 24),
+            hash.Tianlhash((std::string(200, 'r') + tail).c_str()) - (255u << 24));
+  // At 96 bytes the first byte counts; at 97 it is dropped.
+  const std::string tail95(95, 'z');
+  EXPECT_NE(hash.Tianlhash(("q" + tail95).c_str()), hash.Tianlhash(("r" + tail95).c_str()));
+  EXPECT_EQ(hash.Tianlhash(("qq" + tail95).c_str()), hash.Tianlhash(("rq" + tail95).c_str()));
+}
+
+}  // namespace
