@@ -1,0 +1,122 @@
+// KeyWordFinder.h: keyword and new-word candidates gathered from analyses.
+//
+// CKeyWordFinder is fed analysis results (result_t arrays over GBK texts) and
+// turns every token into a candidate: one _tWordAV per distinct (normalised)
+// word string, with its occurrence count, the positions where it starts in
+// the finder's token sequence, and counted lists of the candidates seen
+// immediately left and right of it. Keyword scoring, new-word merging and the
+// document fingerprint work on these records only.
+//
+// Normalisation and weights consult the main analysis instance (g_pZIVOR) for
+// dictionary membership and unigram probabilities; without one, every string
+// counts as unknown with probability 0. Text boundaries and blanks become the
+// sentence-end marker candidate, which is a stop word.
+//
+// A candidate's index in the candidate list is its identifier. Strings are
+// mapped to identifiers through a CTrie whose entry numbers are translated by
+// an explicit table, so the lookup stays right even when the trie holds
+// strings that never became candidates. The finder is not thread-safe.
+#ifndef ZIVOR_UTILITY_KEYWORDFINDER_H_
+#define ZIVOR_UTILITY_KEYWORDFINDER_H_
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "API/ZIVOR.h"
+
+class CTrie;
+class CUnigram;
+
+// One entry of a neighbour list: a candidate and how often it was seen there.
+typedef struct _word_freq {
+  int handle;  // index of the neighbouring candidate
+  int freq;    // times seen on this side
+} WORD_FREQ;
+
+// One candidate.
+typedef struct _tWordAV {
+  // A fresh candidate with no occurrences; a stop word when the tag name
+  // starts with one of "uwcpre" or the word starts with '<' or '>'.
+  _tWordAV(const std::string& sWord, const std::string& sPos, int nPosId);
+
+  std::string word;                 // GBK text (merged words: the parts joined)
+  std::string pos;                  // tag name of the first occurrence
+  int pos_id;                       // tag identifier of the first occurrence
+  int freq = 0;                     // occurrences
+  double weight = 0.0;              // score; -p ln p after scanning
+  std::vector<int> vecInvertList;   // ascending positions where it starts
+  bool is_stopword;                 // never scored or merged, no neighbours
+  bool is_freq_bigram = false;      // merged words only: parts a frequent pair
+  std::vector<_word_freq> vecLV;    // left neighbours, ascending handle
+  std::vector<_word_freq> vecRV;    // right neighbours, ascending handle
+  int unit_count = 1;               // scanned tokens spanned
+} WORD_AV;
+
+// Bisects the list (ascending by handle). Returns 1 with nMid the entry's
+// index on a hit; 0 with nMid the insertion point on a miss.
+int Find(int nHandle, std::vector<_word_freq>& vecList, int& nMid);
+// Counts one more sighting of nHandle in the list (inserting it with count 1
+// when new) and returns its index.
+int Add(int nHandle, std::vector<_word_freq>& vecList);
+
+class CKeyWordFinder {
+ public:
+  // The sentence-end marker that stands for boundaries, blanks and overlong
+  // tokens (GBK "末##末").
+  static const char kMarker[];
+  // Longest token kept as it is, in bytes; GetWord's buffer needs one more.
+  static constexpr int kMaxTokenLen = 30;
+  // Scan refuses to grow the position list beyond this many positions.
+  static constexpr size_t kMaxPositions = 30000000;
+  // A known word at least this frequent may be a stop word.
+  static constexpr int kStopWordFreq = 840;
+
+  explicit CKeyWordFinder(CUnigram* pUnigram);
+  ~CKeyWordFinder();
+  CKeyWordFinder(const CKeyWordFinder&) = delete;
+  CKeyWordFinder& operator=(const CKeyWordFinder&) = delete;
+
+  // Drops all candidates and new words. The position list is kept (and keeps
+  // counting towards the cap); its old identifiers mean nothing afterwards.
+  void Reset();
+
+  // Adds the nCount tokens of one analysed text. 1 on success, 0 on bad
+  // arguments (nothing changes), -1 (logged) when the position list already
+  // holds more than kMaxPositions entries.
+  int Scan(const char* sLine, int nCount, const result_t* result);
+
+  // Normalises token i into sWord (at least kMaxTokenLen + 1 bytes), makes it
+  // a candidate if needed, counts the occurrence and returns the identifier,
+  // also stored in nCurHandle.
+  int GetWord(const char* sLine, int nCount, const result_t* result, int i, char* sWord,
+              int& nCurHandle);
+
+  // Identifier of the candidate with this string, or -1.
+  int GetWordIndex(const char* sWord) const;
+
+  const std::vector<_tWordAV>& GetWordAV() const { return m_vecWordAV; }
+  const std::vector<int>& GetWordIDList() const { return m_vecWordIDList; }
+
+ private:
+  // Identifier of the marker candidate, registering it (stop word, empty
+  // tag, tag identifier 1) when absent.
+  int MarkerHandle();
+  // Appends a candidate for a string that has none; -1 when the trie cannot
+  // hold the string (it contains white space).
+  int AddCandidate(_tWordAV&& candidate);
+  // The candidate for the token r normalised to sWord, as a new record.
+  _tWordAV NewCandidate(const char* sWord, const result_t& r, bool bClassToken) const;
+  // Whether a known, frequent token is too common to be a candidate.
+  bool IsFrequentStopWord(const char* sWord, const result_t& r) const;
+
+  std::vector<_tWordAV> m_vecWordAV;        // all candidates, by identifier
+  std::unique_ptr<CTrie> m_trie;            // candidate string -> entry number
+  std::vector<int> m_vecWordIDList;         // scanned identifiers, by position
+  std::string m_sLine;                      // buffer of result strings
+  std::vector<_tWordAV> m_vecNewWordInfo;   // new words found
+  CUnigram* m_pUnigram;                     // not owned
+  std::vector<int> m_vecEntryIndex;         // trie entry number -> identifier or -1
+};
+
+#endif  // ZIVOR_UTILITY_KEYWORDFINDER_H_

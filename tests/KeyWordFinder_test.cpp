@@ -1,0 +1,250 @@
+#include "Utility/KeyWordFinder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <map>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "API/ZIVORState.h"
+#include "MainSystemFixture.h"
+#include "MiniData.h"
+#include "TestUtil.h"
+
+namespace {
+
+using testutil::Gbk;
+using testutil::MiniResources;
+
+// One token of a hand-made analysis: text (UTF-8) and tag; `known` takes the
+// core-dictionary handle of the text as word_ID.
+struct Tok {
+  const char* text;
+  const char* pos;
+  bool known = true;
+};
+
+class KeyWordFinderTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    r_ = MiniResources::Get();
+    ASSERT_NE(r_, nullptr);
+    sys_ = r_->NewSystem();
+    g_pZIVOR = sys_.get();
+  }
+  void TearDown() override { g_pZIVOR = nullptr; }
+
+  // Fills text_ and records_ with the tokens laid end to end.
+  void Analyse(const std::vector<Tok>& tokens) {
+    text_.clear();
+    records_.clear();
+    for (const Tok& t : tokens) {
+      const std::string gbk = Gbk(t.text);
+      result_t r{};
+      r.start = static_cast<int>(text_.size());
+      r.length = static_cast<int>(gbk.size());
+      std::strncpy(r.sPOS, t.pos, sizeof(r.sPOS) - 1);
+      r.word_ID = t.known ? r_->core.Find(gbk.c_str()) : -1;
+      text_ += gbk;
+      records_.push_back(r);
+    }
+  }
+  int ScanInto(CKeyWordFinder& finder) {
+    return finder.Scan(text_.c_str(), static_cast<int>(records_.size()), records_.data());
+  }
+  static int Id(const CKeyWordFinder& finder, const char* utf8) {
+    return finder.GetWordIndex(Gbk(utf8).c_str());
+  }
+  static const _tWordAV& Word(const CKeyWordFinder& finder, const char* utf8) {
+    const int id = Id(finder, utf8);
+    EXPECT_GE(id, 0) << utf8;
+    return finder.GetWordAV().at(id);
+  }
+  // Count of the neighbour in the list (0 when absent).
+  static int Seen(const CKeyWordFinder& finder, const std::vector<_word_freq>& list,
+                  const char* utf8) {
+    const int id = Id(finder, utf8);
+    for (const _word_freq& e : list) {
+      if (e.handle == id) return e.freq;
+    }
+    return 0;
+  }
+
+  MiniResources* r_ = nullptr;
+  std::unique_ptr<CMainSystem> sys_;
+  std::string text_;
+  std::vector<result_t> records_;
+};
+
+TEST(NeighbourListTest, AddKeepsSortedCountsAndFindGivesTheInsertionPoint) {
+  std::mt19937 rng(7);
+  for (int round = 0; round < 50; ++round) {
+    std::vector<_word_freq> list;
+    std::map<int, int> expected;
+    for (int n = 0; n < 40; ++n) {
+      const int handle = static_cast<int>(rng() % 30);
+      const int at = Add(handle, list);
+      ++expected[handle];
+      ASSERT_EQ(list.at(at).handle, handle);
+    }
+    ASSERT_EQ(list.size(), expected.size());
+    size_t i = 0;
+    for (const auto& [handle, count] : expected) {
+      EXPECT_EQ(list[i].handle, handle);
+      EXPECT_EQ(list[i].freq, count);
+      ++i;
+    }
+    for (int probe = -1; probe <= 31; ++probe) {
+      int mid = -1;
+      const int found = Find(probe, list, mid);
+      EXPECT_EQ(found, expected.count(probe) ? 1 : 0);
+      EXPECT_EQ(mid, static_cast<int>(std::distance(expected.begin(), expected.lower_bound(probe))));
+    }
+  }
+}
+
+TEST_F(KeyWordFinderTest, ScanCountsPositionsAndNeighbours) {
+  CKeyWordFinder finder(&r_->unigram);
+  Analyse({{"他", "rr"}, {"学习", "v"}, {"经济", "n"}, {"。", "wj"}});
+  for (int run = 1; run <= 2; ++run) {
+    ASSERT_EQ(ScanInto(finder), 1);
+    EXPECT_EQ(Word(finder, "末##末").freq, run);
+    EXPECT_EQ(finder.GetWordIDList().size(), 4u * run);
+    const _tWordAV& study = Word(finder, "学习");
+    EXPECT_EQ(study.freq, run);
+    EXPECT_EQ(Seen(finder, study.vecLV, "他"), run);  // a stop word is still a left neighbour
+    EXPECT_EQ(Seen(finder, study.vecRV, "经济"), run);
+    EXPECT_EQ(Seen(finder, Word(finder, "经济").vecRV, "。"), run);
+    EXPECT_TRUE(Word(finder, "他").vecRV.empty());  // stop words collect nothing
+    EXPECT_TRUE(Word(finder, "他").is_stopword);
+    EXPECT_TRUE(Word(finder, "他").vecInvertList.empty());
+    EXPECT_FALSE(study.is_stopword);
+  }
+  EXPECT_EQ(Word(finder, "学习").vecInvertList, (std::vector<int>{1, 5}));
+  EXPECT_EQ(Word(finder, "经济").vecInvertList, (std::vector<int>{2, 6}));
+  const std::vector<int>& ids = finder.GetWordIDList();
+  EXPECT_EQ(ids[0], Id(finder, "他"));
+  EXPECT_EQ(std::vector<int>(ids.begin(), ids.begin() + 4), std::vector<int>(ids.begin() + 4, ids.end()));
+  EXPECT_GT(Word(finder, "经济").weight, 0.0);
+}
+
+TEST_F(KeyWordFinderTest, BlanksCollapseIntoOneBoundary) {
+  CKeyWordFinder finder(&r_->unigram);
+  Analyse({{"\n", "w", false}, {"学习", "v"}, {"\n", "w", false}, {"\r\n", "w", false},
+           {"经济", "n"}, {" ", "w", false}, {"　", "w", false}, {"\n", "w", false}});
+  ASSERT_EQ(ScanInto(finder), 1);
+  const int marker = Id(finder, "末##末");
+  const int study = Id(finder, "学习");
+  const int economy = Id(finder, "经济");
+  EXPECT_EQ(finder.GetWordIDList(), (std::vector<int>{study, marker, economy, marker}));
+  EXPECT_EQ(Seen(finder, Word(finder, "学习").vecRV, "末##末"), 1);
+  EXPECT_EQ(Seen(finder, Word(finder, "经济").vecLV, "末##末"), 1);
+  EXPECT_TRUE(finder.GetWordAV()[marker].is_stopword);
+}
+
+TEST_F(KeyWordFinderTest, PunctuationOnlyTextHasNoNeighbours) {
+  CKeyWordFinder finder(&r_->unigram);
+  Analyse({{" ", "w", false}, {"，", "wd"}, {"。", "wj"}, {"<", "x", false}});
+  ASSERT_EQ(ScanInto(finder), 1);
+  EXPECT_EQ(finder.GetWordAV().size(), 4u);
+  for (const _tWordAV& w : finder.GetWordAV()) {
+    EXPECT_TRUE(w.is_stopword) << testutil::Utf8(w.word);
+    EXPECT_TRUE(w.vecLV.empty() && w.vecRV.empty() && w.vecInvertList.empty());
+  }
+}
+
+TEST_F(KeyWordFinderTest, NumeralsAndTimesAreNormalised) {
+  struct Case {
+    Tok token;
+    const char* candidate;
+    bool stop;
+  };
+  const Case cases[] = {
+      {{"12345", "m", false}, "未##数", true},
+      {{"一", "m"}, "一", false},
+      {{"三月", "t", false}, "未##时", true},
+      {{"今天", "t"}, "今天", false},
+      {{"赵钱", "nr", false}, "赵钱", false},
+      {{"一二三四五六七八九十一二三四五六", "n", false}, "末##末", true},  // 32 bytes
+  };
+  for (const Case& c : cases) {
+    CKeyWordFinder finder(&r_->unigram);
+    Analyse({{"学习", "v"}, c.token});
+    ASSERT_EQ(ScanInto(finder), 1);
+    ASSERT_GE(Id(finder, c.candidate), 0) << c.candidate;
+    EXPECT_EQ(Word(finder, c.candidate).is_stopword, c.stop) << c.candidate;
+    EXPECT_EQ(finder.GetWordIDList().back(), Id(finder, c.candidate)) << c.candidate;
+  }
+}
+
+TEST_F(KeyWordFinderTest, FrequentKnownWordsBecomeStopWords) {
+  // Every word of the mini lexicon with frequency 1, except three.
+  const std::map<std::string, int> counts = {{"都", 840}, {"也", 839}, {"会议", 840}};
+  std::istringstream lexicon(testutil::ReadFileBytes(testutil::MiniSourceDir() + "/lexicon.txt"));
+  std::string lines, word, rest;
+  while (lexicon >> word && std::getline(lexicon, rest)) {
+    lines += word + " " + std::to_string(counts.count(word) ? counts.at(word) : 1) + "\n";
+  }
+  testutil::TempDir dir;
+  testutil::WriteFile(dir.File("freq.txt"), Gbk(lines));
+  CUnigram unigram;
+  ASSERT_GT(unigram.Import(dir.File("freq.txt").c_str(), &r_->core), 3);
+  struct Case {
+    Tok token;
+    bool stop;
+  };
+  const Case cases[] = {
+      {{"都", "n"}, true},   {{"都", "m"}, false}, {{"都", "q"}, false},
+      {{"也", "n"}, false},  {{"会议", "f"}, true}, {{"会议", "n"}, false},
+      {{"都", "n", false}, false},  // no dictionary handle
+  };
+  for (const Case& c : cases) {
+    CKeyWordFinder finder(&unigram);
+    Analyse({c.token});
+    ASSERT_EQ(ScanInto(finder), 1);
+    EXPECT_EQ(Word(finder, c.token.text).is_stopword, c.stop) << c.token.text << "/" << c.token.pos;
+  }
+}
+
+TEST_F(KeyWordFinderTest, QuotationMarksAreSeenThrough) {
+  CKeyWordFinder finder(&r_->unigram);
+  Analyse({{"会议", "n"}, {"学习", "v"}, {"“", "wyz"}, {"经济", "n"}, {"”", "wyy"}, {"研究生", "n"}});
+  ASSERT_EQ(ScanInto(finder), 1);
+  EXPECT_EQ(Seen(finder, Word(finder, "学习").vecRV, "“"), 1);
+  EXPECT_EQ(Seen(finder, Word(finder, "学习").vecRV, "经济"), 1);
+  EXPECT_EQ(Seen(finder, Word(finder, "经济").vecLV, "学习"), 1);
+  EXPECT_EQ(Seen(finder, Word(finder, "经济").vecRV, "研究生"), 1);
+  EXPECT_EQ(Seen(finder, Word(finder, "研究生").vecLV, "经济"), 1);
+  // The token after a quotation mark is counted twice.
+  EXPECT_EQ(Word(finder, "经济").freq, 2);
+  EXPECT_EQ(Word(finder, "研究生").freq, 2);
+  EXPECT_EQ(Word(finder, "学习").freq, 1);
+}
+
+TEST_F(KeyWordFinderTest, BadArgumentsChangeNothingAndResetKeepsPositions) {
+  CKeyWordFinder finder(&r_->unigram);
+  Analyse({{"学习", "v"}, {"经济", "n"}});
+  const int count = static_cast<int>(records_.size());
+  EXPECT_EQ(finder.Scan(text_.c_str(), 0, records_.data()), 0);
+  EXPECT_EQ(finder.Scan(text_.c_str(), count, nullptr), 0);
+  EXPECT_EQ(finder.Scan(nullptr, count, records_.data()), 0);
+  EXPECT_EQ(finder.Scan("", count, records_.data()), 0);
+  EXPECT_TRUE(finder.GetWordAV().empty());
+  EXPECT_TRUE(finder.GetWordIDList().empty());
+
+  ASSERT_EQ(ScanInto(finder), 1);
+  finder.Reset();
+  EXPECT_TRUE(finder.GetWordAV().empty());
+  EXPECT_EQ(Id(finder, "学习"), -1);
+  EXPECT_EQ(finder.GetWordIDList().size(), 2u);
+  Analyse({{"经济", "n"}});
+  ASSERT_EQ(ScanInto(finder), 1);
+  EXPECT_EQ(finder.GetWordIDList().size(), 3u);
+  EXPECT_EQ(Word(finder, "经济").vecInvertList, std::vector<int>{2});
+  EXPECT_EQ(Word(finder, "经济").freq, 1);
+}
+
+}  // namespace
