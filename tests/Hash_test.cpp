@@ -53,18 +53,6 @@ TEST(HashTest, OtherHashesOnShortStrings) {
   }
 }
 
-TEST(HashTest, ElfFoldsTheTopNibble) {
-  // Eight 'p' (0x70) fill all 32 bits; the ninth shift pushes 0x7 into the
-  // top nibble, which is folded back at bit 4 and cleared.
-  uint32_t h = 0;
-  for (int i = 0; i < 9; ++i) {
-    h = (h << 4) + 0x70;
-    if (const uint32_t top = h & 0xF0000000u) h = (h ^ (top >> 24)) & ~top;
-  }
-  EXPECT_EQ(CHash().ELFhash("ppppppppp"), h);
-  EXPECT_EQ(h & 0xF0000000u, 0u);
-}
-
 TEST(HashTest, Tianlhash) {
   const CHash hash;
   // One byte 'a' (97), k = 1: 97 + 970 + 7 + (291 + 5) * 97.

@@ -247,4 +247,83 @@ TEST_F(KeyWordFinderTest, BadArgumentsChangeNothingAndResetKeepsPositions) {
   EXPECT_EQ(Word(finder, "经济").freq, 1);
 }
 
+TEST(IntersectionTest, KeepsStartsFollowedAtTheDistance) {
+  struct Case {
+    std::vector<int> prev, next;
+    int dist;
+    std::vector<int> expected;
+  };
+  const Case cases[] = {
+      {{1, 5, 9}, {2, 6, 11}, 1, {1, 5}},
+      {{1, 5, 9}, {3, 7, 11}, 2, {1, 5, 9}},
+      {{0, 4}, {}, 1, {}},
+      {{2, 3, 4}, {1, 2}, 1, {}},
+  };
+  CKeyWordFinder finder(nullptr);
+  for (const Case& c : cases) {
+    std::vector<int> out = {-7};  // appended to, not replaced
+    EXPECT_EQ(finder.Intersection(c.prev, c.next, c.dist, out), static_cast<int>(c.expected.size()) + 1);
+    EXPECT_EQ(std::vector<int>(out.begin() + 1, out.end()), c.expected);
+  }
+}
+
+// Scans `texts` copies of "prefix L R suffix", each with its own prefix and
+// suffix, so that both parts have four distinct neighbours.
+TEST_F(KeyWordFinderTest, AdjacentPairsMergeUnlessARuleRefuses) {
+  struct Case {
+    Tok left, right;
+    int texts;
+    bool merged;
+  };
+  const Case cases[] = {
+      {{"经济", "n"}, {"学生", "n"}, 3, true},
+      {{"经济", "n"}, {"学生", "n"}, 1, false},    // seen once
+      {{"北京", "ns"}, {"大学", "n"}, 3, false},   // a dictionary word
+      {{"学习", "v"}, {"重要", "a"}, 3, false},    // verb + adjective
+      {{"一", "m"}, {"会议", "n"}, 3, false},      // numeral + noun
+      {{"一", "m"}, {"次", "qv"}, 3, false},       // numeral + measure word
+      {{"今天", "t"}, {"上午", "t"}, 3, false},    // two time words
+  };
+  const Tok prefixes[] = {{"他", "rr"}, {"在", "p"}, {"和", "cc"}};
+  const Tok suffixes[] = {{"。", "wj"}, {"了", "ule"}, {"的", "ude1"}};
+  for (const Case& c : cases) {
+    CKeyWordFinder finder(&r_->unigram);
+    for (int k = 0; k < c.texts; ++k) {
+      Analyse({prefixes[k], c.left, c.right, suffixes[k]});
+      ASSERT_EQ(ScanInto(finder), 1);
+    }
+    const std::string joined = std::string(c.left.text) + c.right.text;
+    const int count = finder.GenerateNewWordList();
+    EXPECT_EQ(count, c.merged ? 1 : 0) << joined;
+    if (!c.merged || count != 1) continue;
+    const _tWordAV& word = Word(finder, joined.c_str());
+    EXPECT_EQ(word.word, finder.GetNewWordInfo()[0].word);
+    EXPECT_EQ(word.freq, c.texts);
+    EXPECT_EQ(word.unit_count, 2);
+    EXPECT_EQ(word.vecInvertList, Word(finder, c.left.text).vecInvertList);
+    EXPECT_EQ(word.vecLV.size(), 3u);
+    EXPECT_EQ(Seen(finder, word.vecRV, "了"), 1);
+    EXPECT_EQ(word.pos, "n_new");
+  }
+}
+
+TEST_F(KeyWordFinderTest, RefusedStringStaysRefusedAndLookupStaysRight) {
+  CKeyWordFinder finder(&r_->unigram);
+  Analyse({{"学习", "v"}, {"“", "wyz"}, {"经济", "n"}});
+  ASSERT_EQ(ScanInto(finder), 1);
+  ASSERT_EQ(Seen(finder, Word(finder, "学习").vecRV, "经济"), 1);  // seen across the quote
+  // Never adjacent: no common positions, so refused.
+  finder.SetNewWord(Id(finder, "学习"), Id(finder, "经济"), 2);
+  EXPECT_TRUE(finder.GetNewWordInfo().empty());
+  Analyse({{"学习经济", "n", false}, {"学习", "v"}, {"经济", "n"}});
+  ASSERT_EQ(ScanInto(finder), 1);
+  const int id = Id(finder, "学习经济");
+  ASSERT_GE(id, 0);
+  EXPECT_EQ(finder.GetWordAV()[id].word, Gbk("学习经济"));
+  EXPECT_EQ(finder.GetWordAV()[id].freq, 1);
+  finder.SetNewWord(Id(finder, "学习"), Id(finder, "经济"), 2);
+  EXPECT_TRUE(finder.GetNewWordInfo().empty());
+  EXPECT_EQ(Id(finder, "学习经济"), id);
+}
+
 }  // namespace

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 #include "API/ZIVORState.h"
 #include "System/MainSystem.h"
@@ -24,8 +25,34 @@ constexpr char kTimeClass[] = "\xce\xb4##\xca\xb1";     // 未##时
 constexpr char kBlanks[] = "\t\n\r \xa1\xa1";
 constexpr char kStopTagInitials[] = "uwcpre";
 constexpr int kMarkerPosId = 1;
+constexpr int kNewWordPosId = 32;
+constexpr char kNewWordPos[] = "n_new";
+// Tags that neither seed nor join a merge.
+constexpr int kUnmergedPosIds[] = {24, 27, 28, 30};
+// Left tags whose pairs with adjectives and adverbs (or these right tags)
+// merge only when both parts are rare.
+constexpr int kRareLeftPosIds[] = {3, 11, 12, 13};
+constexpr int kRareRightPosIds[] = {68, 76};
+// Frequency a rare word stays below.
+constexpr double kRareFreq = 419.5;
+// Above this many candidates merging is worth a log line.
+constexpr size_t kLargeCandidateCount = 10000;
+
+template <size_t N>
+bool OneOf(int value, const int (&set)[N]) {
+  return std::find(std::begin(set), std::end(set), value) != std::end(set);
+}
+
+bool Initial(const std::string& pos, const char* letters) {
+  return !pos.empty() && std::strchr(letters, pos[0]) != nullptr;
+}
 
 bool IsKnownWord(const char* word) { return g_pZIVOR != nullptr && g_pZIVOR->IsWord(word); }
+
+// A scanned token of four bytes or more that no dictionary knows.
+bool IsSingleUnknownUnit(const _tWordAV& w) {
+  return w.unit_count == 1 && w.word.size() >= 4 && !IsKnownWord(w.word.c_str());
+}
 
 double EntropyTerm(const char* word) {
   const double p = g_pZIVOR != nullptr ? g_pZIVOR->GetUniProb(word) : 0.0;
@@ -85,6 +112,7 @@ void CKeyWordFinder::Reset() {
   m_vecNewWordInfo.clear();
   m_trie = std::make_unique<CTrie>();
   m_vecEntryIndex.clear();
+  m_nFirstPosition = m_vecWordIDList.size();
 }
 
 int CKeyWordFinder::GetWordIndex(const char* sWord) const {
@@ -193,11 +221,133 @@ int CKeyWordFinder::Scan(const char* sLine, int nCount, const result_t* result) 
     }
     if (!m_vecWordAV[cur].is_stopword) {
       Add(prev, m_vecWordAV[cur].vecLV);
-      if (i >= 3 && p >= 3 && IsQuotation(m_vecWordAV[prev].pos)) {
+      if (i >= 3 && p >= 3 && IsCurrent(p - 2) && IsQuotation(m_vecWordAV[prev].pos)) {
         Add(m_vecWordIDList[p - 2], m_vecWordAV[cur].vecLV);  // the word after a quote too
       }
     }
     prev = cur;
   }
   return 1;
+}
+
+int CKeyWordFinder::Intersection(const std::vector<int>& vecPrevList,
+                                 const std::vector<int>& vecNextList, int nDist,
+                                 std::vector<int>& vecIntersectList) const {
+  size_t a = 0;
+  size_t b = 0;
+  while (a < vecPrevList.size() && b < vecNextList.size()) {
+    const int target = vecPrevList[a] + nDist;
+    if (vecNextList[b] > target) {
+      ++a;
+    } else if (vecNextList[b] < target) {
+      ++b;
+    } else {
+      vecIntersectList.push_back(vecPrevList[a]);
+      ++a;
+      ++b;
+    }
+  }
+  return static_cast<int>(vecIntersectList.size());
+}
+
+bool CKeyWordFinder::IsSeed(const _tWordAV& candidate) const {
+  return !candidate.is_stopword && candidate.freq > 1 && !IsSingleUnknownUnit(candidate) &&
+         !OneOf(candidate.pos_id, kUnmergedPosIds);
+}
+
+bool CKeyWordFinder::IsPartner(const _tWordAV& seed, const _word_freq& neighbour) const {
+  const _tWordAV& other = m_vecWordAV[neighbour.handle];
+  const double f = neighbour.freq;
+  if (other.is_stopword || neighbour.freq <= 1) return false;
+  if (f < 0.5 * seed.freq && f < 0.5 * other.freq) return false;
+  if (other.vecLV.size() + other.vecRV.size() < 4) return false;
+  return !IsSingleUnknownUnit(other) && !OneOf(other.pos_id, kUnmergedPosIds);
+}
+
+int CKeyWordFinder::GenerateNewWordList() {
+  if (m_vecWordAV.size() > kLargeCandidateCount) {
+    WriteLog("Start GenerateNewWordList \xb4\xca\xb4\xae=" +  // 词串=
+                 std::to_string(m_vecWordAV.size()),
+             nullptr);
+  }
+  // Merges append candidates: the size is read again on every pass, and the
+  // neighbour lists are copied before merging from them.
+  for (size_t i = 0; i < m_vecWordAV.size(); ++i) {
+    if (!IsSeed(m_vecWordAV[i])) continue;
+    const int seed = static_cast<int>(i);
+    const std::vector<_word_freq> left = m_vecWordAV[i].vecLV;
+    for (const _word_freq& e : left) {
+      if (IsPartner(m_vecWordAV[i], e)) SetNewWord(e.handle, seed, e.freq);
+    }
+    const std::vector<_word_freq> right = m_vecWordAV[i].vecRV;
+    for (const _word_freq& e : right) {
+      if (IsPartner(m_vecWordAV[i], e)) SetNewWord(seed, e.handle, e.freq);
+    }
+  }
+  return static_cast<int>(m_vecNewWordInfo.size());
+}
+
+bool CKeyWordFinder::IsCommon(const std::string& word) const {
+  const double total = m_pUnigram != nullptr ? m_pUnigram->GetTotalFreq() : 0.0;
+  if (total <= 0.0 || g_pZIVOR == nullptr) return false;
+  return g_pZIVOR->GetUniProb(word.c_str()) > kRareFreq / total;
+}
+
+bool CKeyWordFinder::IsRefusedPair(const _tWordAV& left, const _tWordAV& right) const {
+  if (Initial(right.pos, "ad") && Initial(left.pos, "v")) return true;
+  if (Initial(right.pos, "qn") && Initial(left.pos, "m")) return true;
+  if (Initial(left.pos, "t") && Initial(right.pos, "t")) return true;
+  return OneOf(left.pos_id, kRareLeftPosIds) &&
+         (OneOf(right.pos_id, kRareRightPosIds) || Initial(right.pos, "ad")) &&
+         (IsCommon(left.word) || IsCommon(right.word));
+}
+
+_tWordAV CKeyWordFinder::NewWord(const _tWordAV& left, const _tWordAV& right, int nFreq) const {
+  _tWordAV word(left.word + right.word, kNewWordPos, kNewWordPosId);
+  const double f = nFreq;
+  word.freq = nFreq;
+  word.weight = f / right.freq * right.weight + f / left.freq * left.weight;
+  word.is_stopword = false;
+  word.is_freq_bigram =
+      g_pZIVOR != nullptr && g_pZIVOR->IsFreqAssociate(left.word.c_str(), right.word.c_str());
+  word.unit_count = left.unit_count + right.unit_count;
+  Intersection(left.vecInvertList, right.vecInvertList, left.unit_count, word.vecInvertList);
+  return word;
+}
+
+void CKeyWordFinder::AddNewWordNeighbours(_tWordAV& word) const {
+  const int size = static_cast<int>(m_vecWordIDList.size());
+  const auto quotation = [this](int position) {
+    return IsQuotation(m_vecWordAV[m_vecWordIDList[position]].pos);
+  };
+  for (const int p : word.vecInvertList) {
+    if (IsCurrent(p - 1)) {
+      Add(m_vecWordIDList[p - 1], word.vecLV);
+      if (p - 1 > 1 && IsCurrent(p - 2) && quotation(p - 1)) Add(m_vecWordIDList[p - 2], word.vecLV);
+    }
+    const int after = p + word.unit_count;
+    if (after < size) {
+      Add(m_vecWordIDList[after], word.vecRV);
+      if (after + 1 < size && quotation(after)) Add(m_vecWordIDList[after + 1], word.vecRV);
+    }
+  }
+}
+
+int CKeyWordFinder::SetNewWord(int nPrev, int nNext, int nFreq) {
+  const _tWordAV& left = m_vecWordAV[nPrev];
+  const _tWordAV& right = m_vecWordAV[nNext];
+  const std::string joined = left.word + right.word;
+  if (IsKnownWord(joined.c_str())) return 0;
+  if (left.unit_count + right.unit_count > kMaxUnits) return 0;
+  if (IsRefusedPair(left, right)) return 0;
+  // The trie cannot tell longer strings apart; such a pair is not merged.
+  if (joined.size() > static_cast<size_t>(CTrie::kMaxWordLen)) return 0;
+  // Registered before the position test, so a refused string stays refused.
+  if (m_trie->AddTrie(joined.c_str()) == 2) return 0;
+  _tWordAV word = NewWord(left, right, nFreq);
+  if (word.vecInvertList.empty()) return 0;
+  AddNewWordNeighbours(word);
+  const int index = AddCandidate(std::move(word));
+  if (index >= 0) m_vecNewWordInfo.push_back(m_vecWordAV[index]);
+  return 0;
 }

@@ -5,7 +5,8 @@
 // word string, with its occurrence count, the positions where it starts in
 // the finder's token sequence, and counted lists of the candidates seen
 // immediately left and right of it. Keyword scoring, new-word merging and the
-// document fingerprint work on these records only.
+// document fingerprint work on these records only. GenerateNewWordList merges
+// adjacent candidates that occur together often into new candidates.
 //
 // Normalisation and weights consult the main analysis instance (g_pZIVOR) for
 // dictionary membership and unigram probabilities; without one, every string
@@ -71,6 +72,8 @@ class CKeyWordFinder {
   static constexpr size_t kMaxPositions = 30000000;
   // A known word at least this frequent may be a stop word.
   static constexpr int kStopWordFreq = 840;
+  // A new word spans at most this many scanned tokens.
+  static constexpr int kMaxUnits = 7;
 
   explicit CKeyWordFinder(CUnigram* pUnigram);
   ~CKeyWordFinder();
@@ -92,11 +95,25 @@ class CKeyWordFinder {
   int GetWord(const char* sLine, int nCount, const result_t* result, int i, char* sWord,
               int& nCurHandle);
 
+  // New-word merging: pairs of adjacent candidates seen together often
+  // become candidates of their own (tag "n_new"), which may merge again, up
+  // to kMaxUnits scanned tokens. Returns the number of new words.
+  int GenerateNewWordList();
+  // Merges candidate nPrev followed by nNext, seen together nFreq times,
+  // unless a rule refuses the pair. A joined string refused once it has
+  // positions to check is never proposed again. Always 0.
+  int SetNewWord(int nPrev, int nNext, int nFreq);
+  // Appends every x of vecPrevList (ascending) with x + nDist in vecNextList
+  // (ascending) to vecIntersectList; returns its size.
+  int Intersection(const std::vector<int>& vecPrevList, const std::vector<int>& vecNextList,
+                   int nDist, std::vector<int>& vecIntersectList) const;
+
   // Identifier of the candidate with this string, or -1.
   int GetWordIndex(const char* sWord) const;
 
   const std::vector<_tWordAV>& GetWordAV() const { return m_vecWordAV; }
   const std::vector<int>& GetWordIDList() const { return m_vecWordIDList; }
+  const std::vector<_tWordAV>& GetNewWordInfo() const { return m_vecNewWordInfo; }
 
  private:
   // Identifier of the marker candidate, registering it (stop word, empty
@@ -109,6 +126,23 @@ class CKeyWordFinder {
   _tWordAV NewCandidate(const char* sWord, const result_t& r, bool bClassToken) const;
   // Whether a known, frequent token is too common to be a candidate.
   bool IsFrequentStopWord(const char* sWord, const result_t& r) const;
+  // Whether candidate i may start merges (GenerateNewWordList's seed test).
+  bool IsSeed(const _tWordAV& candidate) const;
+  // Whether the neighbour entry of the seed may merge with it.
+  bool IsPartner(const _tWordAV& seed, const _word_freq& neighbour) const;
+  // Whether the tags of the parts or their commonness forbid the pair.
+  bool IsRefusedPair(const _tWordAV& left, const _tWordAV& right) const;
+  // Whether the word is more frequent than a rare word may be.
+  bool IsCommon(const std::string& word) const;
+  // The merged record of left and right with its neighbours, no positions
+  // meaning none in common.
+  _tWordAV NewWord(const _tWordAV& left, const _tWordAV& right, int nFreq) const;
+  // Counts the neighbours of a new word starting at the positions.
+  void AddNewWordNeighbours(_tWordAV& word) const;
+  // Whether a position belongs to the current collection (after Reset).
+  bool IsCurrent(int position) const {
+    return position >= 0 && static_cast<size_t>(position) >= m_nFirstPosition;
+  }
 
   std::vector<_tWordAV> m_vecWordAV;        // all candidates, by identifier
   std::unique_ptr<CTrie> m_trie;            // candidate string -> entry number
@@ -117,6 +151,7 @@ class CKeyWordFinder {
   std::vector<_tWordAV> m_vecNewWordInfo;   // new words found
   CUnigram* m_pUnigram;                     // not owned
   std::vector<int> m_vecEntryIndex;         // trie entry number -> identifier or -1
+  size_t m_nFirstPosition = 0;              // first position since the last Reset
 };
 
 #endif  // ZIVOR_UTILITY_KEYWORDFINDER_H_
