@@ -17,7 +17,6 @@
 namespace {
 
 using testutil::Gbk;
-using testutil::MiniResources;
 
 // One token of a hand-made analysis: text (UTF-8) and tag; `known` takes the
 // core-dictionary handle of the text as word_ID.
@@ -27,12 +26,10 @@ struct Tok {
   bool known = true;
 };
 
-class KeyWordFinderTest : public ::testing::Test {
+class KeyWordFinderTest : public testutil::MiniSystemTest {
  protected:
   void SetUp() override {
-    r_ = MiniResources::Get();
-    ASSERT_NE(r_, nullptr);
-    sys_ = r_->NewSystem();
+    MiniSystemTest::SetUp();
     g_pZIVOR = sys_.get();
   }
   void TearDown() override { g_pZIVOR = nullptr; }
@@ -73,8 +70,6 @@ class KeyWordFinderTest : public ::testing::Test {
     return 0;
   }
 
-  MiniResources* r_ = nullptr;
-  std::unique_ptr<CMainSystem> sys_;
   std::string text_;
   std::vector<result_t> records_;
 };

@@ -3,6 +3,8 @@
 #ifndef ZIVOR_TESTS_MAINSYSTEMFIXTURE_H_
 #define ZIVOR_TESTS_MAINSYSTEMFIXTURE_H_
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <string>
 
@@ -64,6 +66,19 @@ struct SmallDict {
   CPDAT dict;
   CPOS pos;
   bool Build(const std::string& utf8Lines, const CPOSmap& map);
+};
+
+// A test with the mini resources loaded and one instance over them.
+class MiniSystemTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    r_ = MiniResources::Get();
+    ASSERT_NE(r_, nullptr);
+    sys_ = r_->NewSystem();
+  }
+
+  MiniResources* r_ = nullptr;
+  std::unique_ptr<CMainSystem> sys_;
 };
 
 }  // namespace testutil

@@ -15,13 +15,8 @@ using testutil::Utf8Result;
 
 const char kSentence[] = "他是北京大学的学生。";
 
-class OutputTest : public ::testing::Test {
+class OutputTest : public testutil::MiniSystemTest {
  protected:
-  void SetUp() override {
-    r_ = MiniResources::Get();
-    ASSERT_NE(r_, nullptr);
-    sys_ = r_->NewSystem();
-  }
   // The result text in UTF-8.
   std::string Text(const char* utf8, int tagged = 1, bool userDict = true) {
     return Utf8Result(sys_->Process(Gbk(utf8).c_str(), tagged, userDict));
@@ -33,8 +28,6 @@ class OutputTest : public ::testing::Test {
     return sys_->m_pVecResult[0];
   }
 
-  MiniResources* r_ = nullptr;
-  std::unique_ptr<CMainSystem> sys_;
 };
 
 TEST_F(OutputTest, TaggedAndUntaggedTextByteForByte) {

@@ -18,13 +18,8 @@ using testutil::MiniResources;
 
 const std::string kSentence = Gbk("他是北京大学的学生。");  // 20 bytes, 6 words
 
-class MainSystemTest : public ::testing::Test {
+class MainSystemTest : public testutil::MiniSystemTest {
  protected:
-  void SetUp() override {
-    r_ = MiniResources::Get();
-    ASSERT_NE(r_, nullptr);
-    sys_ = r_->NewSystem();
-  }
   std::string Run(const std::string& gbk, int tagged = 1) {
     return sys_->Process(gbk.c_str(), tagged, true);
   }
@@ -37,8 +32,6 @@ class MainSystemTest : public ::testing::Test {
     return std::vector<result_t>(records, records + reported);
   }
 
-  MiniResources* r_ = nullptr;
-  std::unique_ptr<CMainSystem> sys_;
 };
 
 // Every byte of the text belongs to exactly one record, in order.
