@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
+#include <iterator>
+#include <tuple>
 #include <map>
 #include <random>
 #include <sstream>
@@ -319,6 +322,98 @@ TEST_F(KeyWordFinderTest, RefusedStringStaysRefusedAndLookupStaysRight) {
   finder.SetNewWord(Id(finder, "学习"), Id(finder, "经济"), 2);
   EXPECT_TRUE(finder.GetNewWordInfo().empty());
   EXPECT_EQ(Id(finder, "学习经济"), id);
+}
+
+// A hand-made record (UTF-8 word): freq 4, two left and two right neighbours
+// seen twice each unless given, so the entropy adds 2 ln 2.
+struct Rec {
+  const char* word;
+  const char* pos;
+  int posId;
+  double weight;
+  int units = 1;
+  bool bigram = false;
+  std::vector<int> lv = {2, 2}, rv = {2, 2};
+  int freq = 4;
+};
+std::vector<_tWordAV> Records(const std::vector<Rec>& recs) {
+  std::vector<_tWordAV> list;
+  for (const Rec& r : recs) {
+    list.emplace_back(Gbk(r.word), r.pos, r.posId);
+    _tWordAV& w = list.back();
+    std::tie(w.weight, w.unit_count, w.is_freq_bigram, w.freq) = std::tie(r.weight, r.units, r.bigram, r.freq);
+    for (size_t k = 0; k < r.lv.size(); ++k) w.vecLV.push_back({static_cast<int>(k), r.lv[k]});
+    for (size_t k = 0; k < r.rv.size(); ++k) w.vecRV.push_back({static_cast<int>(k), r.rv[k]});
+  }
+  return list;
+}
+const double kH = 2 * std::log(2.0);
+
+TEST_F(KeyWordFinderTest, ScoreCombinesEntropySpanLengthAndTag) {
+  struct Case { Rec rec; bool newWords; double expected; };  // expected < 0: zeroed, dropped
+  const Case cases[] = {
+      {{"经济", "n", 10, 0.5}, false, 0.5 + kH},            // known noun
+      {{"赵钱", "nr", 10, 0.5}, false, (0.5 + kH) * 1.2},   // unknown
+      {{"重要", "a", 10, 1.0}, false, (1.0 + kH) * 0.5},    // known adjective
+      {{"今天", "t", 10, 3.0}, false, (3.0 + kH) * 0.3},    // known, other tag
+      {{"学生", "n", 24, 0.5}, false, (0.5 + kH) * 1.1},
+      {{"赵钱", "nr", 29, 0.5}, false, (0.5 + kH) * 1.1 * 1.2},
+      {{"经济学生", "n_new", 32, 3.0, 2, true}, true, (3.0 + kH) * 2 * 1.2 * 0.1},
+      {{"经济学生", "n_new", 32, 3.0, 2, true}, false, (3.0 + kH) * 2 * 1.2},
+      {{"一二三四五六", "n_new", 32, 0.5, 4}, false, (0.5 + kH) * 4 / 4 * 1.2},  // 6 chars
+      {{"abc", "x", 10, 1.0}, false, (1.0 + kH) / 2 * 1.2},
+      {{"ab", "x", 10, 2.0}, false, (2.0 + kH) / 3 * 1.2},
+      {{"经济", "n", 10, 5.0, 1, false, {1, 1, 1}, {1}}, false, 5.0 + std::log(4.0)},  // alone: kept
+      {{"经济", "n", 10, 5.0, 1, false, {1, 1, 1}, {}}, false, -1},  // three neighbours
+      {{"经济", "n", 10, 5.0, 1, false, {1, 1}, {1, 1}, 1}, false, -1},  // seen once
+      {{"电", "n", 10, 5.0}, false, -1},                             // one character
+      {{"他们", "rr", 10, 5.0}, false, -1},                          // stop word
+  };
+  CKeyWordFinder finder(&r_->unigram);
+  for (const Case& c : cases) {
+    std::vector<_tWordAV> list = Records({c.rec});
+    EXPECT_EQ(finder.ComputeKeyWord(list, c.newWords), 1);
+    ASSERT_EQ(list.size(), c.expected < 0 ? 0u : 1u) << c.rec.word;
+    if (!list.empty()) {
+      EXPECT_NEAR(list[0].weight, c.expected, 1e-9) << c.rec.word;
+    }
+  }
+  std::vector<_tWordAV> list = Records({{"经济", "n", 10, 0.5}});
+  finder.ComputeKeyWord(list, false);
+  finder.ComputeKeyWord(list, false);  // rescoring adds the entropy again
+  EXPECT_NEAR(list.at(0).weight, 0.5 + 2 * kH, 1e-9);
+}
+
+TEST_F(KeyWordFinderTest, FilterDropsWeakAndContainedWordsAndDampsTagGroups) {
+  std::vector<_tWordAV> list = Records({
+      {"生活", "n", 10, -0.5},  {"提高", "v", 29, 2.5}, {"经济学生", "n_new", 32, 3.0, 2},
+      {"人民", "n", 52, 0.2},   {"研究", "v", 29, 4.0}, {"学习", "v", 10, 3.0, 1, false, {4}, {1, 1, 1}},
+      {"经济", "n", 10, 3.0},   {"发展", "v", 30, 3.0}, {"经济学生研究", "n_new", 32, 3.0, 3}});
+  CKeyWordFinder(&r_->unigram).ComputeKeyWord(list, false);
+  const std::pair<const char*, double> expected[] = {
+      {"经济学生研究", (3.0 + kH) * 3 * 1.2}, {"研究", (4.0 + kH) * 1.1}, {"经济", 3.0 + kH},
+      {"发展", (3.0 + kH) * 1.1 / 1.2},  {"提高", (2.5 + kH) * 1.1 / 2.2}, {"人民", (0.2 + kH) * 1.1}};
+  ASSERT_EQ(list.size(), std::size(expected));
+  for (size_t k = 0; k < list.size(); ++k) {
+    EXPECT_EQ(list[k].word, Gbk(expected[k].first)) << k;
+    EXPECT_NEAR(list[k].weight, expected[k].second, 1e-9) << k;
+  }
+}
+
+TEST_F(KeyWordFinderTest, ResultStringKeepsOneEntryMoreThanTheLimit) {
+  std::vector<_tWordAV> list = Records({{"经济", "n", 1, 2.5}, {"学生", "n_new", 2, 1.25}, {"赵钱", "nr", 3, 10.0 / 3}});
+  const std::string plain[] = {"经济  ", "学生  ", "赵钱  "};
+  const std::string weighted[] = {"经济/n/2.50  ", "学生/n_new/1.25  ", "赵钱/nr/3.33  "};
+  const std::pair<int, size_t> limits[] = {{-1, 3}, {0, 1}, {1, 2}, {2, 3}, {7, 3}, {-2, 3}};
+  CKeyWordFinder finder(nullptr);
+  for (const auto& [limit, count] : limits) {
+    std::string p, w;
+    for (size_t k = 0; k < count; ++k) p += plain[k], w += weighted[k];
+    EXPECT_EQ(finder.GenerateResultString(false, limit, list), Gbk(p)) << limit;
+    EXPECT_EQ(finder.GenerateResultString(true, limit, list), Gbk(w)) << limit;
+  }
+  std::vector<_tWordAV> empty;
+  EXPECT_STREQ(finder.GenerateResultString(true, -1, empty), "");
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 
 #include "API/ZIVORState.h"
 #include "System/MainSystem.h"
+#include "Utility/Hash.h"
 #include "Utility/Unigram.h"
 #include "Utility/global_linux.h"
 #include "Utility/trie.h"
@@ -38,6 +39,15 @@ constexpr double kRareFreq = 419.5;
 // Above this many candidates merging is worth a log line.
 constexpr size_t kLargeCandidateCount = 10000;
 
+// Tags scored up by a tenth; within each group of them the second and later
+// keywords are damped.
+constexpr int kFavouredPosIds[] = {24, 27, 28, 29, 30, 52};
+constexpr int kGroupedPosIds[][3] = {{24, 27, 28}, {29, 30, -1}, {52, -1, -1}};
+constexpr size_t kGroupCount = sizeof(kGroupedPosIds) / sizeof(kGroupedPosIds[0]);
+// The fingerprint joins this many top words into at most kFingerLen bytes.
+constexpr size_t kFingerWords = 6;
+constexpr size_t kFingerLen = 199;
+
 template <size_t N>
 bool OneOf(int value, const int (&set)[N]) {
   return std::find(std::begin(set), std::end(set), value) != std::end(set);
@@ -60,6 +70,57 @@ double EntropyTerm(const char* word) {
 }
 
 bool IsQuotation(const std::string& pos) { return strncasecmp(pos.c_str(), "wy", 2) == 0; }
+
+// Whether the record takes part in scoring at all.
+bool IsScorable(const _tWordAV& r) {
+  if (r.is_stopword || r.freq <= 1) return false;
+  if (r.word.size() <= 2 && !Initial(r.pos, "x")) return false;
+  return r.vecLV.size() + r.vecRV.size() > 3;
+}
+
+// Subtracts p ln p, p = count / freq, for every neighbour entry.
+void AddContextEntropy(_tWordAV& r) {
+  for (const auto* list : {&r.vecLV, &r.vecRV}) {
+    for (const _word_freq& e : *list) {
+      const double p = static_cast<double>(e.freq) / r.freq;
+      r.weight -= p * std::log(p);
+    }
+  }
+}
+
+// Divides the weight of words far from three characters, when short single
+// tokens or long merged ones.
+void CorrectLength(_tWordAV& r) {
+  const size_t bytes = r.word.size();
+  if ((r.unit_count == 1 && bytes <= 3) || (r.unit_count >= 4 && bytes >= 11)) {
+    const int t = static_cast<int>(static_cast<double>(bytes) * 0.5 - 3.0);
+    r.weight /= std::abs(t) + 1.0;
+  }
+}
+
+void CorrectTag(_tWordAV& r) {
+  const bool known = IsKnownWord(r.word.c_str());
+  if (OneOf(r.pos_id, kFavouredPosIds)) {
+    r.weight *= 1.1;
+    if (!known) r.weight *= 1.2;
+  } else if (!known) {
+    r.weight *= 1.2;
+  } else if (Initial(r.pos, "ad")) {
+    r.weight *= 0.5;
+  } else if (!Initial(r.pos, "nv")) {
+    r.weight *= 0.3;
+  }
+}
+
+// The damping group of a tag, or -1.
+int GroupOf(int nPosId) {
+  for (size_t g = 0; g < kGroupCount; ++g) {
+    if (OneOf(nPosId, kGroupedPosIds[g])) return static_cast<int>(g);
+  }
+  return -1;
+}
+
+void SortByWeight(std::vector<_tWordAV>& list) { std::sort(list.begin(), list.end()); }
 
 }  // namespace
 
@@ -350,4 +411,99 @@ int CKeyWordFinder::SetNewWord(int nPrev, int nNext, int nFreq) {
   const int index = AddCandidate(std::move(word));
   if (index >= 0) m_vecNewWordInfo.push_back(m_vecWordAV[index]);
   return 0;
+}
+
+void CKeyWordFinder::Score(_tWordAV& r, bool bNewWordExtract) const {
+  if (!IsScorable(r)) {
+    r.weight = 0.0;
+    return;
+  }
+  AddContextEntropy(r);
+  r.weight *= r.unit_count;
+  CorrectLength(r);
+  CorrectTag(r);
+  if (r.is_freq_bigram && bNewWordExtract) r.weight *= 0.1;
+}
+
+bool CKeyWordFinder::IsExist(std::vector<_tWordAV>& vecWord, int nCurIndex) const {
+  const std::string& word = vecWord[nCurIndex].word;
+  return std::any_of(vecWord.begin(), vecWord.begin() + nCurIndex,
+                     [&word](const _tWordAV& r) { return r.word.find(word) != std::string::npos; });
+}
+
+bool CKeyWordFinder::IsFilteredOut(std::vector<_tWordAV>& vecWordAV, size_t nIndex,
+                                   size_t nRemaining) const {
+  const _tWordAV& r = vecWordAV[nIndex];
+  if (nIndex + 1 + nRemaining > 1 && (r.vecLV.size() <= 1 || r.vecRV.size() <= 1)) return true;
+  if (r.unit_count > 1 && IsExist(vecWordAV, static_cast<int>(nIndex))) return true;
+  return r.weight < 1.0;
+}
+
+void CKeyWordFinder::Filter(std::vector<_tWordAV>& vecWordAV) const {
+  int counters[kGroupCount] = {};
+  size_t kept = 0;
+  const size_t size = vecWordAV.size();
+  for (size_t next = 0; next < size; ++next) {
+    if (next != kept) vecWordAV[kept] = std::move(vecWordAV[next]);
+    if (IsFilteredOut(vecWordAV, kept, size - next - 1)) continue;
+    _tWordAV& r = vecWordAV[kept++];
+    const int group = GroupOf(r.pos_id);
+    if (group < 0) continue;
+    const int n = ++counters[group];
+    if (n > 1) r.weight /= n - 0.8;
+  }
+  vecWordAV.resize(kept, _tWordAV("", "", 0));
+}
+
+int CKeyWordFinder::ComputeKeyWord(std::vector<_tWordAV>& vecWordAV, bool bNewWordExtract) {
+  for (_tWordAV& r : vecWordAV) Score(r, bNewWordExtract);
+  SortByWeight(vecWordAV);
+  Filter(vecWordAV);
+  SortByWeight(vecWordAV);
+  return 1;
+}
+
+const char* CKeyWordFinder::GenerateResultString(bool bArgumentOutput, int nMaxLim,
+                                                 std::vector<_tWordAV>& vecWordAV) {
+  m_sLine.clear();
+  const unsigned int limit = static_cast<unsigned int>(nMaxLim);
+  for (size_t k = 0; k < vecWordAV.size() && (nMaxLim == -1 || k <= limit); ++k) {
+    const _tWordAV& r = vecWordAV[k];
+    m_sLine += r.word;
+    if (bArgumentOutput) {
+      const int n = std::snprintf(nullptr, 0, "/%s/%.2lf", r.pos.c_str(), r.weight);
+      std::string entry(static_cast<size_t>(n) + 1, '\0');
+      std::snprintf(&entry[0], entry.size(), "/%s/%.2lf", r.pos.c_str(), r.weight);
+      m_sLine.append(entry, 0, static_cast<size_t>(n));
+    }
+    m_sLine += "  ";
+  }
+  return m_sLine.c_str();
+}
+
+const char* CKeyWordFinder::GetKeyWordList(bool bArgumentOutput, int nMaxLim) {
+  return GenerateResultString(bArgumentOutput, nMaxLim, *GetKeyWordListE());
+}
+
+const char* CKeyWordFinder::GetNewWordList(bool bArgumentOutput, int nMaxLim) {
+  return GenerateResultString(bArgumentOutput, nMaxLim, *GetNewWordListE());
+}
+
+std::vector<_tWordAV>* CKeyWordFinder::GetKeyWordListE() {
+  ComputeKeyWord(m_vecWordAV, false);
+  return &m_vecWordAV;
+}
+
+std::vector<_tWordAV>* CKeyWordFinder::GetNewWordListE() {
+  ComputeKeyWord(m_vecNewWordInfo, true);
+  return &m_vecNewWordInfo;
+}
+
+unsigned long CKeyWordFinder::FingerPrint(std::vector<_tWordAV>& vecWordAV) const {
+  if (vecWordAV.empty()) return 0;
+  std::string joined;
+  const size_t count = std::min(vecWordAV.size(), kFingerWords);
+  for (size_t k = 0; k < count && joined.size() < kFingerLen; ++k) joined += vecWordAV[k].word;
+  if (joined.size() > kFingerLen) joined.resize(kFingerLen);
+  return CHash().Strhash(joined.c_str());
 }

@@ -7,6 +7,9 @@
 // immediately left and right of it. Keyword scoring, new-word merging and the
 // document fingerprint work on these records only. GenerateNewWordList merges
 // adjacent candidates that occur together often into new candidates.
+// ComputeKeyWord scores, filters and ranks a candidate list in place; the
+// keyword and new-word lists are handed out as text or as the vector itself,
+// and FingerPrint hashes the words at the top of a ranked list.
 //
 // Normalisation and weights consult the main analysis instance (g_pZIVOR) for
 // dictionary membership and unigram probabilities; without one, every string
@@ -52,6 +55,9 @@ typedef struct _tWordAV {
   std::vector<_word_freq> vecLV;    // left neighbours, ascending handle
   std::vector<_word_freq> vecRV;    // right neighbours, ascending handle
   int unit_count = 1;               // scanned tokens spanned
+
+  // The ranking order: strictly greater weight first, no second key.
+  bool operator<(const _tWordAV& other) const { return weight > other.weight; }
 } WORD_AV;
 
 // Bisects the list (ascending by handle). Returns 1 with nMid the entry's
@@ -108,6 +114,28 @@ class CKeyWordFinder {
   int Intersection(const std::vector<int>& vecPrevList, const std::vector<int>& vecNextList,
                    int nDist, std::vector<int>& vecIntersectList) const;
 
+  // Scores, filters and sorts the list in place (always 1): weights grow by
+  // the entropy of the neighbours and are scaled by span, length and tag;
+  // weak, contained and low-weight records are erased. Scoring a list twice
+  // adds the entropy again and re-applies every factor.
+  int ComputeKeyWord(std::vector<_tWordAV>& vecWordAV, bool bNewWordExtract);
+  // The ranked candidates (keywords) or new words, as text of at most
+  // nMaxLim + 1 entries (-1: all), valid until the next call on the finder.
+  const char* GetKeyWordList(bool bArgumentOutput, int nMaxLim);
+  const char* GetNewWordList(bool bArgumentOutput, int nMaxLim);
+  // The same rankings, as the finder's own lists.
+  std::vector<_tWordAV>* GetKeyWordListE();
+  std::vector<_tWordAV>* GetNewWordListE();
+  // Formats entries 0..nMaxLim (nMaxLim read unsigned; -1: all) as the word,
+  // with bArgumentOutput "/tag/weight" (two decimals), then two spaces.
+  const char* GenerateResultString(bool bArgumentOutput, int nMaxLim,
+                                   std::vector<_tWordAV>& vecWordAV);
+  // Whether the word of record nCurIndex lies inside the word of an earlier
+  // record.
+  bool IsExist(std::vector<_tWordAV>& vecWord, int nCurIndex) const;
+  // Strhash of the first six words joined (at most 199 bytes); 0 when empty.
+  unsigned long FingerPrint(std::vector<_tWordAV>& vecWordAV) const;
+
   // Identifier of the candidate with this string, or -1.
   int GetWordIndex(const char* sWord) const;
 
@@ -139,6 +167,13 @@ class CKeyWordFinder {
   _tWordAV NewWord(const _tWordAV& left, const _tWordAV& right, int nFreq) const;
   // Counts the neighbours of a new word starting at the positions.
   void AddNewWordNeighbours(_tWordAV& word) const;
+  // Stage one of ComputeKeyWord for one record.
+  void Score(_tWordAV& r, bool bNewWordExtract) const;
+  // Stage three: erases weak records and damps repeated tag groups.
+  void Filter(std::vector<_tWordAV>& vecWordAV) const;
+  // Whether the list's record at nIndex, the first not yet filtered, with
+  // nRemaining records after it, is dropped by the filter.
+  bool IsFilteredOut(std::vector<_tWordAV>& vecWordAV, size_t nIndex, size_t nRemaining) const;
   // Whether a position belongs to the current collection (after Reset).
   bool IsCurrent(int position) const {
     return position >= 0 && static_cast<size_t>(position) >= m_nFirstPosition;
