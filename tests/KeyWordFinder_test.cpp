@@ -30,7 +30,7 @@ struct Tok {
 };
 
 class KeyWordFinderTest : public testutil::MiniSystemTest {
- protected:
+ public:
   void SetUp() override {
     MiniSystemTest::SetUp();
     g_pZIVOR = sys_.get();
@@ -51,6 +51,10 @@ class KeyWordFinderTest : public testutil::MiniSystemTest {
       text_ += gbk;
       records_.push_back(r);
     }
+  }
+  void ScanTokens(CKeyWordFinder& finder, const std::vector<Tok>& tokens) {
+    Analyse(tokens);
+    ASSERT_EQ(ScanInto(finder), 1);
   }
   int ScanInto(CKeyWordFinder& finder) {
     return finder.Scan(text_.c_str(), static_cast<int>(records_.size()), records_.data());
@@ -398,6 +402,9 @@ TEST_F(KeyWordFinderTest, FilterDropsWeakAndContainedWordsAndDampsTagGroups) {
     EXPECT_EQ(list[k].word, Gbk(expected[k].first)) << k;
     EXPECT_NEAR(list[k].weight, expected[k].second, 1e-9) << k;
   }
+  list = Records({{"经济", "n", 10, 3.0}, {"学习", "v", 10, 0.5, 1, false, {4}, {1, 1, 1}}});
+  CKeyWordFinder(&r_->unigram).ComputeKeyWord(list, false);
+  EXPECT_EQ(list.size(), 1u);  // one-sided, though last
 }
 
 TEST_F(KeyWordFinderTest, ResultStringKeepsOneEntryMoreThanTheLimit) {
@@ -414,6 +421,41 @@ TEST_F(KeyWordFinderTest, ResultStringKeepsOneEntryMoreThanTheLimit) {
   }
   std::vector<_tWordAV> empty;
   EXPECT_STREQ(finder.GenerateResultString(true, -1, empty), "");
+}
+
+// Fingerprint of "prefix L R suffix" scanned three times plus the extra tokens.
+unsigned long FingerOf(KeyWordFinderTest& t, CKeyWordFinder& finder, const Tok& left,
+                       const Tok& right, const std::vector<Tok>& extra) {
+  const Tok prefixes[] = {{"他", "rr"}, {"在", "p"}, {"和", "cc"}};
+  const Tok suffixes[] = {{"。", "wj"}, {"了", "ule"}, {"的", "ude1"}};
+  for (int k = 0; k < 3; ++k) t.ScanTokens(finder, {prefixes[k], left, right, suffixes[k]});
+  t.ScanTokens(finder, extra);
+  finder.GenerateNewWordList();
+  return finder.FingerPrint(*finder.GetKeyWordListE());
+}
+
+TEST_F(KeyWordFinderTest, FingerprintFollowsTheTopWords) {
+  CKeyWordFinder a(&r_->unigram), b(&r_->unigram), c(&r_->unigram);
+  const unsigned long fa = FingerOf(*this, a, {"经济", "n"}, {"学生", "n"}, {{"学习", "v"}});
+  EXPECT_EQ(a.GetKeyWordList(false, -1), Gbk("经济学生  "));
+  EXPECT_NE(fa, 0u);
+  EXPECT_EQ(fa, FingerOf(*this, b, {"经济", "n"}, {"学生", "n"}, {{"和平", "n"}, {"老师", "n"}}));
+  EXPECT_NE(fa, FingerOf(*this, c, {"人民", "n"}, {"生活", "n"}, {{"学习", "v"}}));
+  EXPECT_EQ(b.GetNewWordList(false, -1), Gbk("经济学生  "));
+  const double first = b.GetNewWordListE()->at(0).weight;
+  EXPECT_GT(b.GetNewWordListE()->at(0).weight, first);  // each call scores again
+
+  std::vector<_tWordAV> list = Records({{"a", "x", 0, 0}}), empty;
+  EXPECT_EQ(a.FingerPrint(empty), 0u);
+  EXPECT_EQ(a.FingerPrint(list), 97u);
+  list = Records(std::vector<Rec>(7, Rec{"", "x", 0, 0}));
+  for (_tWordAV& w : list) w.word.assign(40, 'a');
+  const unsigned long base = a.FingerPrint(list);
+  list[6].word = "b";         // only six words count
+  list[4].word[39] = 'b';     // byte 199: beyond the buffer
+  EXPECT_EQ(a.FingerPrint(list), base);
+  list[4].word[38] = 'b';     // byte 198
+  EXPECT_NE(a.FingerPrint(list), base);
 }
 
 }  // namespace
