@@ -345,7 +345,8 @@ std::vector<_tWordAV> Records(const std::vector<Rec>& recs) {
   for (const Rec& r : recs) {
     list.emplace_back(Gbk(r.word), r.pos, r.posId);
     _tWordAV& w = list.back();
-    std::tie(w.weight, w.unit_count, w.is_freq_bigram, w.freq) = std::tie(r.weight, r.units, r.bigram, r.freq);
+    std::tie(w.weight, w.unit_count, w.is_freq_bigram, w.freq) =
+        std::tie(r.weight, r.units, r.bigram, r.freq);
     for (size_t k = 0; k < r.lv.size(); ++k) w.vecLV.push_back({static_cast<int>(k), r.lv[k]});
     for (size_t k = 0; k < r.rv.size(); ++k) w.vecRV.push_back({static_cast<int>(k), r.rv[k]});
   }
@@ -408,7 +409,8 @@ TEST_F(KeyWordFinderTest, FilterDropsWeakAndContainedWordsAndDampsTagGroups) {
 }
 
 TEST_F(KeyWordFinderTest, ResultStringKeepsOneEntryMoreThanTheLimit) {
-  std::vector<_tWordAV> list = Records({{"经济", "n", 1, 2.5}, {"学生", "n_new", 2, 1.25}, {"赵钱", "nr", 3, 10.0 / 3}});
+  std::vector<_tWordAV> list =
+      Records({{"经济", "n", 1, 2.5}, {"学生", "n_new", 2, 1.25}, {"赵钱", "nr", 3, 10.0 / 3}});
   const std::string plain[] = {"经济  ", "学生  ", "赵钱  "};
   const std::string weighted[] = {"经济/n/2.50  ", "学生/n_new/1.25  ", "赵钱/nr/3.33  "};
   const std::pair<int, size_t> limits[] = {{-1, 3}, {0, 1}, {1, 2}, {2, 3}, {7, 3}, {-2, 3}};

@@ -119,6 +119,9 @@ class CKeyWordFinder {
   // weak, contained and low-weight records are erased. Scoring a list twice
   // adds the entropy again and re-applies every factor.
   int ComputeKeyWord(std::vector<_tWordAV>& vecWordAV, bool bNewWordExtract);
+  // Ranking the candidates (keywords) reorders and erases them: afterwards
+  // identifiers, neighbour handles and string lookups mean nothing, so the
+  // finder is only read from (no Scan or GenerateNewWordList) after it.
   // The ranked candidates (keywords) or new words, as text of at most
   // nMaxLim + 1 entries (-1: all), valid until the next call on the finder.
   const char* GetKeyWordList(bool bArgumentOutput, int nMaxLim);
