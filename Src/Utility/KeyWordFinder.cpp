@@ -10,6 +10,7 @@
 
 #include "API/ZIVORState.h"
 #include "System/MainSystem.h"
+#include "Utility/BinaryIO.h"
 #include "Utility/Hash.h"
 #include "Utility/Unigram.h"
 #include "Utility/global_linux.h"
@@ -174,6 +175,7 @@ void CKeyWordFinder::Reset() {
   m_trie = std::make_unique<CTrie>();
   m_vecEntryIndex.clear();
   m_nFirstPosition = m_vecWordIDList.size();
+  m_bRanked = false;
 }
 
 int CKeyWordFinder::GetWordIndex(const char* sWord) const {
@@ -252,6 +254,7 @@ int CKeyWordFinder::GetWord(const char* sLine, int /*nCount*/, const result_t* r
 
 int CKeyWordFinder::Scan(const char* sLine, int nCount, const result_t* result) {
   if (nCount < 1 || result == nullptr || sLine == nullptr || sLine[0] == '\0') return 0;
+  if (m_bRanked) return 0;
   if (m_vecWordIDList.size() > kMaxPositions) {
     char message[128];
     std::snprintf(message, sizeof(message),
@@ -326,6 +329,7 @@ bool CKeyWordFinder::IsPartner(const _tWordAV& seed, const _word_freq& neighbour
 }
 
 int CKeyWordFinder::GenerateNewWordList() {
+  if (m_bRanked) return static_cast<int>(m_vecNewWordInfo.size());
   if (m_vecWordAV.size() > kLargeCandidateCount) {
     WriteLog("Start GenerateNewWordList \xb4\xca\xb4\xae=" +  // 词串=
                  std::to_string(m_vecWordAV.size()),
@@ -491,6 +495,7 @@ const char* CKeyWordFinder::GetNewWordList(bool bArgumentOutput, int nMaxLim) {
 
 std::vector<_tWordAV>* CKeyWordFinder::GetKeyWordListE() {
   ComputeKeyWord(m_vecWordAV, false);
+  m_bRanked = true;
   return &m_vecWordAV;
 }
 
@@ -506,4 +511,41 @@ unsigned long CKeyWordFinder::FingerPrint(std::vector<_tWordAV>& vecWordAV) cons
   for (size_t k = 0; k < count && joined.size() < kFingerLen; ++k) joined += vecWordAV[k].word;
   if (joined.size() > kFingerLen) joined.resize(kFingerLen);
   return CHash().Strhash(joined.c_str());
+}
+
+namespace {
+
+void ExportNeighbours(FILE* fp, const std::vector<_word_freq>& list,
+                      const std::vector<_tWordAV>& vecWordAV) {
+  for (const _word_freq& e : list) {
+    const bool known = e.handle >= 0 && static_cast<size_t>(e.handle) < vecWordAV.size();
+    std::fprintf(fp, "%s(%d),", known ? vecWordAV[e.handle].word.c_str() : "", e.freq);
+  }
+}
+
+}  // namespace
+
+bool CKeyWordFinder::Export(std::vector<_tWordAV>& vecList, const char* sFilename,
+                            std::vector<_tWordAV>& vecWordAV) const {
+  const FilePtr fp = OpenFile(sFilename, "w");
+  if (!fp) {
+    std::printf("Error open %s\n", sFilename != nullptr ? sFilename : "");
+    return false;
+  }
+  int number = 0;
+  for (const _tWordAV& r : vecList) {
+    std::fprintf(fp.get(),
+                 "No:%d\tword=%s\tpos=%s\tfreq=%d\tLV=%d\tRV=%d\tis_stopword=%d\t"
+                 "unit_count=%d\tweight=%.2lf\nInverted List(",
+                 ++number, r.word.c_str(), r.pos.c_str(), r.freq, static_cast<int>(r.vecLV.size()),
+                 static_cast<int>(r.vecRV.size()), r.is_stopword ? 1 : 0, r.unit_count, r.weight);
+    for (const int p : r.vecInvertList) std::fprintf(fp.get(), "%d,", p);
+    std::fputs(")\nLV(", fp.get());
+    ExportNeighbours(fp.get(), r.vecLV, vecWordAV);
+    std::fputs(")\nRV(", fp.get());
+    ExportNeighbours(fp.get(), r.vecRV, vecWordAV);
+    std::fputs(")\n", fp.get());
+  }
+  std::fputs(")\n", fp.get());
+  return true;
 }

@@ -120,8 +120,8 @@ class CKeyWordFinder {
   // adds the entropy again and re-applies every factor.
   int ComputeKeyWord(std::vector<_tWordAV>& vecWordAV, bool bNewWordExtract);
   // Ranking the candidates (keywords) reorders and erases them: afterwards
-  // identifiers, neighbour handles and string lookups mean nothing, so the
-  // finder is only read from (no Scan or GenerateNewWordList) after it.
+  // identifiers, neighbour handles and string lookups mean nothing, so Scan
+  // and GenerateNewWordList refuse to run (0) until the next Reset.
   // The ranked candidates (keywords) or new words, as text of at most
   // nMaxLim + 1 entries (-1: all), valid until the next call on the finder.
   const char* GetKeyWordList(bool bArgumentOutput, int nMaxLim);
@@ -138,6 +138,12 @@ class CKeyWordFinder {
   bool IsExist(std::vector<_tWordAV>& vecWord, int nCurIndex) const;
   // Strhash of the first six words joined (at most 199 bytes); 0 when empty.
   unsigned long FingerPrint(std::vector<_tWordAV>& vecWordAV) const;
+
+  // Development aid: writes every record of vecList with its counts,
+  // positions and neighbours (named from vecWordAV) to a text file. False
+  // (and a line on standard output) when the file cannot be written.
+  bool Export(std::vector<_tWordAV>& vecList, const char* sFilename,
+              std::vector<_tWordAV>& vecWordAV) const;
 
   // Identifier of the candidate with this string, or -1.
   int GetWordIndex(const char* sWord) const;
@@ -190,6 +196,7 @@ class CKeyWordFinder {
   CUnigram* m_pUnigram;                     // not owned
   std::vector<int> m_vecEntryIndex;         // trie entry number -> identifier or -1
   size_t m_nFirstPosition = 0;              // first position since the last Reset
+  bool m_bRanked = false;                   // candidates ranked since the last Reset
 };
 
 #endif  // ZIVOR_UTILITY_KEYWORDFINDER_H_
