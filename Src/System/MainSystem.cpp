@@ -13,6 +13,7 @@
 #include "Segment/PreProcess.h"
 #include "Segment/Segment.h"
 #include "Tagger/HMMTagger.h"
+#include "Utility/KeyWordFinder.h"
 #include "Utility/FSA.h"
 #include "Utility/Unigram.h"
 #include "Utility/global_linux.h"
@@ -78,6 +79,7 @@ CMainSystem::CMainSystem(CCharset* pCharset, CPDAT* pCoreDict, CUnigram* pUnigra
       m_pPersonFSA(pFSA), m_pCodeTranslator(pCodeTrans) {
   pthread_mutex_init(&m_mutex, nullptr);
   pthread_cond_init(&m_idle, nullptr);
+  m_pKeyWordFinder = new CKeyWordFinder(m_pUnigram);
   m_pPreProcess = new (std::nothrow) CPreProcess(m_pCharset, m_pCoreDict, m_pUserDict);
   if (m_pPreProcess == nullptr) {
     WriteLog("Cannot build object CPreProcess.\n", nullptr);
@@ -100,6 +102,7 @@ CMainSystem::CMainSystem(CCharset* pCharset, CPDAT* pCoreDict, CUnigram* pUnigra
 
 CMainSystem::~CMainSystem() {
   FreeBuffers();
+  delete m_pKeyWordFinder;
   delete m_pPreProcess;
   delete m_pSegmenter;
   delete m_pTagger;

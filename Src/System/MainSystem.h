@@ -18,6 +18,7 @@
 
 #include <atomic>
 #include <string>
+#include <vector>
 
 #include "Utility/Global.h"
 
@@ -97,6 +98,37 @@ class CMainSystem {
   double GetUniProb(const char* sWord);
   bool IsFreqAssociate(const char* sPrevWord, const char* sNextWord);
 
+  // Points the instance and its preprocessor at another user dictionary
+  // (null: none), once any call under way on the instance has finished.
+  void SetUserDict(CTrie* pUserDict);
+
+  // Keywords, new words and fingerprints (MainSystemKeyWord.cpp). Each
+  // analyses the text with tagging on and the user dictionary off and
+  // scans it into a keyword finder. The string results are the ranked words
+  // separated by two spaces, with "/tag/weight" when bWeightOut, at most
+  // nMaxKeyLimit + 1 of them (-1: all); they live in the instance's result
+  // buffer. The file variants read the file line by line and return null
+  // when it cannot be opened.
+  const char* GetKeyWords(const char* sLine, int nMaxKeyLimit, bool bWeightOut);
+  const char* GetFileKeyWords(const char* sFilename, int nMaxKeyLimit, bool bWeightOut);
+  const char* GetNewWords(const char* sText, int nMaxKeyLimit, bool bWeightOut);
+  const char* GetFileNewWords(const char* sFilename, int nMaxKeyLimit, bool bWeightOut);
+  // Hash of the text's top keywords; 0 when none survives the filters.
+  unsigned long GetFinger(const char* sLine);
+
+  // A new-word collection over many texts in the instance's own finder:
+  // Start clears it, AddMem and AddFile scan texts into it (1 done, 0 bad
+  // argument or unreadable file, -1 position cap reached), Complete merges
+  // new words and GetResult ranks and formats all of them.
+  bool NWI_Start();
+  int NWI_AddMem(const char* sText);
+  int NWI_AddFile(const char* sFilename);
+  bool NWI_Complete();
+  const char* NWI_GetResult(bool bWeightOut);
+  // The collection's new words, ranked afresh, as user-dictionary lines
+  // "WORD TAG".
+  std::vector<std::string> NWI_GetResultWords();
+
   CUnigram* m_pUnigram;
   CPDAT* m_pCoreDict;
   CKeyWordFinder* m_pKeyWordFinder = nullptr;
@@ -164,6 +196,20 @@ class CMainSystem {
 
   void AllocateBuffers();
   void FreeBuffers();
+
+  // Keyword helpers, called with the busy flag held: analyse a text (or
+  // every line of an open file) and scan the records into the finder. The
+  // result is Scan's; a file stops at the position cap (-1) only when asked.
+  int ScanText(CKeyWordFinder* pFinder, const char* sText);
+  int ScanFile(CKeyWordFinder* pFinder, FILE* fp, bool bStopAtCap);
+  // Copies a finished result string into the result buffer and returns it.
+  const char* KeepResult(const char* sText);
+  // The merged, ranked new words of one text or file, or its keywords.
+  enum class Ranking { kKeyWords, kNewWords };
+  const char* RankText(const char* sText, Ranking ranking, int nMaxKeyLimit, bool bWeightOut);
+  const char* RankFile(const char* sFilename, Ranking ranking, int nMaxKeyLimit,
+                       bool bWeightOut);
+  const char* Rank(CKeyWordFinder* pFinder, Ranking ranking, int nMaxKeyLimit, bool bWeightOut);
 
   // Everything between taking the busy flag and releasing it.
   const char* RunProcess(const char* sLine, int bPOStagged, bool bUserDict);
