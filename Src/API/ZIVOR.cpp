@@ -37,46 +37,12 @@ CContextStat* g_pPersonContext = nullptr;
 CFSA* g_pPersonFSA = nullptr;
 CCodeTran* g_pCodeTranslator = nullptr;
 FilePtr g_fpNewWord;
+pthread_rwlock_t g_userDictLock = PTHREAD_RWLOCK_WRITER_NONRECURSIVE_INITIALIZER_NP;
 
 namespace {
 
-// A worker claimed for the duration of one call.
-class WorkerLease {
- public:
-  WorkerLease() : worker_(GetActiveInstance()) {}
-  ~WorkerLease() {
-    if (worker_ != nullptr) worker_->SetAvailable(true);
-  }
-  WorkerLease(const WorkerLease&) = delete;
-  WorkerLease& operator=(const WorkerLease&) = delete;
-
-  CZIVOR* get() const { return worker_; }
-
- private:
-  CZIVOR* worker_;
-};
-
 // Text arguments may be null; the instances see an empty text instead.
 const char* TextOrEmpty(const char* text) { return text != nullptr ? text : ""; }
-
-// The pooled calls hand their worker back before they return, so the next
-// caller to claim it may overwrite the instance's result while this caller
-// is still reading it. Each thread therefore gets its result in a buffer of
-// its own, valid until the same thread's next call: for one thread that is
-// exactly the life of the instance's buffer.
-const char* KeepText(const char* text) {
-  if (text == nullptr) return nullptr;
-  thread_local std::string kept;
-  kept.assign(text);
-  return kept.c_str();
-}
-
-const result_t* KeepRecords(const result_t* records, int count) {
-  if (records == nullptr) return nullptr;
-  thread_local std::vector<result_t> kept(1);  // never empty: data() is not null
-  kept.assign(records, records + count);
-  return kept.data();
-}
 
 // Deletes every instance (the main one included), then the table itself.
 void DeleteInstances() {
@@ -103,7 +69,8 @@ const char* ZIVOR_ParagraphProcess(const char* sParagraph, int bPOStagged) {
   if (!g_bActive) return nullptr;
   WorkerLease lease;
   if (lease.get() == nullptr) return nullptr;
-  return KeepText(lease.get()->ParagraphProcess(TextOrEmpty(sParagraph), bPOStagged));
+  return KeepText(lease.get()->ParagraphProcess(TextOrEmpty(sParagraph), bPOStagged),
+                  TextKind::kAnalysis);
 }
 
 const result_t* ZIVOR_ParagraphProcessA(const char* sParagraph, int* pResultCount,
@@ -121,6 +88,7 @@ const result_t* ZIVOR_ParagraphProcessA(const char* sParagraph, int* pResultCoun
 
 int ZIVOR_GetParagraphProcessAWordCount(const char* sParagraph) {
   if (!g_bActive || g_pZIVOR == nullptr) return 0;
+  UserDictReader reader;
   std::string translated;
   return g_pZIVOR->ProcessA(TextOrEmpty(sParagraph), translated, true, true, false);
 }

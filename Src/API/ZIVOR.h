@@ -104,6 +104,64 @@ int ZIVOR_SetPOSmap(int nPOSmap);
 bool ZIVOR_IsWord(const char* sWord);
 double ZIVOR_GetUniProb(const char* sWord);
 
+/*
+ * Keywords, new words and fingerprints.
+ *
+ * Keyword and new-word lists are text: the words in ranking order, each
+ * followed by two spaces; with bWeightOut each word is followed by
+ * "/tag/weight" (weight with two decimals) before the spaces. nMaxKeyLimit
+ * is one less than the number of words wanted (0 gives one word, 10 gives
+ * eleven); -1 gives them all. The strings are valid until the same thread's
+ * next call of the same kind; the file variants return null when the file
+ * cannot be opened. Each call may run on any number of threads at once.
+ * ZIVOR_GetNewWords also appends its result and a line feed to the data
+ * directory's "NewWord.lst".
+ */
+const char* ZIVOR_GetKeyWords(const char* sLine, int nMaxKeyLimit, bool bWeightOut);
+const char* ZIVOR_GetFileKeyWords(const char* sFilename, int nMaxKeyLimit, bool bWeightOut);
+const char* ZIVOR_GetNewWords(const char* sLine, int nMaxKeyLimit, bool bWeightOut);
+const char* ZIVOR_GetFileNewWords(const char* sFilename, int nMaxKeyLimit, bool bWeightOut);
+
+/* A 32-bit number identifying the text by its top six keywords; 0 when the
+ * text has none (and before ZIVOR_Init). */
+unsigned long ZIVOR_FingerPrint(const char* sLine);
+
+/*
+ * New words of a collection of texts, on the main instance: Start clears the
+ * collection, AddMem and AddFile add texts (AddFile: 0 when the file cannot
+ * be opened, -1 when the collection is full), Complete finds the new words
+ * and GetResult lists all of them as above. One thread at a time; every call
+ * returns 0 (GetResult null) before ZIVOR_Init.
+ */
+int ZIVOR_NWI_Start(void);
+int ZIVOR_NWI_AddFile(const char* sFilename);
+int ZIVOR_NWI_AddMem(const char* sText);
+int ZIVOR_NWI_Complete(void);
+const char* ZIVOR_NWI_GetResult(bool bWeightOut);
+
+/*
+ * The user dictionary, shared by every analysis. These calls wait for the
+ * analyses under way to finish and hold new ones back while they change it.
+ *
+ * ZIVOR_AddUserWord adds "WORD [TAG]" (tag "n" when none); 1 when the word
+ * is new, 0 when it was present (its tag is replaced) or the tag is longer
+ * than 39 bytes. ZIVOR_DelUsrWord deletes a word and returns its handle, -1
+ * when absent. Neither saves.
+ * ZIVOR_ImportUserDict replaces the dictionary by a text file of such lines
+ * (GBK) and saves it as "UserDict.pdat" in the data directory; returns the
+ * number of words, 0 on failure, in which case no user dictionary remains.
+ * ZIVOR_SaveTheUsrDic saves the dictionary: 1 on success; on failure 0 and
+ * the dictionary is dropped (ZIVOR_ImportUserDict or a new ZIVOR_Init must
+ * come before the next analysis).
+ * ZIVOR_NWI_Result2UserDict adds the collection's new words (tag "n_new")
+ * and saves; returns the number of new words offered.
+ */
+int ZIVOR_AddUserWord(const char* sWord);
+int ZIVOR_DelUsrWord(const char* sWord);
+unsigned int ZIVOR_ImportUserDict(const char* sFilename);
+int ZIVOR_SaveTheUsrDic(void);
+unsigned int ZIVOR_NWI_Result2UserDict(void);
+
 #ifdef __cplusplus
 }  /* extern "C" */
 #endif

@@ -286,7 +286,7 @@ void DeleteSharedResources() {
   DeleteAndNull(g_pCoreDict);
   DeleteAndNull(g_pUnigram);
   DeleteAndNull(g_pBiDict);
-  DeleteAndNull(g_pUserDict);
+  DeleteUserDicts();
   DeleteAndNull(g_pFieldDict);
   DeleteAndNull(g_pGranDict);
   // The tagger's and the person recogniser's resources exist only when they

@@ -73,6 +73,32 @@ CMainSystem* NewMainSystem();
 void DeleteSharedResources();
 void DeleteCodeTranslator();
 
+// Analyses read the user dictionary while holding g_userDictLock shared; the
+// maintenance calls replace or change it holding it exclusively. Writers are
+// preferred, so a stream of analyses cannot hold maintenance off for ever.
+extern pthread_rwlock_t g_userDictLock;
+
+class UserDictReader {
+ public:
+  UserDictReader() { pthread_rwlock_rdlock(&g_userDictLock); }
+  ~UserDictReader() { pthread_rwlock_unlock(&g_userDictLock); }
+  UserDictReader(const UserDictReader&) = delete;
+  UserDictReader& operator=(const UserDictReader&) = delete;
+};
+
+class UserDictWriter {
+ public:
+  UserDictWriter() { pthread_rwlock_wrlock(&g_userDictLock); }
+  ~UserDictWriter() { pthread_rwlock_unlock(&g_userDictLock); }
+  UserDictWriter(const UserDictWriter&) = delete;
+  UserDictWriter& operator=(const UserDictWriter&) = delete;
+};
+
+// Points the main instance and every pooled instance at the dictionary.
+void PointInstancesAt(CTrie* pUserDict);
+// Drops the user dictionary and every one retired by a failed save.
+void DeleteUserDicts();
+
 // Holds a POSIX mutex for the scope.
 class PoolLock {
  public:

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "API/ZIVORState.h"
 #include "System/MainSystem.h"
@@ -106,6 +107,49 @@ double CZIVOR::FileProcess(const char* sSourceFilename, const char* sResultFilen
   CMainSystem* system = Instance();
   if (system == nullptr) return 0.0;
   return system->FileProcess(sSourceFilename, sResultFilename, bPOStagged);
+}
+
+const char* CZIVOR::GetKeyWords(const char* sLine, int nMaxKeyLimit, bool bWeightOut) {
+  CMainSystem* system = Instance();
+  return system != nullptr ? system->GetKeyWords(sLine, nMaxKeyLimit, bWeightOut) : nullptr;
+}
+
+const char* CZIVOR::GetFileKeyWords(const char* sFilename, int nMaxKeyLimit, bool bWeightOut) {
+  CMainSystem* system = Instance();
+  return system != nullptr ? system->GetFileKeyWords(sFilename, nMaxKeyLimit, bWeightOut)
+                           : nullptr;
+}
+
+const char* CZIVOR::GetNewWords(const char* sLine, int nMaxKeyLimit, bool bWeightOut) {
+  CMainSystem* system = Instance();
+  return system != nullptr ? system->GetNewWords(sLine, nMaxKeyLimit, bWeightOut) : nullptr;
+}
+
+const char* CZIVOR::GetFileNewWords(const char* sFilename, int nMaxKeyLimit, bool bWeightOut) {
+  CMainSystem* system = Instance();
+  return system != nullptr ? system->GetFileNewWords(sFilename, nMaxKeyLimit, bWeightOut)
+                           : nullptr;
+}
+
+WorkerLease::WorkerLease() : worker_(GetActiveInstance()) {}
+
+WorkerLease::~WorkerLease() {
+  if (worker_ != nullptr) worker_->SetAvailable(true);
+}
+
+const char* KeepText(const char* text, TextKind kind) {
+  if (text == nullptr) return nullptr;
+  thread_local std::string kept[static_cast<int>(TextKind::kCount)];
+  std::string& buffer = kept[static_cast<int>(kind)];
+  buffer.assign(text);
+  return buffer.c_str();
+}
+
+const result_t* KeepRecords(const result_t* records, int count) {
+  if (records == nullptr) return nullptr;
+  thread_local std::vector<result_t> kept(1);  // never empty: data() is not null
+  kept.assign(records, records + count);
+  return kept.data();
 }
 
 CZIVOR* GetActiveInstance() {

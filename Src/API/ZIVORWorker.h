@@ -13,6 +13,7 @@
 #include <climits>
 
 #include "API/ZIVOR.h"
+#include "API/ZIVORState.h"
 
 class CMainSystem;
 
@@ -43,6 +44,10 @@ class CZIVOR {
   int GetParagraphProcessAWordCount(const char* sParagraph);
   void ParagraphProcessAW(int nCount, result_t* result);
   double FileProcess(const char* sSourceFilename, const char* sResultFilename, int bPOStagged);
+  const char* GetKeyWords(const char* sLine, int nMaxKeyLimit, bool bWeightOut);
+  const char* GetFileKeyWords(const char* sFilename, int nMaxKeyLimit, bool bWeightOut);
+  const char* GetNewWords(const char* sLine, int nMaxKeyLimit, bool bWeightOut);
+  const char* GetFileNewWords(const char* sFilename, int nMaxKeyLimit, bool bWeightOut);
 
  private:
   // The instance in this worker's slot, or null.
@@ -55,6 +60,31 @@ class CZIVOR {
 // Claims an idle worker, creating one when none is idle; null only when
 // memory runs out. The caller returns it with SetAvailable(true).
 CZIVOR* GetActiveInstance();
+
+// A worker claimed for the duration of one pooled call, with the user
+// dictionary held for reading; null when none can be had.
+class WorkerLease {
+ public:
+  WorkerLease();
+  ~WorkerLease();
+  WorkerLease(const WorkerLease&) = delete;
+  WorkerLease& operator=(const WorkerLease&) = delete;
+
+  CZIVOR* get() const { return worker_; }
+
+ private:
+  UserDictReader reader_;
+  CZIVOR* worker_;
+};
+
+// The pooled calls hand their worker back before they return, so the next
+// caller to claim it may overwrite the instance's result while this caller
+// is still reading it. Each thread therefore gets its result in a buffer of
+// its own, valid until the same thread's next call of the same kind: for one
+// thread that is exactly the life of the instance's buffer. Null stays null.
+enum class TextKind { kAnalysis, kKeyWords, kNewWords, kCount };
+const char* KeepText(const char* text, TextKind kind);
+const result_t* KeepRecords(const result_t* records, int count);
 
 // Runs the count/copy pair on an instance: copies its last result into
 // `result` when nCount equals that result's record count.
