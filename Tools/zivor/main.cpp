@@ -1,5 +1,6 @@
 // zivor: analyses text files or standard input line by line and prints each
-// line's words, with their tags, or the result records.
+// line's words, with their tags, or the result records; or lists keywords,
+// new words or fingerprints of the inputs; and maintains the user dictionary.
 #include <strings.h>
 #include <unistd.h>
 
@@ -7,12 +8,18 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <string>
 #include <vector>
 
 #include "API/ZIVOR.h"
 #include "DataStage.h"
+#include "Input.h"
+#include "KeyWordJobs.h"
+#include "NewWordJob.h"
+#include "Options.h"
+#include "UserDictJobs.h"
 #include "Utility/global_linux.h"
 
 namespace {
@@ -24,15 +31,8 @@ const char kDefaultDir[] = "";  // the current directory
 #endif
 
 constexpr int kUsageError = 2;
-
-struct Options {
-  std::string dir = kDefaultDir;
-  bool tags = true;
-  int map = 0;
-  bool records = false;
-  std::string user_dict;
-  std::vector<std::string> files;
-};
+// The most keywords --keywords asks for.
+constexpr long kMaxKeyWords = 1000000;
 
 void PrintUsage(FILE* out) {
   fprintf(out,
@@ -48,7 +48,27 @@ void PrintUsage(FILE* out) {
           "                    word_type, weight (tab-separated; offsets in bytes\n"
           "                    within the line); an empty line ends each input line\n"
           "  --user-dict FILE  also use the user dictionary FILE (\"WORD [TAG]\" lines)\n"
-          "  -h, --help        this text\n",
+          "                    through a private copy of Data; the data is left as it is\n"
+          "  -h, --help        this text\n\n"
+          "Instead of the analysis (one of them):\n"
+          "  --keywords N      at most N best keywords of each FILE (one line each,\n"
+          "                    then a tab and the name) or of each line of standard\n"
+          "                    input; 0 lists them all\n"
+          "  --new-words       the new words of all inputs together, on one line\n"
+          "  --fingerprint     a number identifying each FILE (then a tab and the name)\n"
+          "                    or each line of standard input by its top keywords\n"
+          "  --weights         keywords and new words as WORD/TAG/WEIGHT (two decimals)\n"
+          "  --save-new-words  with --new-words: add them to the user dictionary (tag\n"
+          "                    n_new) and save it\n\n"
+          "User dictionary of -d DIR, changed in command-line order before the inputs\n"
+          "are read (when standard input is a terminal and no FILE is given, nothing\n"
+          "is read; with --user-dict they change its private copy); each result is\n"
+          "reported on standard error:\n"
+          "  --import-user-dict FILE   replace it by the \"WORD [TAG]\" lines of FILE\n"
+          "                            and save it as Data/UserDict.pdat\n"
+          "  --add-user-word \"WORD [TAG]\"  add a word (tag n when none); repeatable\n"
+          "  --delete-user-word WORD   delete a word; repeatable\n"
+          "  --save-user-dict          save the added and deleted words\n",
           kDefaultDir[0] != '\0' ? kDefaultDir : "the current directory");
 }
 
@@ -58,45 +78,125 @@ int UsageError(const std::string& message) {
   return kUsageError;
 }
 
+// Chooses the job; false when another one was chosen already.
+bool SetJob(Job job, Options* options) {
+  if (options->job != Job::kAnalyse && options->job != job) return false;
+  options->job = job;
+  return true;
+}
+
+// The library's limit for "--keywords TEXT": one less than the words wanted,
+// -1 for all of them. False when TEXT is not a count.
+bool ParseKeyWordCount(const std::string& text, int* limit) {
+  if (text.empty() || text.size() > 7 || text.find_first_not_of("0123456789") != std::string::npos) {
+    return false;
+  }
+  const long count = strtol(text.c_str(), nullptr, 10);
+  if (count > kMaxKeyWords) return false;
+  *limit = static_cast<int>(count) - 1;
+  return true;
+}
+
+// The option parsers below return kGoOn when they took the option, kNotMine
+// when it is not one of theirs, else the exit status. `value` takes the
+// option's argument.
+constexpr int kGoOn = -1;
+constexpr int kNotMine = -2;
+using ValueReader = std::function<bool(std::string*)>;
+
+int ParseAnalysisOption(const std::string& arg, const ValueReader& value, Options* options) {
+  std::string text;
+  if (arg == "-d") {
+    if (!value(&options->dir)) return UsageError("-d needs a directory");
+  } else if (arg == "-e") {
+    if (!value(&text)) return UsageError("-e needs an encoding");
+    if (strcasecmp(text.c_str(), "gbk") != 0) {
+      fprintf(stderr, "zivor: encoding '%s' is not supported; only gbk is\n", text.c_str());
+      return kUsageError;
+    }
+  } else if (arg == "--no-tags") {
+    options->tags = false;
+  } else if (arg == "--map") {
+    if (!value(&text) || text.size() != 1 || text[0] < '0' || text[0] > '3') {
+      return UsageError("--map needs a level from 0 to 3");
+    }
+    options->map = text[0] - '0';
+  } else if (arg == "--records") {
+    options->records = true;
+  } else if (arg == "--user-dict") {
+    if (!value(&options->user_dict)) return UsageError("--user-dict needs a file");
+  } else {
+    return kNotMine;
+  }
+  return kGoOn;
+}
+
+int ParseJobOption(const std::string& arg, const ValueReader& value, Options* options) {
+  static const char kOneJob[] = "choose one of --keywords, --new-words and --fingerprint";
+  std::string text;
+  if (arg == "--keywords") {
+    if (!value(&text) || !ParseKeyWordCount(text, &options->keyword_limit)) {
+      return UsageError("--keywords needs a number of words");
+    }
+    if (!SetJob(Job::kKeyWords, options)) return UsageError(kOneJob);
+  } else if (arg == "--new-words" || arg == "--fingerprint") {
+    if (!SetJob(arg == "--new-words" ? Job::kNewWords : Job::kFingerprint, options)) {
+      return UsageError(kOneJob);
+    }
+  } else if (arg == "--weights") {
+    options->weights = true;
+  } else if (arg == "--save-new-words") {
+    options->save_new_words = true;
+  } else {
+    return kNotMine;
+  }
+  return kGoOn;
+}
+
+int ParseUserDictOption(const std::string& arg, const ValueReader& value, Options* options) {
+  UserDictAction action{UserDictAction::kSave, ""};
+  if (arg == "--import-user-dict") {
+    action.kind = UserDictAction::kImport;
+  } else if (arg == "--add-user-word") {
+    action.kind = UserDictAction::kAdd;
+  } else if (arg == "--delete-user-word") {
+    action.kind = UserDictAction::kDelete;
+  } else if (arg != "--save-user-dict") {
+    return kNotMine;
+  }
+  if (action.kind != UserDictAction::kSave && !value(&action.argument)) {
+    return UsageError(arg + " needs an argument");
+  }
+  options->dict_actions.push_back(action);
+  return kGoOn;
+}
+
 // Parses argv into *options. Returns -1 to go on, else the exit status.
 int ParseArguments(int argc, char** argv, Options* options) {
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
-    const auto value = [&](std::string* out) {
+    const ValueReader value = [&](std::string* out) {
       if (i + 1 >= argc) return false;
       *out = argv[++i];
       return true;
     };
-    std::string text;
     if (arg == "-h" || arg == "--help") {
       PrintUsage(stdout);
       return 0;
-    } else if (arg == "-d") {
-      if (!value(&options->dir)) return UsageError("-d needs a directory");
-    } else if (arg == "-e") {
-      if (!value(&text)) return UsageError("-e needs an encoding");
-      if (strcasecmp(text.c_str(), "gbk") != 0) {
-        fprintf(stderr, "zivor: encoding '%s' is not supported; only gbk is\n", text.c_str());
-        return kUsageError;
-      }
-    } else if (arg == "--no-tags") {
-      options->tags = false;
-    } else if (arg == "--map") {
-      if (!value(&text) || text.size() != 1 || text[0] < '0' || text[0] > '3') {
-        return UsageError("--map needs a level from 0 to 3");
-      }
-      options->map = text[0] - '0';
-    } else if (arg == "--records") {
-      options->records = true;
-    } else if (arg == "--user-dict") {
-      if (!value(&options->user_dict)) return UsageError("--user-dict needs a file");
-    } else if (arg.size() > 1 && arg[0] == '-') {
-      return UsageError("unknown option " + arg);
-    } else {
-      options->files.push_back(arg);
     }
+    int status = ParseAnalysisOption(arg, value, options);
+    if (status == kNotMine) status = ParseJobOption(arg, value, options);
+    if (status == kNotMine) status = ParseUserDictOption(arg, value, options);
+    if (status == kNotMine && arg.size() > 1 && arg[0] == '-') {
+      return UsageError("unknown option " + arg);
+    }
+    if (status == kNotMine) options->files.push_back(arg);
+    if (status >= 0) return status;
   }
-  return -1;
+  if (options->save_new_words && options->job != Job::kNewWords) {
+    return UsageError("--save-new-words goes with --new-words");
+  }
+  return kGoOn;
 }
 
 void PrintRecords(const std::string& line) {
@@ -111,16 +211,10 @@ void PrintRecords(const std::string& line) {
   putchar('\n');
 }
 
-// Analyses every line of `in`. The library reads NUL-terminated text, so NUL
-// bytes are passed on as blanks (offsets stay those of the line); a carriage
-// return before the line feed is dropped.
+// Analyses every line of `in`.
 void ProcessStream(std::istream& in, const Options& options) {
   std::string line;
-  while (std::getline(in, line)) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    for (char& c : line) {
-      if (c == '\0') c = ' ';
-    }
+  while (ReadLine(in, &line)) {
     if (options.records) {
       PrintRecords(line);
     } else {
@@ -152,10 +246,51 @@ bool Initialise(const Options& options, DataStage* stage) {
   return false;
 }
 
+// Analyses the files, or standard input when none is given. Returns the exit
+// status.
+int Analyse(const Options& options) {
+  if (options.files.empty()) {
+    ProcessStream(std::cin, options);
+    return 0;
+  }
+  int result = 0;
+  for (const std::string& file : options.files) {
+    std::ifstream in(file, std::ios::binary);
+    if (!in) {
+      ReportUnreadable(file);
+      result = 1;
+      continue;
+    }
+    ProcessStream(in, options);
+  }
+  return result;
+}
+
+int RunJob(const Options& options) {
+  switch (options.job) {
+    case Job::kKeyWords:
+      return RunKeyWords(options);
+    case Job::kNewWords:
+      return RunNewWords(options);
+    case Job::kFingerprint:
+      return RunFingerprints(options);
+    case Job::kAnalyse:
+      break;
+  }
+  return Analyse(options);
+}
+
+// Whether only the user dictionary is to be changed: dictionary options were
+// given with neither a file nor piped input to read.
+bool OnlyUserDict(const Options& options) {
+  return !options.dict_actions.empty() && options.files.empty() && isatty(0) != 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   Options options;
+  options.dir = kDefaultDir;
   const int status = ParseArguments(argc, argv, &options);
   if (status >= 0) return status;
   std::ios::sync_with_stdio(false);
@@ -163,19 +298,8 @@ int main(int argc, char** argv) {
   DataStage stage;
   if (!Initialise(options, &stage)) return 1;
   ZIVOR_SetPOSmap(options.map);
-  int result = 0;
-  if (options.files.empty()) {
-    ProcessStream(std::cin, options);
-  }
-  for (const std::string& file : options.files) {
-    std::ifstream in(file, std::ios::binary);
-    if (!in) {
-      fprintf(stderr, "zivor: cannot open %s\n", file.c_str());
-      result = 1;
-      continue;
-    }
-    ProcessStream(in, options);
-  }
+  int result = RunUserDictActions(options) ? 0 : 1;
+  if (result == 0 && !OnlyUserDict(options)) result = RunJob(options);
   ZIVOR_Exit();
   return result;
 }

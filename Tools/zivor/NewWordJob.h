@@ -1,0 +1,16 @@
+// NewWordJob.h: the new words of all inputs together.
+//
+// Every FILE (or every line of standard input when none is given) is added
+// to the library's new-word collection; the new words found in the whole
+// collection are printed on one line. While standard error is a terminal a
+// progress line there counts the inputs (or lines) and bytes read.
+#ifndef ZIVOR_TOOLS_ZIVOR_NEWWORDJOB_H_
+#define ZIVOR_TOOLS_ZIVOR_NEWWORDJOB_H_
+
+#include "Options.h"
+
+// Returns the exit status: 1 when a file could not be opened or the
+// collection filled up before every input was added, else 0.
+int RunNewWords(const Options& options);
+
+#endif  // ZIVOR_TOOLS_ZIVOR_NEWWORDJOB_H_
