@@ -2,6 +2,7 @@
 #include <sys/wait.h>
 
 #include <cstdlib>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -169,7 +170,9 @@ TEST_F(ZivorCliTest, FailedInitialisationPointsAtTheLog) {
 
 TEST_F(ZivorCliTest, BadOptionsAreRefused) {
   for (const std::vector<std::string>& args :
-       {std::vector<std::string>{"-e", "utf8"}, {"--map", "4"}, {"--map"}, {"--bogus"}, {"-d"}}) {
+       {std::vector<std::string>{"-e", "utf8"}, {"--map", "4"}, {"--map"}, {"--bogus"}, {"-d"},
+        {"--keywords", "2x"}, {"--keywords"}, {"--new-words", "--fingerprint"},
+        {"--save-new-words"}, {"--add-user-word"}}) {
     const CliRun run = Run(WithData(args), Input());
     EXPECT_EQ(2, run.status) << args[0];
     EXPECT_EQ("", run.out) << args[0];
@@ -178,8 +181,114 @@ TEST_F(ZivorCliTest, BadOptionsAreRefused) {
   EXPECT_NE(std::string::npos, Run({"-e", "big5"}).err.find("only gbk"));
   const CliRun help = Run({"-h"});
   EXPECT_EQ(0, help.status);
-  EXPECT_NE(std::string::npos, help.out.find("--records"));
+  for (const char* option : {"--records", "--keywords", "--new-words", "--fingerprint",
+                             "--import-user-dict", "--save-user-dict"}) {
+    EXPECT_NE(std::string::npos, help.out.find(option)) << option;
+  }
   EXPECT_EQ(0, Run(WithData({"-e", "GBK"}), Input()).status);
+}
+
+// Each text repeats a pair of known words in varied contexts, so the pair
+// forms a new word, which is then also the text's only keyword.
+const char kEconomyStudents[] = "他经济学生。在经济学生了。和经济学生的。对经济学生，";
+const char kMarketBanks[] = "他市场银行。在市场银行了。和市场银行的。对市场银行，";
+
+TEST_F(ZivorCliTest, KeyWordsAreLimitedToTheCountAskedForAndCarryWeights) {
+  const std::string text = Gbk(std::string(kEconomyStudents) + kMarketBanks);
+  const std::string input = text + "\n" + Gbk("一") + "\n";
+  struct Case {
+    std::vector<std::string> args;
+    std::string first_line;  // UTF-8
+  };
+  for (const Case& c : std::vector<Case>{{{"--keywords", "1"}, "经济学生"},
+                                         {{"--keywords", "2"}, "经济学生  市场银行"},
+                                         {{"--keywords", "0"}, "经济学生  市场银行"}}) {
+    const CliRun run = Run(WithData(c.args), input);
+    ASSERT_EQ(0, run.status) << run.err;
+    EXPECT_EQ(c.first_line + "\n\n", Utf8(run.out)) << c.args[1];
+  }
+  const CliRun weighted = Run(WithData({"--keywords", "5", "--weights"}), input);
+  EXPECT_TRUE(std::regex_match(
+      Utf8(SplitLines(weighted.out)[0]),
+      std::regex("经济学生/n_new/[0-9]+\\.[0-9]{2}  市场银行/n_new/[0-9]+\\.[0-9]{2}")))
+      << Utf8(weighted.out);
+  testutil::WriteFile(work_.File("text.txt"), text);
+  EXPECT_EQ("经济学生\ttext.txt\n", Utf8(Run(WithData({"--keywords", "1", "text.txt"})).out));
+}
+
+TEST_F(ZivorCliTest, FingerprintsAreEqualForEqualTexts) {
+  const std::string first = Gbk(kEconomyStudents) + "\n";
+  testutil::WriteFile(work_.File("first.txt"), first);
+  const CliRun run = Run(WithData({"--fingerprint", "first.txt"}));
+  ASSERT_EQ(0, run.status) << run.err;
+  const std::vector<std::string> lines =
+      SplitLines(Run(WithData({"--fingerprint"}), first + Gbk(kMarketBanks) + "\n" + first).out);
+  ASSERT_EQ(3u, lines.size());
+  EXPECT_TRUE(std::regex_match(lines[0], std::regex("[1-9][0-9]*")));
+  EXPECT_EQ(lines[0], lines[2]);
+  EXPECT_NE(lines[0], lines[1]);
+  EXPECT_EQ(lines[0] + "\tfirst.txt\n", run.out);
+}
+
+TEST_F(ZivorCliTest, NewWordsComeFromAllInputsTogether) {
+  // Each line alone holds the pair once: only the collection sees it recur.
+  std::string lines;
+  for (const char* line : {"他经济学生。", "在经济学生了。", "和经济学生的。", "对经济学生，"}) {
+    lines += Gbk(line) + "\n";
+  }
+  EXPECT_EQ("\n\n\n\n", Run(WithData({"--keywords", "3"}), lines).out);
+  const CliRun run = Run(WithData({"--new-words"}), lines);
+  ASSERT_EQ(0, run.status) << run.err;
+  EXPECT_EQ("经济学生\n", Utf8(run.out));
+  EXPECT_EQ("", run.err) << "no progress line unless standard error is a terminal";
+}
+
+TEST_F(ZivorCliTest, EveryJobReportsMissingFilesAndGoesOn) {
+  testutil::WriteFile(work_.File("a.txt"), Gbk("他经济学生。在经济学生了。\n"));
+  testutil::WriteFile(work_.File("b.txt"), Gbk("和经济学生的。对经济学生，\n"));
+  for (const std::vector<std::string>& job : {std::vector<std::string>{"--keywords", "3"},
+                                              {"--fingerprint"}, {"--new-words"}}) {
+    std::vector<std::string> args = job;
+    args.insert(args.end(), {"a.txt", "missing.txt", "b.txt"});
+    const CliRun run = Run(WithData(args));
+    EXPECT_EQ(1, run.status) << job[0];
+    EXPECT_EQ("zivor: cannot open missing.txt\n", run.err) << job[0];
+    EXPECT_EQ(job[0] == "--new-words" ? 1u : 2u, SplitLines(run.out).size()) << job[0];
+  }
+  EXPECT_EQ("经济学生\n", Utf8(Run(WithData({"--new-words", "a.txt", "b.txt"})).out));
+}
+
+TEST_F(ZivorCliTest, UserDictionaryChangesAreReportedAndSaved) {
+  testutil::TempDir own;
+  testutil::MiniDataOptions config;
+  config.user_dict = true;
+  ASSERT_TRUE(testutil::BuildMiniData(own.path(), config));
+  testutil::WriteFile(work_.File("words.txt"), Gbk("经济发展 nz\n物联网 n\n"));
+  const std::string cloud = Gbk("云计算 vn");
+  const std::string iot = Gbk("物联网");
+  const std::string input = Gbk("云计算和经济发展") + "\n";
+  const CliRun run =
+      Run({"-d", own.path(), "--import-user-dict", "words.txt", "--add-user-word", cloud,
+           "--add-user-word", cloud, "--delete-user-word", iot, "--delete-user-word", iot,
+           "--save-user-dict", "--no-tags"},
+          input);
+  ASSERT_EQ(0, run.status) << run.err;
+  EXPECT_EQ(
+      "zivor: imported 2 words from words.txt\n"
+      "zivor: added 云计算 vn\n"
+      "zivor: not added 云计算 vn: already present (tag replaced) or tag too long\n"
+      "zivor: deleted 物联网\n"
+      "zivor: not deleted 物联网: not in the user dictionary\n"
+      "zivor: saved the user dictionary\n",
+      Utf8(run.err));
+  EXPECT_EQ("云计算 和 经济发展 \n", Utf8(run.out));
+  // The saved dictionary is the one a later run loads.
+  EXPECT_EQ("云计算/vn 和/cc 经济发展/nz \n", Utf8(Run({"-d", own.path()}, input).out));
+
+  const CliRun failed = Run({"-d", own.path(), "--import-user-dict", "missing.txt"}, input);
+  EXPECT_EQ(1, failed.status);
+  EXPECT_EQ("", failed.out);
+  EXPECT_EQ("zivor: cannot import the user dictionary missing.txt\n", failed.err);
 }
 
 }  // namespace
