@@ -134,4 +134,38 @@ TEST_F(ApiConcurrencyTest, RacingClaimsNeverShareAWorker) {
   EXPECT_LE(g_vecWorker.size(), static_cast<size_t>(kThreads));
 }
 
+TEST_F(ApiConcurrencyTest, UserDictionaryChangesWhileThreadsAnalyse) {
+  const std::vector<std::string> texts = Texts();
+  const std::string userText = Gbk("大数据和云计算");
+  const std::string file = data_.File("user.txt");
+  testutil::WriteFile(file, Gbk("云计算 nz\n物联网 n\n"));
+  std::atomic<bool> done{false};
+  std::atomic<int> failures{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&, t] {
+      for (size_t i = t; !done; ++i) {
+        int count = 0;
+        if (ZIVOR_ParagraphProcessA(userText.c_str(), &count, true) == nullptr) ++failures;
+        if (ZIVOR_GetKeyWords(texts[i % texts.size()].c_str(), 5, true) == nullptr) ++failures;
+      }
+    });
+  }
+  for (int round = 0; round < 200; ++round) {
+    ZIVOR_AddUserWord(Gbk("大数据 nz").c_str());
+    ZIVOR_DelUsrWord(Gbk("大数据").c_str());
+    if (round % 20 == 0) ZIVOR_ImportUserDict(file.c_str());
+    if (round % 50 == 0) ZIVOR_SaveTheUsrDic();
+  }
+  done = true;
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(0, failures);
+  EXPECT_EQ(2u, ZIVOR_ImportUserDict(file.c_str()));
+  const std::string imported = Gbk("云计算和大数据");
+  int count = 0;
+  const result_t* records = ZIVOR_ParagraphProcessA(imported.c_str(), &count, true);
+  ASSERT_GT(count, 0);
+  EXPECT_EQ(6, records[0].length);  // one word
+}
+
 }  // namespace

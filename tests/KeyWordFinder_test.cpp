@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <cstring>
 #include <iterator>
 #include <tuple>
@@ -16,6 +18,8 @@
 #include "MainSystemFixture.h"
 #include "MiniData.h"
 #include "TestUtil.h"
+#include "Utility/Unigram.h"
+#include "Utility/global_linux.h"
 
 namespace {
 
@@ -27,6 +31,7 @@ struct Tok {
   const char* text;
   const char* pos;
   bool known = true;
+  int posId = 0;
 };
 
 class KeyWordFinderTest : public testutil::MiniSystemTest {
@@ -48,6 +53,7 @@ class KeyWordFinderTest : public testutil::MiniSystemTest {
       r.length = static_cast<int>(gbk.size());
       std::strncpy(r.sPOS, t.pos, sizeof(r.sPOS) - 1);
       r.word_ID = t.known ? r_->core.Find(gbk.c_str()) : -1;
+      r.iPOS = t.posId;
       text_ += gbk;
       records_.push_back(r);
     }
@@ -280,6 +286,9 @@ TEST_F(KeyWordFinderTest, AdjacentPairsMergeUnlessARuleRefuses) {
   const Case cases[] = {
       {{"经济", "n"}, {"学生", "n"}, 3, true},
       {{"经济", "n"}, {"学生", "n"}, 1, false},    // seen once
+      {{"经济", "n"}, {"学生", "n"}, 2, false},    // too few contexts on both sides
+      {{"经济", "n", true, 24}, {"学生", "n"}, 3, false},  // a tag that never merges
+      {{"赵钱", "n"}, {"学生", "n"}, 3, false},    // one unknown unit
       {{"北京", "ns"}, {"大学", "n"}, 3, false},   // a dictionary word
       {{"学习", "v"}, {"重要", "a"}, 3, false},    // verb + adjective
       {{"一", "m"}, {"会议", "n"}, 3, false},      // numeral + noun
@@ -307,6 +316,96 @@ TEST_F(KeyWordFinderTest, AdjacentPairsMergeUnlessARuleRefuses) {
     EXPECT_EQ(Seen(finder, word.vecRV, "了"), 1);
     EXPECT_EQ(word.pos, "n_new");
   }
+}
+
+// The pair must account for at least half of the occurrences of one part:
+// "L R" together `pair` times, L and R alone the rest of their counts, each
+// text with its own context.
+TEST_F(KeyWordFinderTest, PairMustCarryHalfOfOnePart) {
+  const Tok l{"经济", "n"}, r{"学生", "n"};
+  const Tok around[][2] = {{{"他", "rr"}, {"。", "wj"}}, {{"在", "p"}, {"了", "ule"}},
+                           {{"和", "cc"}, {"的", "ude1"}}, {{"对", "p"}, {"，", "wd"}}};
+  struct Case { int pair, leftAlone, rightAlone, expected; };
+  for (const Case& c : {Case{3, 7, 4, 0}, Case{4, 6, 4, 1}}) {  // 3 of 10 and 7; 4 of 10 and 8
+    CKeyWordFinder finder(&r_->unigram);
+    for (int k = 0; k < c.pair; ++k) ScanTokens(finder, {around[k % 4][0], l, r, around[k % 4][1]});
+    for (int k = 0; k < c.leftAlone; ++k) ScanTokens(finder, {around[k % 4][0], l, around[k % 4][1]});
+    for (int k = 0; k < c.rightAlone; ++k) ScanTokens(finder, {around[k % 4][0], r, around[k % 4][1]});
+    EXPECT_EQ(finder.GenerateNewWordList(), c.expected) << c.pair;  // reached from both sides, made once
+  }
+}
+
+// Parts of a numeral-like tag next to an adjective merge only while both are
+// rare; a table whose total is huge makes every dictionary word common.
+TEST_F(KeyWordFinderTest, CommonPartsOfGuardedTagPairsDoNotMerge) {
+  testutil::TempDir dir;
+  const std::string path = dir.File("big.unig");
+  ASSERT_TRUE(r_->unigram.Save(path.c_str()));
+  std::string bytes = testutil::ReadFileBytes(path);
+  const int total = 100000000;
+  std::memcpy(&bytes[8], &total, sizeof total);
+  testutil::WriteFile(path, bytes);
+  CUnigram big;
+  ASSERT_TRUE(big.Load(path.c_str()));
+  struct Case { CUnigram* table; int leftPosId; int expected; };
+  for (const Case& c : {Case{&big, 3, 0}, Case{&big, 0, 1}, Case{&r_->unigram, 12, 1}}) {
+    CKeyWordFinder finder(c.table);
+    const Tok prefixes[] = {{"他", "rr"}, {"在", "p"}, {"和", "cc"}};
+    const Tok suffixes[] = {{"。", "wj"}, {"了", "ule"}, {"的", "ude1"}};
+    for (int k = 0; k < 3; ++k) {
+      ScanTokens(finder, {prefixes[k], {"经济", "n", true, c.leftPosId}, {"重要", "a"}, suffixes[k]});
+    }
+    EXPECT_EQ(finder.GenerateNewWordList(), c.expected) << c.leftPosId;
+  }
+}
+
+// Eight words in a row, each also seen in other contexts, merge step by step
+// into words of at most seven.
+TEST_F(KeyWordFinderTest, NewWordsSpanAtMostSevenTokens) {
+  const char* chain[] = {"经济", "学生", "国家", "人民", "生活", "老师", "和平", "研究"};
+  const Tok around[][2] = {{{"他", "rr"}, {"。", "wj"}}, {{"在", "p"}, {"了", "ule"}},
+                           {{"和", "cc"}, {"的", "ude1"}}, {{"对", "p"}, {"，", "wd"}}};
+  CKeyWordFinder finder(&r_->unigram);
+  for (int k = 0; k < 4; ++k) {
+    std::vector<Tok> text = {around[k][0]};
+    for (const char* w : chain) text.push_back({w, "n"});
+    text.push_back(around[k][1]);
+    ScanTokens(finder, text);
+  }
+  for (const char* w : chain) {
+    for (int k = 1; k < 4; ++k) ScanTokens(finder, {around[k][0], {w, "n"}, around[k][1]});
+  }
+  ASSERT_GT(finder.GenerateNewWordList(), 0);
+  int longest = 0;
+  for (const _tWordAV& w : finder.GetNewWordInfo()) longest = std::max(longest, w.unit_count);
+  EXPECT_EQ(longest, 7);
+}
+
+TEST_F(KeyWordFinderTest, RankedCandidatesAreNotScannedIntoUntilReset) {
+  CKeyWordFinder finder(&r_->unigram);
+  ScanTokens(finder, {{"经济", "n"}, {"学生", "n"}});
+  finder.GetKeyWordListE();
+  Analyse({{"经济", "n"}});
+  EXPECT_EQ(ScanInto(finder), 0);
+  EXPECT_EQ(finder.GenerateNewWordList(), 0);
+  finder.Reset();
+  EXPECT_EQ(ScanInto(finder), 1);
+}
+
+TEST_F(KeyWordFinderTest, ManyCandidatesAreLogged) {
+  testutil::TempDir dir;
+  const std::string old = std::filesystem::current_path();
+  std::filesystem::current_path(dir.path());
+  CKeyWordFinder finder(&r_->unigram);
+  std::vector<Tok> tokens;
+  std::vector<std::string> texts;
+  for (int k = 0; k < 10000; ++k) texts.push_back("w" + std::to_string(k));
+  for (const std::string& t : texts) tokens.push_back({t.c_str(), "n", false});
+  ScanTokens(finder, tokens);
+  finder.GenerateNewWordList();
+  const std::string log = testutil::ReadFileBytes(LogFileName(nullptr));
+  std::filesystem::current_path(old);
+  EXPECT_NE(log.find("Start GenerateNewWordList " + Gbk("词串") + "=10001"), std::string::npos);
 }
 
 TEST_F(KeyWordFinderTest, RefusedStringStaysRefusedAndLookupStaysRight) {
