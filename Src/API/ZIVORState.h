@@ -78,21 +78,23 @@ void DeleteCodeTranslator();
 // preferred, so a stream of analyses cannot hold maintenance off for ever.
 extern pthread_rwlock_t g_userDictLock;
 
-class UserDictReader {
+// Holds g_userDictLock for the scope, shared or exclusive.
+template <bool kExclusive>
+class UserDictHold {
  public:
-  UserDictReader() { pthread_rwlock_rdlock(&g_userDictLock); }
-  ~UserDictReader() { pthread_rwlock_unlock(&g_userDictLock); }
-  UserDictReader(const UserDictReader&) = delete;
-  UserDictReader& operator=(const UserDictReader&) = delete;
+  UserDictHold() {
+    if (kExclusive) {
+      pthread_rwlock_wrlock(&g_userDictLock);
+    } else {
+      pthread_rwlock_rdlock(&g_userDictLock);
+    }
+  }
+  ~UserDictHold() { pthread_rwlock_unlock(&g_userDictLock); }
+  UserDictHold(const UserDictHold&) = delete;
+  UserDictHold& operator=(const UserDictHold&) = delete;
 };
-
-class UserDictWriter {
- public:
-  UserDictWriter() { pthread_rwlock_wrlock(&g_userDictLock); }
-  ~UserDictWriter() { pthread_rwlock_unlock(&g_userDictLock); }
-  UserDictWriter(const UserDictWriter&) = delete;
-  UserDictWriter& operator=(const UserDictWriter&) = delete;
-};
+using UserDictReader = UserDictHold<false>;
+using UserDictWriter = UserDictHold<true>;
 
 // Points the main instance and every pooled instance at the dictionary.
 void PointInstancesAt(CTrie* pUserDict);

@@ -109,26 +109,26 @@ double CZIVOR::FileProcess(const char* sSourceFilename, const char* sResultFilen
   return system->FileProcess(sSourceFilename, sResultFilename, bPOStagged);
 }
 
-const char* CZIVOR::GetKeyWords(const char* sLine, int nMaxKeyLimit, bool bWeightOut) {
+const char* CZIVOR::Rank(RankMethod method, const char* sArgument, int nMaxKeyLimit,
+                         bool bWeightOut) {
   CMainSystem* system = Instance();
-  return system != nullptr ? system->GetKeyWords(sLine, nMaxKeyLimit, bWeightOut) : nullptr;
+  return system != nullptr ? (system->*method)(sArgument, nMaxKeyLimit, bWeightOut) : nullptr;
+}
+
+const char* CZIVOR::GetKeyWords(const char* sLine, int nMaxKeyLimit, bool bWeightOut) {
+  return Rank(&CMainSystem::GetKeyWords, sLine, nMaxKeyLimit, bWeightOut);
 }
 
 const char* CZIVOR::GetFileKeyWords(const char* sFilename, int nMaxKeyLimit, bool bWeightOut) {
-  CMainSystem* system = Instance();
-  return system != nullptr ? system->GetFileKeyWords(sFilename, nMaxKeyLimit, bWeightOut)
-                           : nullptr;
+  return Rank(&CMainSystem::GetFileKeyWords, sFilename, nMaxKeyLimit, bWeightOut);
 }
 
 const char* CZIVOR::GetNewWords(const char* sLine, int nMaxKeyLimit, bool bWeightOut) {
-  CMainSystem* system = Instance();
-  return system != nullptr ? system->GetNewWords(sLine, nMaxKeyLimit, bWeightOut) : nullptr;
+  return Rank(&CMainSystem::GetNewWords, sLine, nMaxKeyLimit, bWeightOut);
 }
 
 const char* CZIVOR::GetFileNewWords(const char* sFilename, int nMaxKeyLimit, bool bWeightOut) {
-  CMainSystem* system = Instance();
-  return system != nullptr ? system->GetFileNewWords(sFilename, nMaxKeyLimit, bWeightOut)
-                           : nullptr;
+  return Rank(&CMainSystem::GetFileNewWords, sFilename, nMaxKeyLimit, bWeightOut);
 }
 
 WorkerLease::WorkerLease() : worker_(GetActiveInstance()) {}

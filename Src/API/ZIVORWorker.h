@@ -52,6 +52,9 @@ class CZIVOR {
  private:
   // The instance in this worker's slot, or null.
   CMainSystem* Instance() const;
+  // Runs a keyword or new-word method of the instance; null without one.
+  using RankMethod = const char* (CMainSystem::*)(const char*, int, bool);
+  const char* Rank(RankMethod method, const char* sArgument, int nMaxKeyLimit, bool bWeightOut);
 
   unsigned int m_nHandle = UINT_MAX;  // slot of the instance in g_vecZIVOR
   std::atomic<bool> m_bAvailable{false};
