@@ -105,9 +105,8 @@ void CHMMTagger::Transition(int i, int j) {
 }
 
 double CHMMTagger::TransitionScore(unsigned char prev, unsigned char next) const {
-  const double p = m_pContextData != nullptr ? m_pContextData->GetContextPossibility(prev, next)
-                                             : CContextStat::kFloorPossibility;
-  return std::log(p);
+  return m_pContextData != nullptr ? m_pContextData->GetLogPossibility(prev, next)
+                                   : std::log(CContextStat::kFloorPossibility);
 }
 
 double CHMMTagger::Emission(const POS_info& candidate) const {

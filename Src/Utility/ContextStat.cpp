@@ -2,6 +2,7 @@
 
 #include <strings.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -47,6 +48,7 @@ void CContextStat::Destroy() {
   m_aContextArray = nullptr;
   m_aTagFreq = nullptr;
   m_nTableLen = 0;
+  m_aLogPossibility.clear();
 }
 
 bool CContextStat::Allocate(int n, bool with_symbols) {
@@ -86,7 +88,26 @@ bool CContextStat::Load(const char* path, bool symbols) {
   in.ReadInt(&m_nTotalFreq);
   in.ReadInts(m_aTagFreq, n);
   for (int i = 0; i < n; ++i) in.ReadInts(m_aContextArray[i], n);
+  CacheLogPossibilities();
   return true;
+}
+
+void CContextStat::CacheLogPossibilities() {
+  const int n = m_nTableLen;
+  m_aLogPossibility.resize(static_cast<size_t>(n) * n);
+  for (int prev = 0; prev < n; ++prev) {
+    for (int next = 0; next < n; ++next) {
+      m_aLogPossibility[prev * n + next] = std::log(GetContextPossibility(
+          static_cast<unsigned char>(prev), static_cast<unsigned char>(next)));
+    }
+  }
+}
+
+double CContextStat::GetLogPossibility(unsigned char prev, unsigned char next) const {
+  if (prev < m_nTableLen && next < m_nTableLen && !m_aLogPossibility.empty()) {
+    return m_aLogPossibility[prev * m_nTableLen + next];
+  }
+  return std::log(GetContextPossibility(prev, next));
 }
 
 bool CContextStat::Save(const char* path, const CPOSmap& map) const {
@@ -160,6 +181,7 @@ bool CContextStat::Add(unsigned char prev, unsigned char next, int count) {
       __builtin_add_overflow(m_nTotalFreq, count, &total)) {
     return false;
   }
+  m_aLogPossibility.clear();
   m_aContextArray[prev][next] = cell;
   m_aTagFreq[prev] = freq;
   m_nTotalFreq = total;

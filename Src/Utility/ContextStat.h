@@ -14,11 +14,13 @@
 // Save also writes PATH.shw, a readable table of the counts.
 //
 // Lookups are const and lock-free; only Load, Save, SetSymbol and Add change
-// or need exclusive use of the object.
+// or need exclusive use of the object. Load also tabulates the logarithms of
+// the transition probabilities, which the tagger asks for most.
 #ifndef ZIVOR_UTILITY_CONTEXTSTAT_H_
 #define ZIVOR_UTILITY_CONTEXTSTAT_H_
 
 #include <cstdio>
+#include <vector>
 
 class CPOSmap;
 
@@ -67,6 +69,9 @@ class CContextStat {
   // of range, a name unknown, or a count not positive.
   double GetContextPossibility(unsigned char prev, unsigned char next) const;
   double GetContextPossibility(const char* prev, const char* next) const;
+  // The natural logarithm of GetContextPossibility(prev, next): read from a
+  // table filled by Load, computed while the counts are being collected.
+  double GetLogPossibility(unsigned char prev, unsigned char next) const;
 
   // The raw counts, for inspection: the table size, the total, and the
   // count of [prev][next] (0 out of range).
@@ -82,12 +87,15 @@ class CContextStat {
  private:
   bool Allocate(int n, bool with_symbols);
   void WriteShow(FILE* fp, const CPOSmap* map) const;
+  // Fills m_aLogPossibility from the counts.
+  void CacheLogPossibilities();
 
   unsigned char m_nTableLen = 0;    // N
   char** m_pSymbolTable = nullptr;  // N names of kSymbolNameLen + 1 bytes, or null
   int** m_aContextArray = nullptr;  // N rows of N counts
   int* m_aTagFreq = nullptr;        // N counts
   int m_nTotalFreq = 0;
+  std::vector<double> m_aLogPossibility;  // N x N, or empty while counting
 };
 
 #endif  // ZIVOR_UTILITY_CONTEXTSTAT_H_
