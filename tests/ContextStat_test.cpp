@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include <array>
 #include <string>
 #include <vector>
@@ -109,6 +111,17 @@ TEST(ContextStatTest, SaveWritesBothLayoutsAndLoadNeedsToBeTold) {
   CContextStat back;
   ASSERT_TRUE(back.Load(dir.File("t.ctx").c_str(), false));
   EXPECT_NEAR(back.GetContextPossibility(uchar{0}, uchar{1}), 0.45100549, 1e-15);
+  // The tabulated logarithms, also of the ids beyond the table, and after a
+  // change to the counts.
+  for (unsigned char prev : {0, 1, 2, 3}) {
+    for (unsigned char next : {0, 1, 2, 3}) {
+      EXPECT_EQ(back.GetLogPossibility(prev, next),
+                std::log(back.GetContextPossibility(prev, next)));
+    }
+  }
+  ASSERT_TRUE(back.Add(uchar{0}, uchar{2}, 30));
+  EXPECT_EQ(back.GetLogPossibility(uchar{0}, uchar{2}),
+            std::log(back.GetContextPossibility(uchar{0}, uchar{2})));
 
   Names names({"nr", "B", "E"});
   CContextStat named;
