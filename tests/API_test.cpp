@@ -288,7 +288,13 @@ TEST_F(ApiTest, AnyBytesAreAnalysedWithoutHarm) {
       ASSERT_GE(records[i].start, 0);
       ASSERT_LE(records[i].start + records[i].length, static_cast<int>(text.size()));
     }
+    ASSERT_NE(nullptr, ZIVOR_GetKeyWords(text.c_str(), -1, true));
+    ASSERT_NE(nullptr, ZIVOR_GetNewWords(text.c_str(), -1, true));
+    ZIVOR_FingerPrint(text.c_str());
+    ZIVOR_NWI_AddMem(text.c_str());
   }
+  ASSERT_EQ(1, ZIVOR_NWI_Complete());
+  ASSERT_NE(nullptr, ZIVOR_NWI_GetResult(true));
   EXPECT_STREQ("", ZIVOR_ParagraphProcess(nullptr, 1));
   int count = -1;
   ZIVOR_ParagraphProcessA("", &count, false);
