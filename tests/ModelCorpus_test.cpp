@@ -33,6 +33,7 @@ const char* const kCorpus[] = {
     "19980101-01-001-004/m  小王/nr  说/v  ：/w  “/w  我们/r  是/v  中国/ns  人民/n  。/w  ”/w",
     "",
     "19980102-01-001-001/m  李/nr  明/nr  访问/v  上海/ns  。/w",
+    "19980102-01-001-002/m  中央电视台/nt  广播/vn  。/w",
 };
 
 class ModelBuilderTest : public ::testing::Test {
@@ -143,6 +144,38 @@ TEST_F(ModelBuilderTest, SurnamesGetTheSurnameRoleAndTheAutomatonAcceptsNames) {
   EXPECT_EQ(walk({16, 17, 18}), 28);  // transliterated name
   EXPECT_EQ(walk({2}), -1);
   EXPECT_EQ(walk({8, 2, 3}), -1);   // the word before a name is not part of it
+}
+
+TEST_F(ModelBuilderTest, DroppedWordsAreCountedAsTheirLongestKnownParts) {
+  testutil::WriteFile(dir_.File("drop.txt"), Gbk("人民\n中央电视台 12\n"));
+  const std::string kept = Build("kept");
+  const std::string dropped = Build("drop", {"--drop-words", dir_.File("drop.txt")});
+  CPDAT kept_dict, dict;
+  CUnigram kept_unigram, unigram;
+  CPOS lexicon;
+  CPOSmap map;
+  ASSERT_TRUE(kept_dict.Load((kept + "/CoreDict.pdat").c_str()) &&
+              kept_unigram.Load((kept + "/CoreDict.unig").c_str()) &&
+              dict.Load((dropped + "/CoreDict.pdat").c_str()) &&
+              unigram.Load((dropped + "/CoreDict.unig").c_str()) &&
+              lexicon.Load((dropped + "/CoreDict.pos").c_str()) &&
+              map.Load((dropped + "/ZIVOR.map").c_str()));
+  for (const char* word : {"人民", "中央电视台"}) {
+    EXPECT_GT(kept_dict.Find(Gbk(word).c_str()), 0) << word;
+    EXPECT_EQ(dict.Find(Gbk(word).c_str()), -1) << word;
+  }
+  // 人民 (3 tokens) as 人 民; 中央电视台 as 中央 (a corpus word) 电 视 台.
+  const std::pair<const char*, int> rises[] = {
+      {"人", 3}, {"民", 3}, {"中央", 1}, {"电", 1}, {"台", 1}};
+  for (const auto& [word, rise] : rises) {
+    EXPECT_EQ(unigram.GetFreq(dict.Find(Gbk(word).c_str())),
+              kept_unigram.GetFreq(kept_dict.Find(Gbk(word).c_str())) + rise)
+        << word;
+  }
+  int count = 0;
+  const POS_info* tags = lexicon.GetPOS(dict.Find(Gbk("民").c_str()), &count);
+  ASSERT_EQ(count, 1);
+  EXPECT_EQ(tags[0].POS_id, map.GetID("n"));
 }
 
 }  // namespace

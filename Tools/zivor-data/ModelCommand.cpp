@@ -15,6 +15,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <map>
 #include <set>
 #include <string>
@@ -194,14 +196,17 @@ int RunModel(const std::vector<std::string>& raw);
 const int kRoleFolds = 10;
 
 const DataCommand kModel{
-    "model", "model --corpus FILE... --out DIR [--exclude-days D1-D2] [--keep-text]",
+    "model",
+    "model --corpus FILE... --out DIR [--exclude-days D1-D2] [--drop-words FILE] [--keep-text]",
     "every trained data file of DIR (which must hold charset.type and ZIVOR.map) from the "
-    "annotated corpus (--keep-text keeps the text forms of the tables for inspection)",
+    "annotated corpus (--drop-words keeps the listed words out of the dictionary, their "
+    "tokens counted as their pieces; --keep-text keeps the text forms of the tables)",
     RunModel};
 
 class ModelBuilder {
  public:
-  ModelBuilder(const std::string& out, const TempDir& temp) : out_(out), temp_(temp) {}
+  ModelBuilder(const std::string& out, const TempDir& temp, std::set<std::string> dropped)
+      : out_(out), temp_(temp), dropped_(std::move(dropped)) {}
 
   int Run(const std::vector<std::string>& corpora, int first_day, int last_day);
 
@@ -217,6 +222,7 @@ class ModelBuilder {
 
   const std::string out_;
   const TempDir& temp_;
+  const std::set<std::string> dropped_;  // words kept out of the dictionary
   CCharset charset_;
   CPOSmap map_;
   CPDAT dict_;
@@ -261,6 +267,11 @@ bool ModelBuilder::ReadCorpus(const std::vector<std::string>& corpora, int first
       if (day < first_day || day > last_day) reader.Add(paragraph, &sentences_);
     });
     if (!opened) return Failure("cannot open " + corpus);
+  }
+  if (!dropped_.empty()) {
+    const int split = SplitDroppedWords(dropped_, &sentences_);
+    printf("%d tokens of the %zu dropped words counted as their pieces\n", split,
+           dropped_.size());
   }
   const unsigned char begin = tags.Id("begin"), end = tags.Id("end");
   for (const ModelSentence& sentence : sentences_) CountSentence(sentence, begin, end, &counts_);
@@ -413,8 +424,21 @@ bool ModelBuilder::SaveContext(const CContextStat& stat, const char* name) const
   return true;
 }
 
+// The words of a --drop-words file: the first blank-delimited token of each
+// line, ASCII letters folded as the dictionary folds them.
+bool ReadDroppedWords(const std::string& path, std::set<std::string>* words) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return false;
+  std::string line, word;
+  while (std::getline(in, line)) {
+    std::istringstream fields(line);
+    if (fields >> word) words->insert(FoldAscii(word));
+  }
+  return true;
+}
+
 int RunModel(const std::vector<std::string>& raw) {
-  const ArgList args(raw, {"--corpus", "--out", "--exclude-days"});
+  const ArgList args(raw, {"--corpus", "--out", "--exclude-days", "--drop-words"});
   // "--corpus A B C": the first file is the option's value, the rest positional.
   std::vector<std::string> corpora = args.positional();
   if (!args.Option("--corpus").empty()) corpora.insert(corpora.begin(), args.Option("--corpus"));
@@ -429,7 +453,12 @@ int RunModel(const std::vector<std::string>& raw) {
     temp.Keep();
     printf("text forms kept in %s\n", temp.path().c_str());
   }
-  ModelBuilder builder(args.Option("--out"), temp);
+  std::set<std::string> dropped;
+  const std::string drop_file = args.Option("--drop-words");
+  if (!drop_file.empty() && !ReadDroppedWords(drop_file, &dropped)) {
+    return Fail("cannot read " + drop_file);
+  }
+  ModelBuilder builder(args.Option("--out"), temp, std::move(dropped));
   return builder.Run(corpora, first_day, last_day);
 }
 

@@ -1,6 +1,8 @@
 // ModelCorpus.cpp: reads corpus paragraphs into the analyser's token stream.
 #include "ModelCorpus.h"
 
+#include <algorithm>
+
 #include "Utility/Global.h"
 #include "Utility/PDAT.h"
 
@@ -80,6 +82,56 @@ const char* FixedWordText(const int* handle) {
 
 void ResolveFixedWords(const CPDAT& dict) {
   for (const FixedWord& fixed : FixedWords()) *fixed.handle = dict.Find(fixed.word);
+}
+
+int SplitDroppedWords(const std::set<std::string>& dropped, std::vector<ModelSentence>* sentences) {
+  if (dropped.empty()) return 0;
+  std::set<std::string> vocabulary;
+  size_t longest = 0;
+  for (const ModelSentence& sentence : *sentences) {
+    for (const ModelToken& token : sentence.tokens) {
+      if (dropped.count(token.word) != 0) continue;
+      vocabulary.insert(token.word);
+      longest = std::max(longest, token.word.size());
+    }
+  }
+  int split = 0;
+  for (ModelSentence& sentence : *sentences) {
+    std::vector<ModelToken> tokens;
+    for (ModelToken& token : sentence.tokens) {
+      if (dropped.count(token.word) == 0) {
+        tokens.push_back(std::move(token));
+        continue;
+      }
+      ++split;
+      // Character boundaries of the word: GBK, one byte below 0x80.
+      const std::string& word = token.word;
+      std::vector<size_t> bounds = {0};
+      while (bounds.back() < word.size()) {
+        const size_t bytes = static_cast<unsigned char>(word[bounds.back()]) >= 0x80 ? 2 : 1;
+        bounds.push_back(std::min(bounds.back() + bytes, word.size()));
+      }
+      for (size_t first = 0; first + 1 < bounds.size();) {
+        size_t last = first + 1;  // a single character when no word fits
+        for (size_t end = bounds.size() - 1; end > first + 1; --end) {
+          const size_t size = bounds[end] - bounds[first];
+          if (size < word.size() && size <= longest &&
+              vocabulary.count(word.substr(bounds[first], size)) != 0) {
+            last = end;
+            break;
+          }
+        }
+        ModelToken piece;
+        piece.text = token.text.substr(bounds[first], bounds[last] - bounds[first]);
+        piece.word = word.substr(bounds[first], bounds[last] - bounds[first]);
+        piece.tag = token.tag;
+        tokens.push_back(std::move(piece));
+        first = last;
+      }
+    }
+    sentence.tokens = std::move(tokens);
+  }
+  return split;
 }
 
 ModelCorpusReader::ModelCorpusReader(const TagRefiner& tags, CCharset* charset, CPDAT* dict)

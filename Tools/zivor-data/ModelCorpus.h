@@ -6,6 +6,7 @@
 #define ZIVOR_TOOLS_MODEL_CORPUS_H_
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -62,6 +63,13 @@ const char* FixedWordText(const int* handle);
 
 // Looks the fixed words up in `dict` and sets their global handles.
 void ResolveFixedWords(const CPDAT& dict);
+
+// Keeps the words of `dropped` out of the token stream: every token whose
+// counted word is one of them becomes its pieces, each the longest word that
+// the other tokens of `sentences` use (a dropped word never) starting there,
+// or a single character when none does; every piece keeps the token's tag.
+// The text of a sentence is unchanged. Returns the number of tokens split.
+int SplitDroppedWords(const std::set<std::string>& dropped, std::vector<ModelSentence>* sentences);
 
 class ModelCorpusReader {
  public:
