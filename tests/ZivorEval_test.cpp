@@ -140,9 +140,64 @@ TEST_F(ZivorEvalTest, MalformedGoldAndBadCommandLines) {
                                              {gold, "--vocab", gold, "--train", gold},
                                              {gold, "--exclude-days", "3"},
                                              {gold, "--bogus"},
+                                             {gold, "--new-words", gold, "--keywords-articles",
+                                              "1"},
                                              {gold, "-d", work_.path()}}) {
     EXPECT_NE(0, Run(args)) << args.back();
   }
+}
+
+// The "article ID: N characters" lines of the output, in order.
+std::vector<std::string> ArticleLines(const std::string& out) {
+  std::vector<std::string> lines;
+  for (size_t pos = out.find("article "); pos != std::string::npos;
+       pos = out.find("article ", pos + 1)) {
+    lines.push_back(out.substr(pos, out.find(" characters", pos) - pos));
+  }
+  return lines;
+}
+
+TEST_F(ZivorEvalTest, KeywordArticlesAreTheFirstLongOnesOfEachDayInTurn) {
+  // 750 characters of two-character words in an irregular order (a short
+  // cycle repeated gives no keywords).
+  const char* const words[] = {"北京/ns  ", "学生/n  ", "会议/n  ", "记者/n  ", "报道/v  "};
+  std::string half;
+  for (int i = 0; i < 375; ++i) half += words[(i * i * 7 + i / 3) % 5];
+  const std::string gold = File(
+      "articles.txt", {"19980125-01-001-001/m  " + half, "19980125-01-002-001/m  " + half,
+                       "19980125-01-002-002/m  " + half, "19980125-01-003-001/m  " + half + half,
+                       "19980126-01-001-001/m  " + half + half,
+                       "19980127-01-001-001/m  " + half + half});
+  ASSERT_EQ(0, Run({gold, "--days", "25-26", "--keywords-articles", "3"}));
+  // Day 25's first article is too short; day 27 is not selected.
+  EXPECT_EQ((std::vector<std::string>{"article 19980125-01-002: 1500",
+                                      "article 19980126-01-001: 1500",
+                                      "article 19980125-01-003: 1500"}),
+            ArticleLines(out_));
+  EXPECT_NE(std::string::npos, out_.find(Gbk("  北京/")));
+}
+
+// With the shipped data, the rare characters 鼋 鼍 seen together five times
+// merge into one new word.
+TEST_F(ZivorEvalTest, NewWordsMarkListedWordsAndWordsHoldingThem) {
+  const std::string gold = File("rare.txt", {"19980125-01-001-001/m  今天/t  鼋/n  鼍/n  来/v  了/u",
+                                             "19980125-01-001-002/m  看到/v  鼋/n  鼍/n  在/p  水/n",
+                                             "19980125-01-001-003/m  他/r  说/v  鼋/n  鼍/n  很/d  大/a",
+                                             "19980125-01-001-004/m  一/m  只/q  鼋/n  鼍/n  走/v",
+                                             "19980125-01-001-005/m  孩子/n  喜欢/v  鼋/n  鼍/n  。/w"});
+  const std::vector<std::string> shipped = {gold, "-d", ZIVOR_SOURCE_DIR, "--new-words"};
+  std::vector<std::string> args = shipped;
+  args.push_back(File("whole.txt", {"鼋鼍 12"}));
+  ASSERT_EQ(0, Run(args));
+  EXPECT_NE(std::string::npos, out_.find("in the top 50: 1 (*); in the whole list: 1"));
+  EXPECT_NE(std::string::npos, out_.find(Gbk("  1 * 鼋鼍/n_new/")));
+  args = shipped;
+  args.push_back(File("part.txt", {"鼋", "来了"}));
+  args.insert(args.end(), {"--top", "0"});
+  ASSERT_EQ(0, Run(args));
+  EXPECT_NE(std::string::npos, out_.find("in the top 0: 0 (*); in the whole list: 0"));
+  ASSERT_EQ(0, Run({args[0], args[1], args[2], args[3], args[4]}));
+  EXPECT_NE(std::string::npos, out_.find(Gbk("  1 + 鼋鼍/n_new/")));
 }
 
 }  // namespace

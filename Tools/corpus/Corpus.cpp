@@ -1,6 +1,8 @@
 #include "Corpus.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 
 #include "Utility/BinaryIO.h"
 
@@ -100,4 +102,61 @@ bool ForEachCorpusParagraph(const std::string& path,
     if (ParseCorpusLine(line, &paragraph)) visit(paragraph);
   }
   return true;
+}
+
+bool ReadCorpusArticles(const std::string& path,
+                        const std::function<bool(const CorpusParagraph&)>& keep,
+                        std::vector<CorpusArticle>* articles) {
+  return ForEachCorpusParagraph(path, [&](const CorpusParagraph& paragraph) {
+    if (!keep(paragraph)) return;
+    // The id's first three fields: up to its third '-'.
+    size_t end = std::string::npos;
+    for (int dashes = 0, from = 0; dashes < 3; ++dashes) {
+      end = paragraph.id.find('-', from);
+      if (end == std::string::npos) break;
+      from = static_cast<int>(end) + 1;
+    }
+    const std::string id = paragraph.id.substr(0, end);
+    if (articles->empty() || articles->back().id != id) {
+      articles->emplace_back();
+      articles->back().id = id;
+    }
+    CorpusArticle& article = articles->back();
+    for (const CorpusToken& token : paragraph.tokens) {
+      for (size_t i = 0; i < token.word.size(); ++i) {
+        if (static_cast<unsigned char>(token.word[i]) >= 0x80) ++i;
+        ++article.chars;
+      }
+      article.text += token.word;
+    }
+    article.text += '\n';
+  });
+}
+
+int CorpusDay(const std::string& id) {
+  return id.size() >= 8 ? atoi(id.substr(6, 2).c_str()) : 0;
+}
+
+std::vector<CorpusArticle> SubstantialArticles(const std::vector<CorpusArticle>& articles,
+                                               size_t min_chars, size_t count) {
+  std::vector<CorpusArticle> picked;
+  // Each pass takes the first article of each day not yet taken from.
+  while (picked.size() < count) {
+    const size_t before = picked.size();
+    std::vector<int> days_this_pass;
+    for (const CorpusArticle& article : articles) {
+      if (picked.size() >= count) break;
+      const int day = CorpusDay(article.id);
+      const auto taken = [&](const CorpusArticle& other) { return other.id == article.id; };
+      if (article.chars < min_chars ||
+          std::find(days_this_pass.begin(), days_this_pass.end(), day) != days_this_pass.end() ||
+          std::find_if(picked.begin(), picked.end(), taken) != picked.end()) {
+        continue;
+      }
+      days_this_pass.push_back(day);
+      picked.push_back(article);
+    }
+    if (picked.size() == before) break;
+  }
+  return picked;
 }

@@ -32,4 +32,27 @@ bool ParseCorpusLine(const std::string& line, CorpusParagraph* paragraph);
 bool ForEachCorpusParagraph(const std::string& path,
                             const std::function<void(const CorpusParagraph&)>& visit);
 
+// An article: consecutive paragraphs whose ids share the first three fields
+// ("19980125-01-001").
+struct CorpusArticle {
+  std::string id;    // the shared fields
+  std::string text;  // the paragraphs' words joined, one paragraph a line, GBK
+  size_t chars = 0;  // characters of the text without the line ends
+};
+
+// The articles of the paragraphs for which `keep` is true, in file order.
+// Returns false when the file cannot be opened.
+bool ReadCorpusArticles(const std::string& path,
+                        const std::function<bool(const CorpusParagraph&)>& keep,
+                        std::vector<CorpusArticle>* articles);
+
+// The day of the month of an article or paragraph id ("19980125-..." is 25;
+// 0 when the id is shorter).
+int CorpusDay(const std::string& id);
+
+// Up to `count` articles of at least `min_chars` characters: the first such
+// article of each day in turn, so that the days are spread.
+std::vector<CorpusArticle> SubstantialArticles(const std::vector<CorpusArticle>& articles,
+                                               size_t min_chars, size_t count);
+
 #endif  // ZIVOR_TOOLS_CORPUS_H_

@@ -29,6 +29,17 @@ Options:
   --no-person      also evaluate with person recognition off (a temporary copy
                    of Data whose Configure.xml says <Person>off</Person>)
   --json           print the figures as one JSON object instead
+  --new-words FILE instead of scoring, run the new-word collection
+                   (ZIVOR_NWI_Start, ZIVOR_NWI_AddMem of each paragraph's raw
+                   text, ZIVOR_NWI_Complete) and print its top new words,
+                   marking and counting those listed in FILE (one GBK word a
+                   line: the words the data was built without, see
+                   zivor-data model --drop-words)
+  --top N          new words printed and searched for hits (default 50)
+  --keywords-articles K
+                   instead of scoring, print the 15 keywords with weights of K
+                   articles (paragraphs sharing the first three id fields) of
+                   at least 1,500 characters: the first of each day in turn
   -h, --help       this text
 
 Figures:
@@ -67,17 +78,19 @@ bool ParseDays(const std::string& text, const char* option, DaySet* days, std::s
 
 bool TakesValue(const std::string& arg) {
   for (const char* option :
-       {"-d", "--segmented", "--vocab", "--train", "--days", "--exclude-days", "--errors"}) {
+       {"-d", "--segmented", "--vocab", "--train", "--days", "--exclude-days", "--errors",
+        "--new-words", "--top", "--keywords-articles"}) {
     if (arg == option) return true;
   }
   return false;
 }
 
-bool ParseCount(const std::string& text, size_t* count, std::string* error) {
+bool ParseCount(const std::string& text, const char* option, size_t* count,
+                std::string* error) {
   char* end = nullptr;
   const long value = strtol(text.c_str(), &end, 10);
   if (text.empty() || *end != '\0' || value < 0) {
-    *error = "bad count for --errors: " + text;
+    *error = std::string("bad count for ") + option + ": " + text;
     return false;
   }
   *count = static_cast<size_t>(value);
@@ -94,6 +107,11 @@ bool Check(const Options& options, std::string* error) {
     *error = "give --vocab or --train, not both";
   } else if (!options.exclude_text.empty() && options.train.empty()) {
     *error = "--exclude-days needs --train";
+  } else if (!options.new_words.empty() && options.keyword_articles > 0) {
+    *error = "give --new-words or --keywords-articles, not both";
+  } else if ((!options.new_words.empty() || options.keyword_articles > 0) &&
+             !options.segmented.empty()) {
+    *error = "--new-words and --keywords-articles need the annotated format";
   }
   return error->empty();
 }
@@ -134,7 +152,15 @@ bool ParseOptions(int argc, char** argv, Options* options, std::string* error) {
         return false;
       }
     } else if (arg == "--errors") {
-      if (!ParseCount(value(), &options->errors, error)) return false;
+      if (!ParseCount(value(), "--errors", &options->errors, error)) return false;
+    } else if (arg == "--top") {
+      if (!ParseCount(value(), "--top", &options->top, error)) return false;
+    } else if (arg == "--keywords-articles") {
+      if (!ParseCount(value(), "--keywords-articles", &options->keyword_articles, error)) {
+        return false;
+      }
+    } else if (arg == "--new-words") {
+      options->new_words = value();
     } else if (arg[0] == '-' && arg.size() > 1) {
       *error = "unknown option " + arg;
       return false;

@@ -19,6 +19,9 @@ struct Options {
   std::string exclude_text;  // --exclude-days as written (default: --days)
   DaySet exclude;
   size_t errors = 0;  // --errors N
+  std::string new_words;        // --new-words: words the data was built without
+  size_t top = 50;              // --top N: new words listed
+  size_t keyword_articles = 0;  // --keywords-articles K
   bool json = false;
   bool no_tags = false;
   bool no_person = false;

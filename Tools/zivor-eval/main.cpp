@@ -7,6 +7,7 @@
 
 #include "Analyzer.h"
 #include "Gold.h"
+#include "KeyWords.h"
 #include "Options.h"
 #include "Report.h"
 #include "Score.h"
@@ -100,6 +101,8 @@ int Main(int argc, char** argv) {
     fputs(Usage(), stdout);
     return 0;
   }
+  if (!options.new_words.empty()) return RunNewWords(options);
+  if (options.keyword_articles > 0) return RunKeyWordArticles(options);
   ReportHeader header;
   std::vector<GoldParagraph> gold;
   if (!ReadGold(options, &gold, &header, &error)) return Fail(error);
