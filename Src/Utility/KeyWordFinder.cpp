@@ -174,7 +174,8 @@ void CKeyWordFinder::Reset() {
   m_vecNewWordInfo.clear();
   m_trie = std::make_unique<CTrie>();
   m_vecEntryIndex.clear();
-  m_nFirstPosition = m_vecWordIDList.size();
+  m_nFirstPosition = GetPositionCount();
+  std::vector<int>().swap(m_vecWordIDList);
   m_bRanked = false;
 }
 
@@ -255,12 +256,12 @@ int CKeyWordFinder::GetWord(const char* sLine, int /*nCount*/, const result_t* r
 int CKeyWordFinder::Scan(const char* sLine, int nCount, const result_t* result) {
   if (nCount < 1 || result == nullptr || sLine == nullptr || sLine[0] == '\0') return 0;
   if (m_bRanked) return 0;
-  if (m_vecWordIDList.size() > kMaxPositions) {
+  if (GetPositionCount() > kMaxPositions) {
     char message[128];
     std::snprintf(message, sizeof(message),
                   "\xb4\xa6\xc0\xed\xb5\xc4\xb4\xca\xd7\xdc\xca\xfd%d\xa3\xac\xb3\xac\xb9\xfd%d,"
                   "\xd1\xb5\xc1\xb7\xb2\xbb\xd4\xd9\xbc\xcc\xd0\xf8",  // 处理的词总数%d，超过%d,训练不再继续
-                  static_cast<int>(m_vecWordIDList.size()), static_cast<int>(kMaxPositions));
+                  static_cast<int>(GetPositionCount()), static_cast<int>(kMaxPositions));
     WriteLog(message, nullptr);
     return -1;
   }
@@ -273,7 +274,7 @@ int CKeyWordFinder::Scan(const char* sLine, int nCount, const result_t* result) 
     GetWord(sLine, nCount, result, i, sWord, cur);
     if (cur == marker && prev == marker) continue;
     m_vecWordIDList.push_back(cur);
-    const int p = static_cast<int>(m_vecWordIDList.size()) - 1;
+    const int p = static_cast<int>(GetPositionCount()) - 1;
     if (!m_vecWordAV[cur].is_stopword) m_vecWordAV[cur].vecInvertList.push_back(p);
     if (!m_vecWordAV[prev].is_stopword) {
       Add(cur, m_vecWordAV[prev].vecRV);
@@ -286,7 +287,7 @@ int CKeyWordFinder::Scan(const char* sLine, int nCount, const result_t* result) 
     if (!m_vecWordAV[cur].is_stopword) {
       Add(prev, m_vecWordAV[cur].vecLV);
       if (i >= 3 && p >= 3 && IsCurrent(p - 2) && IsQuotation(m_vecWordAV[prev].pos)) {
-        Add(m_vecWordIDList[p - 2], m_vecWordAV[cur].vecLV);  // the word after a quote too
+        Add(IdAt(p - 2), m_vecWordAV[cur].vecLV);  // the word after a quote too
       }
     }
     prev = cur;
@@ -381,19 +382,17 @@ _tWordAV CKeyWordFinder::NewWord(const _tWordAV& left, const _tWordAV& right, in
 }
 
 void CKeyWordFinder::AddNewWordNeighbours(_tWordAV& word) const {
-  const int size = static_cast<int>(m_vecWordIDList.size());
-  const auto quotation = [this](int position) {
-    return IsQuotation(m_vecWordAV[m_vecWordIDList[position]].pos);
-  };
+  const int size = static_cast<int>(GetPositionCount());
+  const auto quotation = [this](int position) { return IsQuotation(m_vecWordAV[IdAt(position)].pos); };
   for (const int p : word.vecInvertList) {
     if (IsCurrent(p - 1)) {
-      Add(m_vecWordIDList[p - 1], word.vecLV);
-      if (p - 1 > 1 && IsCurrent(p - 2) && quotation(p - 1)) Add(m_vecWordIDList[p - 2], word.vecLV);
+      Add(IdAt(p - 1), word.vecLV);
+      if (p - 1 > 1 && IsCurrent(p - 2) && quotation(p - 1)) Add(IdAt(p - 2), word.vecLV);
     }
     const int after = p + word.unit_count;
     if (after < size) {
-      Add(m_vecWordIDList[after], word.vecRV);
-      if (after + 1 < size && quotation(after)) Add(m_vecWordIDList[after + 1], word.vecRV);
+      Add(IdAt(after), word.vecRV);
+      if (after + 1 < size && quotation(after)) Add(IdAt(after + 1), word.vecRV);
     }
   }
 }

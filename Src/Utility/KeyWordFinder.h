@@ -86,8 +86,9 @@ class CKeyWordFinder {
   CKeyWordFinder(const CKeyWordFinder&) = delete;
   CKeyWordFinder& operator=(const CKeyWordFinder&) = delete;
 
-  // Drops all candidates and new words. The position list is kept (and keeps
-  // counting towards the cap); its old identifiers mean nothing afterwards.
+  // Drops all candidates and new words. Positions go on counting from where
+  // they were (towards the cap), but the identifiers at the old ones, which
+  // would mean nothing afterwards, are released.
   void Reset();
 
   // Adds the nCount tokens of one analysed text. 1 on success, 0 on bad
@@ -149,7 +150,11 @@ class CKeyWordFinder {
   int GetWordIndex(const char* sWord) const;
 
   const std::vector<_tWordAV>& GetWordAV() const { return m_vecWordAV; }
+  // Identifiers at the positions since the last Reset, which start at
+  // GetFirstPosition(); GetPositionCount() counts all since construction.
   const std::vector<int>& GetWordIDList() const { return m_vecWordIDList; }
+  size_t GetFirstPosition() const { return m_nFirstPosition; }
+  size_t GetPositionCount() const { return m_nFirstPosition + m_vecWordIDList.size(); }
   const std::vector<_tWordAV>& GetNewWordInfo() const { return m_vecNewWordInfo; }
 
  private:
@@ -187,15 +192,17 @@ class CKeyWordFinder {
   bool IsCurrent(int position) const {
     return position >= 0 && static_cast<size_t>(position) >= m_nFirstPosition;
   }
+  // The identifier at a current position.
+  int IdAt(int position) const { return m_vecWordIDList[position - m_nFirstPosition]; }
 
   std::vector<_tWordAV> m_vecWordAV;        // all candidates, by identifier
   std::unique_ptr<CTrie> m_trie;            // candidate string -> entry number
-  std::vector<int> m_vecWordIDList;         // scanned identifiers, by position
+  std::vector<int> m_vecWordIDList;         // scanned identifiers since the last Reset
   std::string m_sLine;                      // buffer of result strings
   std::vector<_tWordAV> m_vecNewWordInfo;   // new words found
   CUnigram* m_pUnigram;                     // not owned
   std::vector<int> m_vecEntryIndex;         // trie entry number -> identifier or -1
-  size_t m_nFirstPosition = 0;              // first position since the last Reset
+  size_t m_nFirstPosition = 0;              // positions scanned before the last Reset
   bool m_bRanked = false;                   // candidates ranked since the last Reset
 };
 
