@@ -129,6 +129,12 @@ TEST_F(ApiKeyWordTest, OneShotCallsRankOneTextAndLogNewWords) {
   testutil::WriteFile(file, text + "\n");
   EXPECT_EQ(Gbk("经济学生  "), ZIVOR_GetFileKeyWords(file.c_str(), 5, false));
   EXPECT_EQ(Gbk("经济学生  "), ZIVOR_GetFileNewWords(file.c_str(), 5, false));
+  // Both halves count, also across a NUL byte (one half alone has no keyword).
+  const size_t half = text.find(Gbk("和"));
+  testutil::WriteFile(file, text.substr(0, half) + std::string(1, '\0') + text.substr(half));
+  EXPECT_EQ(Gbk("经济学生  "), ZIVOR_GetFileKeyWords(file.c_str(), 5, false));
+  testutil::WriteFile(file, text.substr(0, half));
+  EXPECT_STREQ("", ZIVOR_GetFileKeyWords(file.c_str(), 5, false));
   EXPECT_EQ(nullptr, ZIVOR_GetFileKeyWords(work_.File("missing").c_str(), 5, false));
   EXPECT_EQ(nullptr, ZIVOR_GetFileNewWords(nullptr, 5, false));
   EXPECT_STREQ("", ZIVOR_GetKeyWords(Gbk("一").c_str(), 5, true));

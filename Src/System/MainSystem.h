@@ -17,6 +17,7 @@
 #include <stdio.h>
 
 #include <atomic>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -248,6 +249,13 @@ class CMainSystem {
   // word i covers exactly, or 0.
   static int DictionaryCover(const char* pLine, const word_t* pWords,
                              int nWordCount, int i, CPDAT* pDict, int* pHandle);
+  // Reads like fgets (up to nCapacity - 1 bytes, through the first line
+  // feed) but returns the number of bytes read, so NUL bytes are seen.
+  static int ReadFilePiece(FILE* fp, char* buffer, int nCapacity);
+  // Calls visit on each non-empty NUL-terminated part of a piece of nLen
+  // bytes until it returns false; false when it did.
+  static bool ForEachPart(const char* pPiece, int nLen,
+                          const std::function<bool(const char*)>& visit);
   // FileProcess: analyses one piece of a file, returns the clock ticks spent.
   double ProcessPiece(const char* pPiece, int nLen, int bPOStagged,
                       std::string* pResult);

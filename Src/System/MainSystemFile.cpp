@@ -28,20 +28,6 @@ double LogOpenFailure(const char* path) {
   return 0.0;
 }
 
-// Reads like fgets (up to nCapacity - 1 bytes, through the first line feed)
-// but returns the number of bytes read, so NUL bytes in the file are seen.
-int ReadPiece(FILE* fp, char* buffer, int nCapacity) {
-  int length = 0;
-  while (length < nCapacity - 1) {
-    const int c = getc(fp);
-    if (c == EOF) break;
-    buffer[length++] = static_cast<char>(c);
-    if (c == '\n') break;
-  }
-  buffer[length] = '\0';
-  return length;
-}
-
 long SourceSize(const char* path) {
   struct stat status;
   return stat(path, &status) == 0 ? static_cast<long>(status.st_size) : 0;
@@ -63,7 +49,7 @@ double CMainSystem::FileProcess(const char* sSrcFilename, const char* sDsnFilena
   char piece[kFilePieceBytes];
   std::string result;
   double ticks = 0;
-  for (int length; (length = ReadPiece(source.get(), piece, kFilePieceBytes)) > 0;) {
+  for (int length; (length = ReadFilePiece(source.get(), piece, kFilePieceBytes)) > 0;) {
     ticks += ProcessPiece(piece, length, bPOStagged, &result);
     fprintf(dest.get(), "%s\n", result.c_str());
   }
@@ -77,18 +63,37 @@ double CMainSystem::ProcessPiece(const char* pPiece, int nLen, int bPOStagged,
                                  std::string* pResult) {
   pResult->clear();
   double ticks = 0;
+  ForEachPart(pPiece, nLen, [&](const char* part) {
+    const clock_t begin = clock();
+    const char* text = RunProcess(part, bPOStagged, true);
+    ticks += static_cast<double>(clock() - begin);
+    pResult->append(text);
+    return true;
+  });
+  return ticks;
+}
+
+int CMainSystem::ReadFilePiece(FILE* fp, char* buffer, int nCapacity) {
+  int length = 0;
+  while (length < nCapacity - 1) {
+    const int c = getc(fp);
+    if (c == EOF) break;
+    buffer[length++] = static_cast<char>(c);
+    if (c == '\n') break;
+  }
+  buffer[length] = '\0';
+  return length;
+}
+
+bool CMainSystem::ForEachPart(const char* pPiece, int nLen,
+                              const std::function<bool(const char*)>& visit) {
   for (int pos = 0; pos < nLen;) {
     const char* part = pPiece + pos;
     const int partLen = static_cast<int>(strlen(part));
-    if (partLen > 0) {
-      const clock_t begin = clock();
-      const char* text = RunProcess(part, bPOStagged, true);
-      ticks += static_cast<double>(clock() - begin);
-      pResult->append(text);
-    }
+    if (partLen > 0 && !visit(part)) return false;
     pos += partLen + 1;
   }
-  return ticks;
+  return true;
 }
 
 bool CMainSystem::FileProcessEx(const char* /*sSrcFilename*/, const char* /*sDsnFilename*/) {

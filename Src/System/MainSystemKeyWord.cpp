@@ -35,10 +35,15 @@ int CMainSystem::ScanText(CKeyWordFinder* pFinder, const char* sText) {
   return pFinder->Scan(sText, count, records);
 }
 
+// Lines longer than the buffer are scanned in pieces; the parts of a line
+// between NUL bytes are scanned one after the other.
 int CMainSystem::ScanFile(CKeyWordFinder* pFinder, FILE* fp, bool bStopAtCap) {
-  char line[kLineBufferBytes];
-  while (fgets(line, sizeof(line), fp) != nullptr) {
-    if (ScanText(pFinder, line) < 0 && bStopAtCap) return -1;
+  char piece[kLineBufferBytes];
+  for (int length; (length = ReadFilePiece(fp, piece, kLineBufferBytes)) > 0;) {
+    const bool more = ForEachPart(piece, length, [&](const char* part) {
+      return ScanText(pFinder, part) >= 0 || !bStopAtCap;
+    });
+    if (!more) return -1;
   }
   return 1;
 }
