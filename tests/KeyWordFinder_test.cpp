@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <cstdio>
 #include <cstring>
 #include <iterator>
 #include <tuple>
@@ -392,6 +393,23 @@ TEST_F(KeyWordFinderTest, RankedCandidatesAreNotScannedIntoUntilReset) {
   EXPECT_EQ(finder.GenerateNewWordList(), 0);
   finder.Reset();
   EXPECT_EQ(ScanInto(finder), 1);
+}
+
+TEST_F(KeyWordFinderTest, ExportListsEachRecordWithItsNeighbours) {
+  CKeyWordFinder finder(&r_->unigram);
+  ScanTokens(finder, {{"学习", "v"}, {"经济", "n"}});
+  std::vector<_tWordAV> list = {Word(finder, "经济")};
+  list[0].vecRV.push_back({99, 1});  // a handle beyond the list prints no word
+  testutil::TempDir dir;
+  char weight[32];
+  std::snprintf(weight, sizeof weight, "%.2lf", list[0].weight);
+  ASSERT_TRUE(finder.Export(list, dir.File("dump.txt").c_str(),
+                            const_cast<std::vector<_tWordAV>&>(finder.GetWordAV())));
+  EXPECT_EQ(testutil::ReadFileBytes(dir.File("dump.txt")),
+            Gbk("No:1\tword=经济\tpos=n\tfreq=1\tLV=1\tRV=1\tis_stopword=0\tunit_count=1\t") +
+                "weight=" + weight + "\nInverted List(1,)\nLV(" +
+                Gbk("学习") + "(1),)\nRV((1),)\n)\n");
+  EXPECT_FALSE(finder.Export(list, dir.File("no/such/dir").c_str(), list));
 }
 
 TEST_F(KeyWordFinderTest, ManyCandidatesAreLogged) {
