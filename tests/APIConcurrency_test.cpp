@@ -148,6 +148,7 @@ TEST_F(ApiConcurrencyTest, UserDictionaryChangesWhileThreadsAnalyse) {
         int count = 0;
         if (ZIVOR_ParagraphProcessA(userText.c_str(), &count, true) == nullptr) ++failures;
         if (ZIVOR_GetKeyWords(texts[i % texts.size()].c_str(), 5, true) == nullptr) ++failures;
+        if (ZIVOR_GetNewWords(texts[i % texts.size()].c_str(), 5, true) == nullptr) ++failures;
       }
     });
   }
