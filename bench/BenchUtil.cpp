@@ -1,6 +1,10 @@
 #include "BenchUtil.h"
 
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
 
 #include "Corpus.h"
 
@@ -36,6 +40,21 @@ const std::vector<std::string>& CorpusSentences() {
     return all;
   }();
   return sentences;
+}
+
+double ResidentKb() {
+  long pages = 0, resident = 0;
+  FILE* fp = fopen("/proc/self/statm", "r");
+  if (fp == nullptr) return 0.0;
+  if (fscanf(fp, "%ld %ld", &pages, &resident) != 2) resident = 0;
+  fclose(fp);
+  return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1024.0;
+}
+
+double PeakResidentKb() {
+  struct rusage usage;
+  getrusage(RUSAGE_SELF, &usage);
+  return static_cast<double>(usage.ru_maxrss);
 }
 
 }  // namespace benchutil

@@ -1,5 +1,5 @@
-// BenchUtil.h: inputs shared by the benchmarks: the training corpus, its
-// distinct words and its sentences as raw GBK text.
+// BenchUtil.h: inputs shared by the benchmarks (the training corpus, its
+// distinct words and its sentences as raw GBK text) and memory readings.
 #ifndef ZIVOR_BENCH_BENCHUTIL_H_
 #define ZIVOR_BENCH_BENCHUTIL_H_
 
@@ -16,6 +16,10 @@ const std::vector<std::string>& CorpusSentences();
 
 // Each paragraph's words, GBK.
 const std::vector<std::vector<std::string>>& CorpusWords();
+
+// The process's resident set now, and its peak so far, in kB.
+double ResidentKb();
+double PeakResidentKb();
 
 }  // namespace benchutil
 

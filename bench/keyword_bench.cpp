@@ -56,20 +56,6 @@ const std::vector<std::string>& CollectionTexts() {
   return texts;
 }
 
-double CurrentRssKb() {
-  long pages = 0, resident = 0;
-  FILE* fp = fopen("/proc/self/statm", "r");
-  if (fp == nullptr) return 0.0;
-  if (fscanf(fp, "%ld %ld", &pages, &resident) != 2) resident = 0;
-  fclose(fp);
-  return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1024.0;
-}
-
-double PeakRssKb() {
-  struct rusage usage;
-  getrusage(RUSAGE_SELF, &usage);
-  return static_cast<double>(usage.ru_maxrss);
-}
 
 void BM_GetKeyWords_Article(benchmark::State& state) {
   const CorpusArticle& article = Articles()[static_cast<size_t>(state.range(0))];
@@ -98,21 +84,22 @@ void Collect(const std::vector<std::string>& texts) {
 void BM_NWI_1000Paragraphs(benchmark::State& state) {
   const std::vector<std::string>& texts = CollectionTexts();
   static const std::vector<double> first = [&] {
-    const double before = CurrentRssKb();
+    const double before = benchutil::ResidentKb();
     Collect(texts);
-    return std::vector<double>{before, CurrentRssKb() - before, PeakRssKb()};
+    return std::vector<double>{before, benchutil::ResidentKb() - before,
+                               benchutil::PeakResidentKb()};
   }();
   int64_t bytes = 0;
   for (const std::string& text : texts) bytes += static_cast<int64_t>(text.size());
-  const double before = CurrentRssKb();
+  const double before = benchutil::ResidentKb();
   for (auto _ : state) Collect(texts);
   state.counters["texts"] = static_cast<double>(texts.size());
   state.counters["rss_before_kb"] = first[0];
   state.counters["first_growth_kb"] = first[1];
   state.counters["first_peak_rss_kb"] = first[2];
   state.counters["growth_per_run_kb"] =
-      (CurrentRssKb() - before) / static_cast<double>(state.iterations());
-  state.counters["peak_rss_kb"] = PeakRssKb();
+      (benchutil::ResidentKb() - before) / static_cast<double>(state.iterations());
+  state.counters["peak_rss_kb"] = benchutil::PeakResidentKb();
   state.SetBytesProcessed(state.iterations() * bytes);
 }
 BENCHMARK(BM_NWI_1000Paragraphs)->Unit(benchmark::kMillisecond);

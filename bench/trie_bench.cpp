@@ -64,15 +64,6 @@ const Dictionary& Dict() {
   return dict;
 }
 
-// Resident set size in kB.
-long ResidentKb() {
-  long pages_total = 0, pages_resident = 0;
-  FILE* fp = fopen("/proc/self/statm", "r");
-  if (fp == nullptr) return 0;
-  if (fscanf(fp, "%ld %ld", &pages_total, &pages_resident) != 2) pages_resident = 0;
-  fclose(fp);
-  return pages_resident * (sysconf(_SC_PAGESIZE) / 1024);
-}
 
 void BM_TrieFind(benchmark::State& state) {
   const Dictionary& d = Dict();
@@ -135,10 +126,10 @@ void BM_TrieLoad(benchmark::State& state) {
   const Dictionary& d = Dict();
   // Memory of one loaded dictionary, measured before the timed loads have
   // freed blocks the allocator could reuse.
-  const long before = ResidentKb();
+  const double before = benchutil::ResidentKb();
   auto kept = std::make_unique<CTrie>();
   if (!kept->Load(d.path.c_str())) state.SkipWithError("cannot load the dictionary");
-  const long rss_delta = ResidentKb() - before;
+  const double rss_delta = benchutil::ResidentKb() - before;
   for (auto _ : state) {
     CTrie trie;
     if (!trie.Load(d.path.c_str())) state.SkipWithError("cannot load the dictionary");
