@@ -11,8 +11,6 @@
 // initialisation and inputs included) after it and at the end, and how much
 // each further collection leaves behind.
 #include <benchmark/benchmark.h>
-#include <sys/resource.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <string>
