@@ -3,6 +3,7 @@
 // resident memory a loaded dictionary takes), and a longest-match scan at
 // every character of the corpus text against a dictionary of its words.
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <filesystem>
