@@ -103,20 +103,14 @@ TEST(FSATest, BadInputIsRejectedAndThePreviousAutomatonKept) {
 
   ASSERT_TRUE(fsa.Save(dir.File("nr.fsa").c_str()));
   const std::string good = testutil::ReadFileBytes(dir.File("nr.fsa"));
-  std::vector<std::string> damaged;
-  for (size_t cut = 0; cut < good.size(); ++cut) damaged.push_back(good.substr(0, cut));
+  std::vector<std::string> damaged = testutil::Prefixes(good);
   for (const auto& [m, s] : std::vector<std::pair<int, int>>{
            {-1, 4}, {4, -4}, {4, 0x7fffffff}, {0x7fffffff, 0x7fffffff}, {1 << 20, 1 << 20},
            {5, 0}}) {
     damaged.push_back(Ints({m, s}) + good.substr(8));
   }
-  for (int target : {4, -2}) {  // transitions to states that do not exist
-    damaged.push_back(good.substr(0, 40) + Ints({target}) + good.substr(44));
-  }
-  for (size_t i = 0; i < damaged.size(); ++i) {
-    testutil::WriteFile(dir.File("bad.fsa"), damaged[i]);
-    EXPECT_FALSE(fsa.Load(dir.File("bad.fsa").c_str())) << "case " << i;
-  }
+  for (int target : {4, -2}) damaged.push_back(testutil::Patched(good, 40, target));  // no such state
+  testutil::ExpectEachRefused(dir.File("bad.fsa"), damaged, [&](const char* p) { return fsa.Load(p); });
   EXPECT_FALSE(fsa.Load(dir.File("missing.fsa").c_str()));
   ExpectNames(fsa);
   // An empty automaton is just the counts.

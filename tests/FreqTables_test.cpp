@@ -94,13 +94,12 @@ TEST_F(FreqTablesTest, UnigramSaveLoadAndDamagedFiles) {
   EXPECT_EQ(testutil::ReadFileBytes(Path("again.unig")), good);
 
   // Damaged files are refused and the loaded table stays.
-  for (const std::string& bad :
-       {good.substr(0, good.size() - 1), good.substr(0, 10), testutil::Ints({2, 0x7FFFFFFF, 12}),
-        testutil::Ints({2, -5, 12, 1, 2}), testutil::Ints({9, 1, 3, 4}), std::string()}) {
-    EXPECT_FALSE(loaded.Load(File("bad.unig", bad).c_str())) << bad.size();
-    EXPECT_EQ(loaded.GetFreq(H("中国")), 5);
-  }
+  testutil::ExpectEachRefused(Path("bad.unig"),
+                              {good.substr(0, good.size() - 1), good.substr(0, 10), testutil::Ints({2, 0x7FFFFFFF, 12}),
+                               testutil::Ints({2, -5, 12, 1, 2}), testutil::Ints({9, 1, 3, 4}), std::string()},
+                              [&](const char* p) { return loaded.Load(p); });
   EXPECT_FALSE(loaded.Load(Path("missing").c_str()));
+  EXPECT_EQ(loaded.GetFreq(H("中国")), 5);
   EXPECT_FALSE(loaded.Save(Bad().c_str()));
   // A line count above the array length cannot make lookups leave it.
   ASSERT_TRUE(loaded.Load(File("big.unig", testutil::Ints({1000, 1, 3, 4, 6})).c_str()));
@@ -167,16 +166,16 @@ TEST_F(FreqTablesTest, BigramSaveLoadAndDamagedFiles) {
   ASSERT_TRUE(loaded.Load(Path("t.big").c_str()));
   ASSERT_TRUE(loaded.Save(Path("again.big").c_str()));
   EXPECT_EQ(testutil::ReadFileBytes(Path("again.big")), good);
-  for (const std::string& bad :
-       {good.substr(0, good.size() - 1), good.substr(0, 6), testutil::Ints({-1, 3}), testutil::Ints({3, -1}),
-        testutil::Ints({0x7FFFFFFF, 0x7FFFFFFF, 1, 2}), testutil::Ints({0, 0x40000000, -1, -1}),
-        testutil::Ints({1, 2, 5, 5, 0, 0, 0, 1}),     // index end past the pairs
-        testutil::Ints({1, 2, 5, 5, -3, 0, -1, -1}),  // negative start
-        std::string()}) {
-    EXPECT_FALSE(loaded.Load(File("bad.big", bad).c_str())) << bad.size();
-    EXPECT_EQ(loaded.GetFreq(H("中国"), H("的")), 2);
-  }
+  testutil::ExpectEachRefused(
+      Path("bad.big"),
+      {good.substr(0, good.size() - 1), good.substr(0, 6), testutil::Ints({-1, 3}), testutil::Ints({3, -1}),
+       testutil::Ints({0x7FFFFFFF, 0x7FFFFFFF, 1, 2}), testutil::Ints({0, 0x40000000, -1, -1}),
+       testutil::Ints({1, 2, 5, 5, 0, 0, 0, 1}),     // index end past the pairs
+       testutil::Ints({1, 2, 5, 5, -3, 0, -1, -1}),  // negative start
+       std::string()},
+      [&](const char* p) { return loaded.Load(p); });
   EXPECT_FALSE(loaded.Load(Path("missing").c_str()));
+  EXPECT_EQ(loaded.GetFreq(H("中国"), H("的")), 2);
   EXPECT_FALSE(loaded.Save(Bad().c_str()));
   // A run written as start > end is accepted and holds no pairs.
   const std::vector<int> odd = {1, 6, 5, 7, 0, 0, 1, 0, -1, -1, -1, -1, -1, -1, -1, -1};

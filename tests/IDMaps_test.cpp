@@ -149,19 +149,13 @@ TEST(IDMapsTest, ShortFilesKeepWhatTheyHoldAndBadIndexesAreRejected) {
       EXPECT_TRUE(got.empty() || got == Targets(map, h)) << "cut " << cut << " handle " << h;
     }
   }
-  auto with = [&good](size_t at, int value) {
-    std::string bytes = good;
-    StoreLE32((unsigned char*)&bytes[at], value);
-    return bytes;
-  };
+  const auto with = [&good](size_t at, int value) { return testutil::Patched(good, at, value); };
   const size_t entry = 8 + 4 * 5 + 8 * size_t(t.L("北京"));
   // Negative counts; start past the data or below -1; end past the data or
   // before start.
-  for (const auto& [at, value] : std::vector<std::pair<size_t, int>>{
-           {0, -1}, {4, -5}, {entry, 5}, {entry, -2}, {entry + 4, 5}, {entry + 4, 0}}) {
-    testutil::WriteFile(bad, with(at, value));
-    EXPECT_FALSE(map.Load(bad.c_str())) << at << " " << value;
-  }
+  testutil::ExpectEachRefused(bad, {with(0, -1), with(4, -5), with(entry, 5), with(entry, -2), with(entry + 4, 5),
+                                    with(entry + 4, 0)},
+                              [&](const char* p) { return map.Load(p); });
   EXPECT_FALSE(map.Load(t.dir.File("missing.map").c_str()));
   ExpectMap(map, t);
   // Counts far beyond the file are cut to what it holds.

@@ -275,7 +275,6 @@ TEST_F(SmallDictTest, DamagedFilesNeverLeadOutsideTheArray) {
   const std::string good = SavedBytes(*dict_);
   const std::string path = dir.File("bad.pdat");
   std::mt19937 rng(7);
-  auto setInt = [](std::string* b, size_t at, int v) { StoreLE32((unsigned char*)&(*b)[at], v); };
 
   // Truncated inside the states: what is left loads, the bound shrinks.
   testutil::WriteFile(path, good.substr(0, good.size() - 30));
@@ -285,26 +284,20 @@ TEST_F(SmallDictTest, DamagedFilesNeverLeadOutsideTheArray) {
   ExerciseLookups(&cut, 1);
 
   // Too short for the header, negative bound: refused.
-  std::string negative = good;
-  setInt(&negative, 262144, -7);
-  for (const std::string& bad : {good.substr(0, 1000), negative}) {
-    CPDAT refused;
-    testutil::WriteFile(path, bad);
-    EXPECT_FALSE(refused.Load(path.c_str())) << bad.size();
-  }
+  CPDAT refused;
+  testutil::ExpectEachRefused(path, {good.substr(0, 1000), testutil::Patched(good, 262144, -7)},
+                              [&](const char* p) { return refused.Load(p); });
 
   // Absurd bound with few states, garbage states and garbage character table.
-  std::string garbage = good;
-  setInt(&garbage, 262144, 0x7FFFFFFF);
+  std::string garbage = testutil::Patched(good, 262144, 0x7FFFFFFF);
   for (size_t i = 262152; i < garbage.size(); ++i) garbage[i] = char(rng());
-  for (int i = 0; i < 65536; ++i) setInt(&garbage, i * 4, int(rng() % 64) - 8);
+  for (int i = 0; i < 65536; ++i) StoreLE32((unsigned char*)&garbage[i * 4], int(rng() % 64) - 8);
   testutil::WriteFile(path, garbage);
   CPDAT wild;
   ASSERT_TRUE(wild.Load(path.c_str()));
   EXPECT_EQ(wild.GetLowerBound(), int((good.size() - 262152) / 12) - 1);
   ExerciseLookups(&wild, 2);
-  setInt(&garbage, 262152, int(0x80000000u));  // base INT_MIN
-  testutil::WriteFile(path, garbage);
+  testutil::WriteFile(path, testutil::Patched(garbage, 262152, int(0x80000000u)));  // base INT_MIN
   ASSERT_TRUE(wild.Load(path.c_str()));
   ExerciseLookups(&wild, 3);
 

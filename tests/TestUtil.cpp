@@ -120,4 +120,16 @@ std::string Lines(const std::vector<std::string>& lines) {
   return text;
 }
 
+std::string Patched(std::string bytes, size_t offset, int value) {
+  bytes.at(offset + 3);  // throws when the value would not fit
+  StoreLE32(reinterpret_cast<unsigned char*>(&bytes[offset]), value);
+  return bytes;
+}
+
+std::vector<std::string> Prefixes(const std::string& bytes) {
+  std::vector<std::string> cuts;
+  for (size_t n = 0; n < bytes.size(); ++n) cuts.push_back(bytes.substr(0, n));
+  return cuts;
+}
+
 }  // namespace testutil

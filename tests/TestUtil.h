@@ -3,6 +3,9 @@
 #ifndef ZIVOR_TESTS_TESTUTIL_H_
 #define ZIVOR_TESTS_TESTUTIL_H_
 
+#include <gtest/gtest.h>
+
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -45,6 +48,23 @@ std::string Ints(const std::vector<int>& values);
 
 // The lines, each followed by '\n'.
 std::string Lines(const std::vector<std::string>& lines);
+
+// The bytes with `value` stored little-endian at `offset`.
+std::string Patched(std::string bytes, size_t offset, int value);
+
+// Every proper prefix of the bytes, the empty one first: the cut files.
+std::vector<std::string> Prefixes(const std::string& bytes);
+
+// Writes each file in turn to `path` (a fresh file each time) and expects
+// `load(path)` to refuse it.
+template <class Load>
+void ExpectEachRefused(const std::string& path, const std::vector<std::string>& files, Load load) {
+  for (size_t i = 0; i < files.size(); ++i) {
+    std::remove(path.c_str());
+    WriteFile(path, files[i]);
+    EXPECT_FALSE(load(path.c_str())) << "damaged file " << i << ", " << files[i].size() << " bytes";
+  }
+}
 
 }  // namespace testutil
 

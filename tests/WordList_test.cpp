@@ -94,26 +94,17 @@ TEST(WordListTest, LoadRejectsDamagedFilesAndKeepsThePreviousList) {
   const std::string good = testutil::ReadFileBytes(path);
   const size_t bound = size_t(t.list.GetBound());
   const size_t sizeField = 8 + 4 * (bound + 1), first = 8 + 4 * size_t(t.Handle("中国"));
-  auto with = [&good](size_t at, int value) {
-    std::string bytes = good;
-    StoreLE32((unsigned char*)&bytes[at], value);
-    return bytes;
-  };
-  std::vector<std::string> damaged;
-  for (size_t cut = 0; cut < good.size(); ++cut) damaged.push_back(good.substr(0, cut));
+  std::vector<std::string> damaged = testutil::Prefixes(good);
   for (const auto& [at, value] : std::vector<std::pair<size_t, int>>{
            {0, -1}, {4, -1}, {4, 0x7fffffff}, {4, int(bound) + 1}, {sizeField, -1},
            {sizeField, 0x7fffffff}, {first, kDataSize}, {first, -2}, {8 + 4 * bound, 1000}})
-    damaged.push_back(with(at, value));
+    damaged.push_back(testutil::Patched(good, at, value));
   damaged.push_back(good.substr(0, good.size() - 1) + "x");  // the last word loses its NUL
-  for (size_t i = 0; i < damaged.size(); ++i) {
-    testutil::WriteFile(t.dir.File("bad"), damaged[i]);
-    EXPECT_FALSE(t.list.Load(t.dir.File("bad").c_str())) << "case " << i;
-  }
+  testutil::ExpectEachRefused(t.dir.File("bad"), damaged, [&](const char* p) { return t.list.Load(p); });
   EXPECT_FALSE(t.list.Load(t.dir.File("missing").c_str()));
   ExpectWords(t.list, t);
   // An offset into the middle of a word still names a terminated string.
-  testutil::WriteFile(t.dir.File("mid"), with(first, 2));
+  testutil::WriteFile(t.dir.File("mid"), testutil::Patched(good, first, 2));
   ASSERT_TRUE(t.list.Load(t.dir.File("mid").c_str()));
   EXPECT_EQ(t.list.GetWord(t.Handle("中国")), Gbk("中国").substr(2));
 }
