@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <sstream>
 
 #include "Utility/BinaryIO.h"
 
@@ -159,4 +161,15 @@ std::vector<CorpusArticle> SubstantialArticles(const std::vector<CorpusArticle>&
     if (picked.size() == before) break;
   }
   return picked;
+}
+
+bool ReadWordList(const std::string& path, std::set<std::string>* words) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return false;
+  std::string line, word;
+  while (std::getline(in, line)) {
+    std::istringstream fields(line);
+    if (fields >> word) words->insert(word);
+  }
+  return true;
 }

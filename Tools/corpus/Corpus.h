@@ -8,6 +8,7 @@
 #define ZIVOR_TOOLS_CORPUS_H_
 
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -54,5 +55,9 @@ int CorpusDay(const std::string& id);
 // article of each day in turn, so that the days are spread.
 std::vector<CorpusArticle> SubstantialArticles(const std::vector<CorpusArticle>& articles,
                                                size_t min_chars, size_t count);
+
+// The first blank-delimited token of each line of a word-list file (lines
+// without one are skipped). Returns false when the file cannot be opened.
+bool ReadWordList(const std::string& path, std::set<std::string>* words);
 
 #endif  // ZIVOR_TOOLS_CORPUS_H_

@@ -424,16 +424,12 @@ bool ModelBuilder::SaveContext(const CContextStat& stat, const char* name) const
   return true;
 }
 
-// The words of a --drop-words file: the first blank-delimited token of each
-// line, ASCII letters folded as the dictionary folds them.
+// The words of a --drop-words file, ASCII letters folded as the dictionary
+// folds them.
 bool ReadDroppedWords(const std::string& path, std::set<std::string>* words) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  std::string line, word;
-  while (std::getline(in, line)) {
-    std::istringstream fields(line);
-    if (fields >> word) words->insert(FoldAscii(word));
-  }
+  std::set<std::string> listed;
+  if (!ReadWordList(path, &listed)) return false;
+  for (const std::string& word : listed) words->insert(FoldAscii(word));
   return true;
 }
 

@@ -41,17 +41,6 @@ class Session {
   const bool ok_;
 };
 
-bool ReadWordList(const std::string& path, std::set<std::string>* words) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  std::string line, word;
-  while (std::getline(in, line)) {
-    std::istringstream fields(line);
-    if (fields >> word) words->insert(word);
-  }
-  return true;
-}
-
 // Whether `word` holds one of `listed` longer than itself, starting at a
 // character boundary (GBK).
 bool HoldsListed(const std::string& word, const std::set<std::string>& listed) {
