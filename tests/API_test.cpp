@@ -217,26 +217,6 @@ TEST_F(ApiTest, SegmentsTagsAndRecognisesNamesOnTheMiniData) {
   EXPECT_NE(std::string::npos, tagged.find("杨平/nr")) << tagged;
 }
 
-TEST_F(ApiTest, TagMapLevelsRenameTheSameTags) {
-  ASSERT_TRUE(Init());
-  const std::string text = Gbk("记者王伟报道：北京举行了重要会议。");
-  const auto tags_at = [&text](int level) {
-    ZIVOR_SetPOSmap(level);
-    std::vector<std::string> tags;
-    for (const auto& token : Tokens(ZIVOR_ParagraphProcess(text.c_str(), 1))) tags.push_back(token.second);
-    return tags;
-  };
-  const std::vector<std::string> full = tags_at(0);
-  ASSERT_FALSE(full.empty());
-  EXPECT_NE(full, tags_at(1));  // wj, nr, ... are renamed at the first level
-  for (int level = 1; level <= 3; ++level) {
-    const std::vector<std::string> renamed = tags_at(level);
-    ASSERT_EQ(full.size(), renamed.size()) << level;
-    for (size_t i = 0; i < full.size(); ++i)
-      EXPECT_STREQ(g_ppPOSmap[level]->GetPOS(g_ppPOSmap[0]->GetID(full[i].c_str())), renamed[i].c_str()) << level;
-  }
-}
-
 TEST_F(ApiTest, WordQueries) {
   ASSERT_TRUE(Init());
   for (const char* word : {"中国", "未##人"}) EXPECT_TRUE(ZIVOR_IsWord(Gbk(word).c_str())) << word;
