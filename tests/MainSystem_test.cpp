@@ -50,9 +50,6 @@ std::string Bytes(const std::string& text, const result_t& r) {
 }
 
 TEST_F(MainSystemTest, ConstructionFollowsTheConfiguredStages) {
-  EXPECT_EQ(10240, sys_->m_nResultMemSize);
-  EXPECT_EQ(2048, sys_->m_nVecResultMemSize);
-  EXPECT_EQ(2048, sys_->m_nFiledMemSize);
   EXPECT_NE(nullptr, sys_->m_pTagger);
   EXPECT_NE(nullptr, sys_->m_pPERTagger);
   MiniResources::Options off;
@@ -205,20 +202,7 @@ TEST_F(FileProcessTest, MissingSourceIsLoggedAndEmptiesTheDestination) {
   EXPECT_NE(std::string::npos, LogSince(logged).find("] " + unwritable + "\n"));
 }
 
-TEST_F(MainSystemTest, GetUniProbSmoothsKnownAndUnknownWords) {
-  const double total = r_->unigram.GetTotalFreq(), items = r_->unigram.GetItemCount();
-  const double unknown = 0.05 / (total + 0.05 * items);
-  const std::string absent = Gbk("不存在的词");
-  for (const char* word : {"xyz", absent.c_str(), static_cast<const char*>(nullptr)})
-    EXPECT_DOUBLE_EQ(unknown, sys_->GetUniProb(word));
-  EXPECT_DOUBLE_EQ(unknown, sys_->GetUniProb(-7));
-  ASSERT_EQ(5, r_->unigram.GetFreq(r_->core.Find(Gbk("他").c_str())));
-  EXPECT_DOUBLE_EQ(5.05 / (total + 0.05 * items), sys_->GetUniProb(Gbk("他").c_str()));
-  EXPECT_TRUE(sys_->IsWord(Gbk("北京大学").c_str()));
-  EXPECT_FALSE(sys_->IsWord(Gbk("北京大").c_str()));
-}
-
-TEST(MainSystemQueryTest, IsFreqAssociateNeedsFourPairsAndATenthOfAWord) {
+TEST(MainSystemQueryTest, UniProbSmoothingAndFreqAssociateOnHandCountedTables) {
   testutil::TempDir dir;
   testutil::WriteFile(dir.File("words.txt"), "aa\nbb\ncc\ndd\nee\n");
   // "ee", the last handle, reads as frequency 0: T = 2131, N = 5.
@@ -242,7 +226,15 @@ TEST(MainSystemQueryTest, IsFreqAssociateNeedsFourPairsAndATenthOfAWord) {
       {"dd", "aa", true},   // 10 == 0.1 * 100
       {"aa", "zz", false}};
   for (const auto& c : cases) EXPECT_EQ(c.associate, sys.IsFreqAssociate(c.a, c.b)) << c.a << "@" << c.b;
+  // Known words are smoothed by 0.05 per item; unknown ones (and "ee") get
+  // the bare smoothing.
   EXPECT_DOUBLE_EQ(100.05 / (2131 + 0.05 * 5), sys.GetUniProb("aa"));
+  EXPECT_DOUBLE_EQ(100.05 / (2131 + 0.05 * 5), sys.GetUniProb(dict.Find("aa")));
+  for (const char* word : {"xyz", "ee", static_cast<const char*>(nullptr)})
+    EXPECT_DOUBLE_EQ(0.05 / (2131 + 0.05 * 5), sys.GetUniProb(word)) << (word ? word : "null");
+  EXPECT_DOUBLE_EQ(0.05 / (2131 + 0.05 * 5), sys.GetUniProb(-7));
+  EXPECT_TRUE(sys.IsWord("aa"));
+  EXPECT_FALSE(sys.IsWord("a"));
 }
 
 }  // namespace
