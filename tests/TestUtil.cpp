@@ -64,19 +64,26 @@ std::string ShellQuote(const std::string& s) {
 
 }  // namespace
 
-int RunDataTool(const std::vector<std::string>& args, std::string* output) {
-  std::string command = ShellQuote(ZIVOR_DATA_TOOL);
+ToolRun RunTool(const std::string& program, const std::vector<std::string>& args,
+                const std::string& dir, const std::string& input) {
+  TempDir io;
+  WriteFile(io.File("in"), input);
+  std::string command = (dir.empty() ? "" : "cd " + ShellQuote(dir) + " && ") + ShellQuote(program);
   for (const std::string& a : args) command += " " + ShellQuote(a);
-  command += " 2>/dev/null";
-  FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) return -1;
-  std::string text;
-  char buf[4096];
-  size_t n;
-  while ((n = fread(buf, 1, sizeof buf, pipe)) > 0) text.append(buf, n);
-  const int status = pclose(pipe);
-  if (output != nullptr) *output = text;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  command += " < " + ShellQuote(io.File("in")) + " > " + ShellQuote(io.File("out")) + " 2> " +
+             ShellQuote(io.File("err"));
+  const int status = system(command.c_str());
+  ToolRun run;
+  run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  run.out = ReadFileBytes(io.File("out"));
+  run.err = ReadFileBytes(io.File("err"));
+  return run;
+}
+
+int RunDataTool(const std::vector<std::string>& args, std::string* output) {
+  const ToolRun run = RunTool(ZIVOR_DATA_TOOL, args);
+  if (output != nullptr) *output = run.out;
+  return run.status;
 }
 
 std::string CorpusPath() {

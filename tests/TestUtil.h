@@ -31,6 +31,18 @@ void WriteFile(const std::string& path, const std::string& bytes);
 std::string ReadFileBytes(const std::string& path);
 long FileSize(const std::string& path);  // -1 when absent
 
+// A finished command: its exit status (-1 when it did not exit) and what it
+// printed on standard output and standard error.
+struct ToolRun {
+  int status = -1;
+  std::string out, err;
+};
+
+// Runs the program with the arguments in directory `dir` ("" for the
+// current one), with `input` on standard input.
+ToolRun RunTool(const std::string& program, const std::vector<std::string>& args,
+                const std::string& dir = "", const std::string& input = "");
+
 // Runs zivor-data with the arguments; returns its exit status and, when
 // `output` is given, what it printed on standard output.
 int RunDataTool(const std::vector<std::string>& args, std::string* output = nullptr);

@@ -3,10 +3,8 @@
 // dictionary word, 次 is qv there, and the name recogniser finds 王伟 and 李明
 // (without it they stay 王/nr1 伟/nr2 and 李/nr1 明/nr2).
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <utility>
 #include <vector>
@@ -45,14 +43,11 @@ class ZivorEvalTest : public ::testing::Test {
   std::string GoldFile() const { return File("gold.txt", {kGold[0], kGold[1], kGold[2]}); }
 
   // Runs the tool on the mini data; standard output in `out_`.
-  int Run(const std::vector<std::string>& args) {
-    std::string command =
-        "cd '" + work_.path() + "' && '" ZIVOR_EVAL_TOOL "' -d '" + data_->path() + "'";
-    for (const std::string& arg : args) command += " '" + arg + "'";
-    command += " > out.txt 2> err.txt";
-    const int status = system(command.c_str());
-    out_ = testutil::ReadFileBytes(work_.File("out.txt"));
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  int Run(std::vector<std::string> args) {
+    args.insert(args.begin(), {"-d", data_->path()});
+    const testutil::ToolRun run = testutil::RunTool(ZIVOR_EVAL_TOOL, args, work_.path());
+    out_ = run.out;
+    return run.status;
   }
 
   // The "(a/b)" figures of the line starting with `label` in run `run`

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -16,17 +14,7 @@ namespace {
 using testutil::Gbk;
 using testutil::Utf8;
 
-struct CliRun {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
-
-std::string Quote(const std::string& s) {
-  std::string q = "'";
-  for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return q + "'";
-}
+using CliRun = testutil::ToolRun;
 
 std::vector<std::string> SplitLines(const std::string& text) {
   std::vector<std::string> lines;
@@ -50,16 +38,7 @@ class ZivorCliTest : public ::testing::Test {
   }
   // Runs zivor in the scratch directory with `input` on standard input.
   CliRun Run(const std::vector<std::string>& args, const std::string& input = "") const {
-    testutil::WriteFile(work_.File("stdin"), input);
-    std::string command = "cd " + Quote(work_.path()) + " && " + Quote(ZIVOR_CLI_TOOL);
-    for (const std::string& arg : args) command += " " + Quote(arg);
-    command += " < stdin > stdout 2> stderr";
-    const int status = system(command.c_str());
-    CliRun run;
-    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    run.out = testutil::ReadFileBytes(work_.File("stdout"));
-    run.err = testutil::ReadFileBytes(work_.File("stderr"));
-    return run;
+    return testutil::RunTool(ZIVOR_CLI_TOOL, args, work_.path(), input);
   }
   std::vector<std::string> WithData(std::vector<std::string> args) const {
     args.insert(args.begin(), {"-d", data_->path()});
