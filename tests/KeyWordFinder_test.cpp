@@ -35,6 +35,10 @@ struct Tok {
   int posId = 0;
 };
 
+// Four distinct contexts: a word before and a word after.
+const Tok kAround[4][2] = {{{"他", "rr"}, {"。", "wj"}}, {{"在", "p"}, {"了", "ule"}},
+                           {{"和", "cc"}, {"的", "ude1"}}, {{"对", "p"}, {"，", "wd"}}};
+
 class KeyWordFinderTest : public testutil::MiniSystemTest {
  public:
   void SetUp() override {
@@ -62,6 +66,15 @@ class KeyWordFinderTest : public testutil::MiniSystemTest {
   void ScanTokens(CKeyWordFinder& finder, const std::vector<Tok>& tokens) {
     Analyse(tokens);
     ASSERT_EQ(ScanInto(finder), 1);
+  }
+  // Scans the tokens `times` times, framed by kAround[first], kAround[first + 1], ...
+  void ScanInContexts(CKeyWordFinder& finder, const std::vector<Tok>& tokens, int times, int first = 0) {
+    for (int k = first; k < first + times; ++k) {
+      std::vector<Tok> text = {kAround[k % 4][0]};
+      text.insert(text.end(), tokens.begin(), tokens.end());
+      text.push_back(kAround[k % 4][1]);
+      ScanTokens(finder, text);
+    }
   }
   int ScanInto(CKeyWordFinder& finder) {
     return finder.Scan(text_.c_str(), static_cast<int>(records_.size()), records_.data());
@@ -298,14 +311,9 @@ TEST_F(KeyWordFinderTest, AdjacentPairsMergeUnlessARuleRefuses) {
       {{"一", "m"}, {"次", "qv"}, 3, false},       // numeral + measure word
       {{"今天", "t"}, {"上午", "t"}, 3, false},    // two time words
   };
-  const Tok prefixes[] = {{"他", "rr"}, {"在", "p"}, {"和", "cc"}};
-  const Tok suffixes[] = {{"。", "wj"}, {"了", "ule"}, {"的", "ude1"}};
   for (const Case& c : cases) {
     CKeyWordFinder finder(&r_->unigram);
-    for (int k = 0; k < c.texts; ++k) {
-      Analyse({prefixes[k], c.left, c.right, suffixes[k]});
-      ASSERT_EQ(ScanInto(finder), 1);
-    }
+    ScanInContexts(finder, {c.left, c.right}, c.texts);
     const std::string joined = std::string(c.left.text) + c.right.text;
     const int count = finder.GenerateNewWordList();
     EXPECT_EQ(count, c.merged ? 1 : 0) << joined;
@@ -326,14 +334,12 @@ TEST_F(KeyWordFinderTest, AdjacentPairsMergeUnlessARuleRefuses) {
 // text with its own context.
 TEST_F(KeyWordFinderTest, PairMustCarryHalfOfOnePart) {
   const Tok l{"经济", "n"}, r{"学生", "n"};
-  const Tok around[][2] = {{{"他", "rr"}, {"。", "wj"}}, {{"在", "p"}, {"了", "ule"}},
-                           {{"和", "cc"}, {"的", "ude1"}}, {{"对", "p"}, {"，", "wd"}}};
   struct Case { int pair, leftAlone, rightAlone, expected; };
   for (const Case& c : {Case{3, 7, 4, 0}, Case{4, 6, 4, 1}}) {  // 3 of 10 and 7; 4 of 10 and 8
     CKeyWordFinder finder(&r_->unigram);
-    for (int k = 0; k < c.pair; ++k) ScanTokens(finder, {around[k % 4][0], l, r, around[k % 4][1]});
-    for (int k = 0; k < c.leftAlone; ++k) ScanTokens(finder, {around[k % 4][0], l, around[k % 4][1]});
-    for (int k = 0; k < c.rightAlone; ++k) ScanTokens(finder, {around[k % 4][0], r, around[k % 4][1]});
+    ScanInContexts(finder, {l, r}, c.pair);
+    ScanInContexts(finder, {l}, c.leftAlone);
+    ScanInContexts(finder, {r}, c.rightAlone);
     EXPECT_EQ(finder.GenerateNewWordList(), c.expected) << c.pair;  // reached from both sides, made once
   }
 }
@@ -344,20 +350,13 @@ TEST_F(KeyWordFinderTest, CommonPartsOfGuardedTagPairsDoNotMerge) {
   testutil::TempDir dir;
   const std::string path = dir.File("big.unig");
   ASSERT_TRUE(r_->unigram.Save(path.c_str()));
-  std::string bytes = testutil::ReadFileBytes(path);
-  const int total = 100000000;
-  std::memcpy(&bytes[8], &total, sizeof total);
-  testutil::WriteFile(path, bytes);
+  testutil::WriteFile(path, testutil::Patched(testutil::ReadFileBytes(path), 8, 100000000));  // the total
   CUnigram big;
   ASSERT_TRUE(big.Load(path.c_str()));
   struct Case { CUnigram* table; int leftPosId; int expected; };
   for (const Case& c : {Case{&big, 3, 0}, Case{&big, 0, 1}, Case{&r_->unigram, 12, 1}}) {
     CKeyWordFinder finder(c.table);
-    const Tok prefixes[] = {{"他", "rr"}, {"在", "p"}, {"和", "cc"}};
-    const Tok suffixes[] = {{"。", "wj"}, {"了", "ule"}, {"的", "ude1"}};
-    for (int k = 0; k < 3; ++k) {
-      ScanTokens(finder, {prefixes[k], {"经济", "n", true, c.leftPosId}, {"重要", "a"}, suffixes[k]});
-    }
+    ScanInContexts(finder, {{"经济", "n", true, c.leftPosId}, {"重要", "a"}}, 3);
     EXPECT_EQ(finder.GenerateNewWordList(), c.expected) << c.leftPosId;
   }
 }
@@ -366,18 +365,11 @@ TEST_F(KeyWordFinderTest, CommonPartsOfGuardedTagPairsDoNotMerge) {
 // into words of at most seven.
 TEST_F(KeyWordFinderTest, NewWordsSpanAtMostSevenTokens) {
   const char* chain[] = {"经济", "学生", "国家", "人民", "生活", "老师", "和平", "研究"};
-  const Tok around[][2] = {{{"他", "rr"}, {"。", "wj"}}, {{"在", "p"}, {"了", "ule"}},
-                           {{"和", "cc"}, {"的", "ude1"}}, {{"对", "p"}, {"，", "wd"}}};
   CKeyWordFinder finder(&r_->unigram);
-  for (int k = 0; k < 4; ++k) {
-    std::vector<Tok> text = {around[k][0]};
-    for (const char* w : chain) text.push_back({w, "n"});
-    text.push_back(around[k][1]);
-    ScanTokens(finder, text);
-  }
-  for (const char* w : chain) {
-    for (int k = 1; k < 4; ++k) ScanTokens(finder, {around[k][0], {w, "n"}, around[k][1]});
-  }
+  std::vector<Tok> words;
+  for (const char* w : chain) words.push_back({w, "n"});
+  ScanInContexts(finder, words, 4);
+  for (const Tok& w : words) ScanInContexts(finder, {w}, 3, 1);
   ASSERT_GT(finder.GenerateNewWordList(), 0);
   int longest = 0;
   for (const _tWordAV& w : finder.GetNewWordInfo()) longest = std::max(longest, w.unit_count);
@@ -547,9 +539,7 @@ TEST_F(KeyWordFinderTest, ResultStringKeepsOneEntryMoreThanTheLimit) {
 // Fingerprint of "prefix L R suffix" scanned three times plus the extra tokens.
 unsigned long FingerOf(KeyWordFinderTest& t, CKeyWordFinder& finder, const Tok& left,
                        const Tok& right, const std::vector<Tok>& extra) {
-  const Tok prefixes[] = {{"他", "rr"}, {"在", "p"}, {"和", "cc"}};
-  const Tok suffixes[] = {{"。", "wj"}, {"了", "ule"}, {"的", "ude1"}};
-  for (int k = 0; k < 3; ++k) t.ScanTokens(finder, {prefixes[k], left, right, suffixes[k]});
+  t.ScanInContexts(finder, {left, right}, 3);
   t.ScanTokens(finder, extra);
   finder.GenerateNewWordList();
   return finder.FingerPrint(*finder.GetKeyWordListE());
