@@ -26,26 +26,6 @@ bool LoadAll(MiniResources* r, const std::string& data) {
   return ok;
 }
 
-int Handle(const CPDAT& dict, const char* utf8) { return dict.Find(Gbk(utf8).c_str()); }
-
-void ResolveHandles(const CPDAT& d) {
-  gSent_StartID = Handle(d, "始##始");
-  gSent_EndID = Handle(d, "末##末");
-  gUnknown_x_ID = Handle(d, "未##串");
-  gUnknown_nr_ID = Handle(d, "未##人");
-  gUnknown_ns_ID = Handle(d, "未##地");
-  gUnknown_nt_ID = Handle(d, "未##团");
-  gUnknown_t_ID = Handle(d, "未##时");
-  gUnknown_m_ID = Handle(d, "未##数");
-  gUnknown_nz_ID = Handle(d, "未##专");
-  gQuatation_LD_ID = Handle(d, "“");
-  gQuatation_RD_ID = Handle(d, "”");
-  gQuatation_LS_ID = Handle(d, "‘");
-  gQuatation_RS_ID = Handle(d, "’");
-  gPunctation_WP_ID = Handle(d, "———");
-  gOneID = Handle(d, "一");
-}
-
 }  // namespace
 
 MiniResources* MiniResources::Get() {
@@ -62,7 +42,7 @@ MiniResources* MiniResources::Get() {
 }
 
 std::unique_ptr<CMainSystem> MiniResources::NewSystem(const Options& o) {
-  ResolveHandles(core);
+  ResolvePseudoWords(&core);
   g_sPOSDelimiter = "/";
   g_sWordBoundary = "  ";
   g_bPOSTagger = o.tagger;

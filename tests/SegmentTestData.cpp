@@ -21,23 +21,10 @@ SegmentData::SegmentData() : charset_(new CCharset), dict_(new CPDAT) {
   int handle = 1;
   for (const std::string& word : Words()) dict_->AddWord(testutil::Gbk(word).c_str(), handle++);
   dict_->AddWordComplete();
-  const std::pair<int*, const char*> ids[] = {
-      {&gSent_StartID, "始##始"}, {&gSent_EndID, "末##末"},   {&gUnknown_x_ID, "未##串"},
-      {&gUnknown_nr_ID, "未##人"}, {&gUnknown_ns_ID, "未##地"}, {&gUnknown_nt_ID, "未##团"},
-      {&gUnknown_t_ID, "未##时"},  {&gUnknown_m_ID, "未##数"},  {&gUnknown_nz_ID, "未##专"},
-      {&gQuatation_LD_ID, "“"},    {&gQuatation_RD_ID, "”"},    {&gQuatation_LS_ID, "‘"},
-      {&gQuatation_RS_ID, "’"},    {&gPunctation_WP_ID, "———"}, {&gOneID, "一"}};
-  for (const auto& [id, word] : ids) *id = Handle(word);
+  testutil::ResolvePseudoWords(dict_.get());
 }
 
-SegmentData::~SegmentData() {
-  for (int* id : {&gSent_StartID, &gSent_EndID, &gUnknown_x_ID, &gUnknown_nr_ID, &gUnknown_ns_ID,
-                  &gUnknown_nt_ID, &gUnknown_t_ID, &gUnknown_m_ID, &gUnknown_nz_ID,
-                  &gQuatation_LD_ID, &gQuatation_RD_ID, &gQuatation_LS_ID, &gQuatation_RS_ID,
-                  &gPunctation_WP_ID, &gOneID}) {
-    *id = -1;
-  }
-}
+SegmentData::~SegmentData() { testutil::ResolvePseudoWords(nullptr); }
 
 int SegmentData::Handle(const std::string& utf8) const {
   return dict_->Find(testutil::Gbk(utf8).c_str());

@@ -11,8 +11,11 @@
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 #include "Utility/BinaryIO.h"
+#include "Utility/Global.h"
+#include "Utility/PDAT.h"
 
 namespace testutil {
 
@@ -125,6 +128,16 @@ std::string Lines(const std::vector<std::string>& lines) {
   std::string text;
   for (const std::string& line : lines) text += line + "\n";
   return text;
+}
+
+void ResolvePseudoWords(const CPDAT* dict) {
+  const std::pair<int*, const char*> ids[] = {
+      {&gSent_StartID, "始##始"}, {&gSent_EndID, "末##末"},   {&gUnknown_x_ID, "未##串"},
+      {&gUnknown_nr_ID, "未##人"}, {&gUnknown_ns_ID, "未##地"}, {&gUnknown_nt_ID, "未##团"},
+      {&gUnknown_t_ID, "未##时"},  {&gUnknown_m_ID, "未##数"},  {&gUnknown_nz_ID, "未##专"},
+      {&gQuatation_LD_ID, "“"},    {&gQuatation_RD_ID, "”"},    {&gQuatation_LS_ID, "‘"},
+      {&gQuatation_RS_ID, "’"},    {&gPunctation_WP_ID, "———"}, {&gOneID, "一"}};
+  for (const auto& [id, word] : ids) *id = dict != nullptr ? dict->Find(Gbk(word).c_str()) : -1;
 }
 
 std::string Patched(std::string bytes, size_t offset, int value) {

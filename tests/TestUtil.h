@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+class CPDAT;
+
 namespace testutil {
 
 // A fresh directory removed with its contents when the object dies.
@@ -60,6 +62,10 @@ std::string Ints(const std::vector<int>& values);
 
 // The lines, each followed by '\n'.
 std::string Lines(const std::vector<std::string>& lines);
+
+// Sets the handles of the pseudo-words and marked punctuation (gSent_StartID,
+// gUnknown_nr_ID, gOneID, ...) from the dictionary; all -1 without one.
+void ResolvePseudoWords(const CPDAT* dict);
 
 // The bytes with `value` stored little-endian at `offset`.
 std::string Patched(std::string bytes, size_t offset, int value);
