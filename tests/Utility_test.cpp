@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "TestUtil.h"
 
@@ -11,28 +12,22 @@ namespace {
 using testutil::Gbk;
 
 TEST(CharacterCodeTest, OneAndTwoByteCharactersLoneLeadByteAndCaseFolding) {
-  int code = 0;
-  EXPECT_EQ(Getchar("a", &code), 1);
-  EXPECT_EQ(code, 'a');
-  const std::string zhong = Gbk("中");
-  EXPECT_EQ(Getchar(zhong.c_str(), &code), 2);
-  EXPECT_EQ(code, 0xD6D0);
-  EXPECT_EQ(Getchar("\xD6", &code), 1);  // lone lead byte at the end
-  EXPECT_EQ(code, static_cast<signed char>('\xD6'));
-  EXPECT_EQ(Getchar("", &code), 0);
-  EXPECT_EQ(code, -1);
-
+  // Getchar: bytes taken and code; a lone lead byte at the end is one signed byte.
+  const struct { std::string text; int bytes, code; } chars[] = {
+      {"a", 1, 'a'}, {Gbk("中"), 2, 0xD6D0}, {"\xD6", 1, static_cast<signed char>('\xD6')}, {"", 0, -1}};
+  for (const auto& c : chars) {
+    int code = 0;
+    EXPECT_EQ(Getchar(c.text.c_str(), &code), c.bytes) << testing::PrintToString(c.text);
+    EXPECT_EQ(code, c.code) << testing::PrintToString(c.text);
+  }
+  // GetCharCode folds ASCII only, takes a high byte at the last position
+  // alone and does not move past the end.
   const std::string text = "A" + Gbk("Ａ") + "\xB0";
   unsigned int pos = 0;
-  const unsigned int len = static_cast<unsigned int>(text.size());
-  EXPECT_EQ(GetCharCode(text.c_str(), pos, len), 'a');
-  EXPECT_EQ(pos, 1u);
-  EXPECT_EQ(GetCharCode(text.c_str(), pos, len), 0xA3C1);  // full-width A unchanged
-  EXPECT_EQ(pos, 3u);
-  EXPECT_EQ(GetCharCode(text.c_str(), pos, len), 0xB0);  // high byte at the last position
-  EXPECT_EQ(pos, 4u);
-  EXPECT_EQ(GetCharCode(text.c_str(), pos, len), -1);  // past the end: no move
-  EXPECT_EQ(pos, 4u);
+  for (const auto& [code, next] : {std::pair{int('a'), 1u}, {0xA3C1, 3u}, {0xB0, 4u}, {-1, 4u}}) {
+    EXPECT_EQ(GetCharCode(text.c_str(), pos, static_cast<unsigned int>(text.size())), code);
+    EXPECT_EQ(pos, next);
+  }
   // NUL inside a length-given buffer is an ordinary one-byte character.
   const char with_nul[] = {'x', '\0', 'y'};
   pos = 1;
@@ -93,15 +88,13 @@ TEST(NumberPredicatesTest, YearDayAndNumberNotations) {
 }
 
 TEST(Delimiter2DictFormatTest, GivesFullWidthFormsOfAsciiDelimiters) {
-  char out[3];
-  EXPECT_TRUE(Delimiter2DictFormat(',', out));
-  EXPECT_EQ(std::string(out), Gbk("，"));
-  EXPECT_TRUE(Delimiter2DictFormat('=', out));
-  EXPECT_EQ(std::string(out), Gbk("＝"));
-  EXPECT_FALSE(Delimiter2DictFormat('a', out));
-  EXPECT_EQ(std::string(out), "a");
-  EXPECT_FALSE(Delimiter2DictFormat('\0', out));
-  EXPECT_EQ(out[0], '\0');
+  const struct { char c; bool converted; std::string out; } cases[] = {
+      {',', true, Gbk("，")}, {'=', true, Gbk("＝")}, {'a', false, "a"}, {'\0', false, ""}};
+  for (const auto& c : cases) {
+    char out[4] = "???";
+    EXPECT_EQ(Delimiter2DictFormat(c.c, out), c.converted) << c.c;
+    EXPECT_EQ(std::string(out), c.out) << c.c;
+  }
 }
 
 TEST(BinarySearchTest, FindsCaseInsensitively) {
