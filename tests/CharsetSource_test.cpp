@@ -13,11 +13,7 @@ namespace {
 
 using testutil::Gbk;
 
-int Code(const std::string& gbk) {
-  return gbk.size() == 1 ? static_cast<unsigned char>(gbk[0])
-                         : static_cast<unsigned char>(gbk[0]) * 256 +
-                               static_cast<unsigned char>(gbk[1]);
-}
+using testutil::Code;
 
 TEST(CharsetSourceTest, ShippedTableIsBuiltFromItsSource) {
   testutil::TempDir dir;

@@ -12,7 +12,7 @@ namespace {
 
 using testutil::Gbk;
 
-int Code(const std::string& gbk) { return (unsigned char)gbk[0] * 256 + (unsigned char)gbk[1]; }
+using testutil::Code;
 
 TEST(CharsetTest, ImportParsesLinesSafelyAndForcesWhiteSpaceTypes) {
   testutil::TempDir dir;

@@ -17,14 +17,7 @@
 
 namespace {
 
-std::string Fold(std::string s) {
-  for (size_t i = 0; i < s.size(); ++i) {
-    const unsigned char c = s[i];
-    if (c >= 0x80 && i + 1 < s.size()) ++i;  // a trail byte is never folded
-    else if (c >= 'A' && c <= 'Z') s[i] = char(c + 32);
-  }
-  return s;
-}
+using testutil::FoldAscii;
 
 // Byte offsets where characters of s start, and s.size().
 std::vector<size_t> Boundaries(const std::string& s) {
@@ -54,7 +47,7 @@ class PDATCorpusTest : public ::testing::Test {
       words_.push_back(w);
       list += w + "\n";
       // Words equal after case folding share the handle of the later line.
-      folded_[Fold(w)] = int(words_.size());
+      folded_[FoldAscii(w)] = int(words_.size());
       maxWordBytes_ = std::max(maxWordBytes_, w.size());
     }
     testutil::WriteFile(dir_->File("words.txt"), list);
@@ -73,7 +66,7 @@ class PDATCorpusTest : public ::testing::Test {
   }
   static std::string Path() { return dir_->File("corpus.pdat"); }
   static int Expected(const std::string& s) {
-    const auto it = folded_.find(Fold(s));
+    const auto it = folded_.find(FoldAscii(s));
     return it == folded_.end() ? -1 : it->second;
   }
 

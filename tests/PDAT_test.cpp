@@ -124,11 +124,6 @@ std::vector<std::string> RandomWords(unsigned seed, int count, int alphabet) {
   return words;
 }
 
-std::string Fold(std::string w) {
-  for (char& c : w) c = (c >= 'A' && c <= 'Z') ? char(c + 32) : c;
-  return w;
-}
-
 TEST(PDATTest, PackingMatchesLiteralAlgorithmByteForByte) {
   const struct { unsigned seed; int count, alphabet; } cases[] = {
       {1, 2, 3}, {2, 12, 4}, {3, 300, 8}, {4, 800, 60}, {5, 2000, 400}, {6, 1500, 1500}};
@@ -139,7 +134,7 @@ TEST(PDATTest, PackingMatchesLiteralAlgorithmByteForByte) {
     EXPECT_EQ(SavedBytes(*dict), NaivePdatFile(words));
     // Every word keeps the handle of its last addition, ASCII case folded.
     for (size_t i = 0; i < words.size(); ++i) {
-      const auto same = [&](const std::string& w) { return Fold(w) == Fold(words[i]); };
+      const auto same = [&](const std::string& w) { return testutil::FoldAscii(w) == testutil::FoldAscii(words[i]); };
       const size_t last = std::find_if(words.rbegin(), words.rend(), same) - words.rbegin();
       EXPECT_EQ(dict->Find(words[i].c_str()), int(words.size() - last)) << words[i];
     }
@@ -168,8 +163,7 @@ TEST_F(SmallDictTest, FindExactWordsOnly) {
     SCOPED_TRACE(testing::PrintToString(c.text) + " len " + std::to_string(c.len));
     EXPECT_EQ(c.len < 0 ? dict_->Find(c.text.c_str()) : dict_->Find(c.text.c_str(), c.len), c.handle);
   }
-  const std::string guo = Gbk("国");
-  EXPECT_EQ(dict_->Find((unsigned char)guo[0] * 256 + (unsigned char)guo[1]), 7);
+  EXPECT_EQ(dict_->Find(testutil::Code(Gbk("国"))), 7);
   EXPECT_EQ(dict_->Find(-5), -1);
   EXPECT_EQ(dict_->Find(65536), -1);
 }
@@ -391,9 +385,7 @@ TEST_F(SmallDictTest, FileSegmentAndExport) {
   const std::string dump = testutil::ReadFileBytes(dir.File("dump.txt"));
   EXPECT_EQ(dump.find("LowerBound=" + std::to_string(dict_->GetLowerBound()) + "\nm_LowerChar="), 0u);
   EXPECT_NE(dump.find("\tCharset Size=12\nChar\tCharDec\tRank\tFrequency\n"), std::string::npos);
-  const std::string zhong = Gbk("中");
-  const int code = (unsigned char)zhong[0] * 256 + (unsigned char)zhong[1];
-  EXPECT_NE(dump.find(std::to_string(code) + "\t" + zhong + "\t2\t4\n"), std::string::npos);
+  EXPECT_NE(dump.find(std::to_string(testutil::Code(Gbk("中"))) + "\t" + Gbk("中") + "\t2\t4\n"), std::string::npos);
   const size_t states = dump.find("nID\tBase\tCheck\tHandle\n");
   ASSERT_NE(states, std::string::npos);
   EXPECT_EQ(std::count(dump.begin() + states, dump.end(), '\n'), dict_->GetLowerBound() + 2);

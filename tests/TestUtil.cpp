@@ -116,6 +116,20 @@ std::string Convert(const std::string& text, const char* to, const char* from) {
 std::string Gbk(const std::string& utf8) { return Convert(utf8, "GBK", "UTF-8"); }
 std::string Utf8(const std::string& gbk) { return Convert(gbk, "UTF-8", "GBK"); }
 
+int Code(const std::string& gbk) {
+  const auto byte = [&gbk](size_t i) { return static_cast<unsigned char>(gbk.at(i)); };
+  return gbk.size() >= 2 && byte(0) >= 0x80 ? byte(0) * 256 + byte(1) : byte(0);
+}
+
+std::string FoldAscii(std::string gbk) {
+  for (size_t i = 0; i < gbk.size(); ++i) {
+    const unsigned char c = gbk[i];
+    if (c >= 0x80 && i + 1 < gbk.size()) ++i;  // a trail byte is never folded
+    else if (c >= 'A' && c <= 'Z') gbk[i] = char(c + 32);
+  }
+  return gbk;
+}
+
 std::string Ints(const std::vector<int>& values) {
   std::string bytes(4 * values.size(), '\0');
   for (size_t i = 0; i < values.size(); ++i) {

@@ -57,6 +57,14 @@ std::string Gbk(const std::string& utf8);
 // UTF-8 of GBK bytes, for readable failure messages.
 std::string Utf8(const std::string& gbk);
 
+// The code of the first character of GBK bytes: a two-byte character's
+// bytes high first, or a single byte.
+int Code(const std::string& gbk);
+
+// ASCII letters lowered, as the dictionaries fold them; trail bytes of
+// two-byte characters stay as they are.
+std::string FoldAscii(std::string gbk);
+
 // The values as little-endian 32-bit integers, for hand-made binary files.
 std::string Ints(const std::vector<int>& values);
 
