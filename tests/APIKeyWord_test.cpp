@@ -147,21 +147,4 @@ TEST_F(ApiKeyWordTest, OneShotCallsRankOneTextAndLogNewWords) {
   EXPECT_EQ(0u, ZIVOR_FingerPrint(nullptr));
 }
 
-TEST_F(ApiKeyWordTest, EveryCallFailsBeforeInit) {
-  ZIVOR_Exit();
-  const std::string text = RepeatedPair();
-  EXPECT_EQ(nullptr, ZIVOR_GetKeyWords(text.c_str(), 5, true));
-  EXPECT_EQ(nullptr, ZIVOR_GetNewWords(text.c_str(), 5, true));
-  EXPECT_EQ(0u, ZIVOR_FingerPrint(text.c_str()));
-  EXPECT_EQ(0, ZIVOR_NWI_Start());
-  EXPECT_EQ(0, ZIVOR_NWI_AddMem(text.c_str()));
-  EXPECT_EQ(0, ZIVOR_NWI_Complete());
-  EXPECT_EQ(nullptr, ZIVOR_NWI_GetResult(false));
-  EXPECT_EQ(0, ZIVOR_AddUserWord(text.c_str()));
-  EXPECT_EQ(-1, ZIVOR_DelUsrWord(text.c_str()));
-  EXPECT_EQ(0u, ZIVOR_ImportUserDict("x"));
-  EXPECT_EQ(0, ZIVOR_SaveTheUsrDic());
-  EXPECT_EQ(0u, ZIVOR_NWI_Result2UserDict());
-}
-
 }  // namespace

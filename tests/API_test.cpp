@@ -61,6 +61,19 @@ void ExpectFailureValues(const std::string& dir) {
   EXPECT_EQ(level, g_nPosMap);
   EXPECT_FALSE(ZIVOR_IsWord(text.c_str()));
   EXPECT_EQ(0.0, ZIVOR_GetUniProb(text.c_str()));
+  // Keywords, new words, fingerprints and the user dictionary.
+  EXPECT_EQ(nullptr, ZIVOR_GetKeyWords(text.c_str(), 5, true));
+  EXPECT_EQ(nullptr, ZIVOR_GetNewWords(text.c_str(), 5, true));
+  EXPECT_EQ(0u, ZIVOR_FingerPrint(text.c_str()));
+  EXPECT_EQ(0, ZIVOR_NWI_Start());
+  EXPECT_EQ(0, ZIVOR_NWI_AddMem(text.c_str()));
+  EXPECT_EQ(0, ZIVOR_NWI_Complete());
+  EXPECT_EQ(nullptr, ZIVOR_NWI_GetResult(false));
+  EXPECT_EQ(0, ZIVOR_AddUserWord(text.c_str()));
+  EXPECT_EQ(-1, ZIVOR_DelUsrWord(text.c_str()));
+  EXPECT_EQ(0u, ZIVOR_ImportUserDict(source.c_str()));
+  EXPECT_EQ(0, ZIVOR_SaveTheUsrDic());
+  EXPECT_EQ(0u, ZIVOR_NWI_Result2UserDict());
   EXPECT_FALSE(ZIVOR_Exit());
 }
 
