@@ -8,11 +8,8 @@
 #include "API/ZIVORState.h"
 #include "MiniData.h"
 #include "System/MainSystem.h"
-#include "Utility/FSA.h"
 #include "Utility/Global.h"
 #include "Utility/PDAT.h"
-#include "Utility/POS.h"
-#include "Utility/POSmap.h"
 #include "Utility/trie.h"
 
 namespace {
@@ -39,32 +36,6 @@ class InitTest : public testutil::LibraryTest {
     ASSERT_EQ(0, testutil::RunDataTool({"pdat", work_.File("words.txt"), DataFile("CoreDict.pdat")}));
   }
 };
-
-TEST_F(InitTest, MiniDataHoldsEveryPseudoWordWithItsTag) {
-  CPDAT dict;
-  CPOSmap map;
-  CPOS lexicon, roles;
-  ASSERT_TRUE(dict.Load(DataFile("CoreDict.pdat").c_str()));
-  ASSERT_TRUE(map.Load(DataFile("ZIVOR.map").c_str()));
-  ASSERT_TRUE(lexicon.Load(DataFile("CoreDict.pos").c_str()));
-  ASSERT_TRUE(roles.Load(DataFile("nr.role").c_str()));
-  const char* const tags[] = {"begin", "end", "x", "nr", "ns", "nt", "t", "m", "nz"};
-  for (int i = 0; i < 9; ++i) {
-    SCOPED_TRACE(kRequiredPseudoWords[i]);
-    const int handle = dict.Find(Gbk(kRequiredPseudoWords[i]).c_str());
-    int count = 0, roleCount = 0;
-    lexicon.GetPOS(handle, &count);
-    EXPECT_EQ(1, count);
-    EXPECT_STREQ(tags[i], map.GetPOS(lexicon.GetPOS(handle)));
-    roles.GetPOS(handle, &roleCount);
-    if (i < 2) { EXPECT_EQ(1, roleCount); }  // the sentence markers play one role each
-  }
-  CFSA fsa;
-  ASSERT_TRUE(fsa.Load(DataFile("nr.fsa").c_str()));
-  const int given = fsa.NextState(fsa.NextState(0, 2), 3);  // surname, given name
-  EXPECT_EQ(24, fsa.GetAcceptedPosId(given));
-  EXPECT_TRUE(fsa.IsAccepted(given) && fsa.IsAccepted(fsa.NextState(given, 4)));
-}
 
 TEST_F(InitTest, LoadsOnceAndExitsOnce) {
   for (int encode : {0, 1, 4, 5, -1}) {  // every code is served as GBK for now
