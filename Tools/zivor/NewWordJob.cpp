@@ -52,11 +52,9 @@ int AddLines(std::istream& in) {
   unsigned long number = 0;
   while (ReadLine(in, &line)) {
     ++number;
-    // An empty line adds nothing, which the library reports as 0.
-    if (ZIVOR_NWI_AddMem(line.c_str()) < 0) {
-      ReportFull("line " + std::to_string(number));
-      return 1;
-    }
+    // The library reports 1 for a text even when the collection is full (and
+    // 0 for an empty one), so only files can tell that they were left out.
+    ZIVOR_NWI_AddMem(line.c_str());
     progress.Add(line.size() + 1, number % kLinesPerUpdate == 0);
   }
   progress.Show();
