@@ -38,9 +38,10 @@ class InitTest : public testutil::LibraryTest {
 };
 
 TEST_F(InitTest, LoadsOnceAndExitsOnce) {
-  for (int encode : {0, 1, 4, 5, -1}) {  // every code is served as GBK for now
+  // Codes 1 to 4 get a translator (4 loads no tables); other codes are GBK.
+  for (int encode : {0, 4, 5, -1}) {
     ASSERT_TRUE(ZIVOR_Init(Dir().c_str(), encode)) << encode;
-    EXPECT_EQ(nullptr, g_pCodeTranslator);
+    EXPECT_EQ(encode == 4, g_pCodeTranslator != nullptr) << encode;
     EXPECT_EQ(5u, g_nCopyMemSize);
     EXPECT_EQ(g_pZIVOR, g_vecZIVOR[0]);
     EXPECT_EQ(Dir() + "/Data", g_sDefaultDir);
@@ -51,7 +52,8 @@ TEST_F(InitTest, LoadsOnceAndExitsOnce) {
     EXPECT_EQ(dict, g_pCoreDict);
     EXPECT_TRUE(ZIVOR_Exit());
     EXPECT_FALSE(g_bActive);
-    EXPECT_TRUE(g_pCoreDict == nullptr && g_ppPOSmap == nullptr && g_vecZIVOR == nullptr);
+    EXPECT_TRUE(g_pCoreDict == nullptr && g_ppPOSmap == nullptr && g_vecZIVOR == nullptr &&
+                g_pCodeTranslator == nullptr);
     EXPECT_EQ(0u, g_nCopyMemSize);
     EXPECT_FALSE(ZIVOR_Exit());
   }

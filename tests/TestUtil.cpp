@@ -115,6 +115,7 @@ std::string Convert(const std::string& text, const char* to, const char* from) {
 
 std::string Gbk(const std::string& utf8) { return Convert(utf8, "GBK", "UTF-8"); }
 std::string Utf8(const std::string& gbk) { return Convert(gbk, "UTF-8", "GBK"); }
+std::string Big5(const std::string& utf8) { return Convert(utf8, "BIG5", "UTF-8"); }
 
 int Code(const std::string& gbk) {
   const auto byte = [&gbk](size_t i) { return static_cast<unsigned char>(gbk.at(i)); };

@@ -56,6 +56,8 @@ std::string CorpusPath();
 std::string Gbk(const std::string& utf8);
 // UTF-8 of GBK bytes, for readable failure messages.
 std::string Utf8(const std::string& gbk);
+// BIG5 bytes of a UTF-8 string.
+std::string Big5(const std::string& utf8);
 
 // The code of the first character of GBK bytes: a two-byte character's
 // bytes high first, or a single byte.

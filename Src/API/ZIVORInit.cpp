@@ -19,6 +19,7 @@
 #include "System/MainSystem.h"
 #include "Utility/Bigram.h"
 #include "Utility/Charset.h"
+#include "Utility/CodeTran.h"
 #include "Utility/ContextStat.h"
 #include "Utility/FSA.h"
 #include "Utility/Global.h"
@@ -171,10 +172,16 @@ bool LoadPOSmap(int level, const std::string& name) {
   return false;
 }
 
-// The caller's encoding. Codes 1 to 4 (the encodings other than GBK) get a
-// code translator here once code translation exists; until then every code
-// is served as GBK.
-void CreateCodeTranslator(int /*encode*/) { DeleteCodeTranslator(); }
+// The caller's encoding: codes 1 to 4 get a code translator (4 loads no
+// tables and reads its text as GBK), every other code is GBK.
+constexpr int kFirstTranslatedCode = 1;
+constexpr int kLastTranslatedCode = 4;
+
+void CreateCodeTranslator(int encode) {
+  DeleteCodeTranslator();
+  if (encode < kFirstTranslatedCode || encode > kLastTranslatedCode) return;
+  g_pCodeTranslator = new (std::nothrow) CCodeTran(g_sDefaultDir.c_str(), encode);
+}
 
 // The user, field and granularity dictionaries, when the configuration
 // switches them on.
@@ -301,10 +308,7 @@ void DeleteSharedResources() {
   DeleteAndNull(g_pPersonFSA);
 }
 
-void DeleteCodeTranslator() {
-  // No translator is ever created yet (every encoding is served as GBK).
-  g_pCodeTranslator = nullptr;
-}
+void DeleteCodeTranslator() { DeleteAndNull(g_pCodeTranslator); }
 
 bool ZIVOR_Init(const char* sInitDirPath, int encode) {
   if (g_bActive) return true;

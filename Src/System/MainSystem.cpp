@@ -13,6 +13,7 @@
 #include "Segment/PreProcess.h"
 #include "Segment/Segment.h"
 #include "Tagger/HMMTagger.h"
+#include "Utility/CodeTran.h"
 #include "Utility/KeyWordFinder.h"
 #include "Utility/FSA.h"
 #include "Utility/Unigram.h"
@@ -141,20 +142,97 @@ const char* CMainSystem::Process(const char* sLineOrig, int bPOStagged, bool bUs
 }
 
 const char* CMainSystem::RunProcess(const char* sLine, int bPOStagged, bool bUserDict) {
+  if (m_pCodeTranslator != nullptr) return RunTranslatedProcess(sLine, bPOStagged, bUserDict);
   RunText(sLine, bPOStagged != 0, bUserDict, true);
   if (m_bLongText) return m_sOutput.c_str();
   return m_sResult != nullptr ? m_sResult : "";
 }
 
+const char* CMainSystem::RunTranslatedProcess(const char* sLine, int bPOStagged,
+                                              bool bUserDict) {
+  const char* text = ToAnalysisText(sLine, &m_sTransText);
+  m_vecSpans.clear();
+  m_bTrackSpans = true;
+  RunText(text, bPOStagged != 0, bUserDict, true);
+  m_bTrackSpans = false;
+  const char* result = m_bLongText ? m_sOutput.c_str() : m_sResult;
+  if (result == nullptr) return "";
+  return KeepResult(RestoreText(result, sLine != nullptr ? sLine : "").c_str());
+}
+
+const char* CMainSystem::ToAnalysisText(const char* sText, std::string* pGBK,
+                                        std::vector<int>* pOffsets) {
+  if (m_pCodeTranslator == nullptr) return sText;
+  std::vector<int>* offsets = pOffsets != nullptr ? pOffsets : &m_vecTransOffsets;
+  const size_t length = sText != nullptr ? strlen(sText) : 0;
+  if (!m_pCodeTranslator->ToGBK(sText, length, pGBK, offsets)) {
+    WriteLog("Text too long to convert: " + std::to_string(length) + " bytes", nullptr);
+  }
+  return pGBK->c_str();
+}
+
+TextLayout CMainSystem::CallerLayout() const {
+  return m_pCodeTranslator != nullptr ? m_pCodeTranslator->Layout() : TextLayout::kGbk;
+}
+
+std::string CMainSystem::RestoreText(const char* sResult, const char* sCaller) const {
+  const size_t resultLen = strlen(sResult);
+  const int analysed = static_cast<int>(m_sTransText.size());
+  std::string out;
+  out.reserve(resultLen + resultLen / 2);
+  size_t done = 0;
+  for (const TextSpan& span : m_vecSpans) {
+    const size_t at = static_cast<size_t>(span.textPos);
+    const size_t end = at + static_cast<size_t>(span.length);
+    if (at < done || end > resultLen) continue;
+    m_pCodeTranslator->FromGBK(sResult + done, at - done, &out);
+    const bool fromText = span.start >= 0 && span.length >= 0 &&
+                          span.start <= analysed - span.length &&
+                          memcmp(sResult + at, m_sTransText.data() + span.start,
+                                 static_cast<size_t>(span.length)) == 0;
+    if (fromText) {
+      const int from = m_vecTransOffsets[static_cast<size_t>(span.start)];
+      const int to = m_vecTransOffsets[static_cast<size_t>(span.start + span.length)];
+      out.append(sCaller + from, static_cast<size_t>(to - from));
+    } else {
+      m_pCodeTranslator->FromGBK(sResult + at, end - at, &out);
+    }
+    done = end;
+  }
+  m_pCodeTranslator->FromGBK(sResult + done, resultLen - done, &out);
+  return out;
+}
+
 // Without a translator the text is GBK already: sLineTrans stays untouched and
 // the records' offsets refer to the caller's text whatever bKeyWordExtract.
-int CMainSystem::ProcessA(const char* sLineOrig, std::string& /*sLineTrans*/,
-                          bool bPOStagged, bool bUserDict, bool /*bKeyWordExtract*/) {
+int CMainSystem::ProcessA(const char* sLineOrig, std::string& sLineTrans, bool bPOStagged,
+                          bool bUserDict, bool bKeyWordExtract) {
   Busy busy(this);
-  RunText(sLineOrig, bPOStagged, bUserDict, false);
+  return RunRecords(sLineOrig, &sLineTrans, bPOStagged, bUserDict, bKeyWordExtract);
+}
+
+int CMainSystem::RunRecords(const char* sLine, std::string* pGBK, bool bPOStagged,
+                            bool bUserDict, bool bKeyWordExtract) {
+  RunText(ToAnalysisText(sLine, pGBK), bPOStagged, bUserDict, false);
   int count = 0;
-  GetResult(&count);
+  result_t* records = GetResult(&count);
+  if (m_pCodeTranslator != nullptr && !bKeyWordExtract) MapRecordsToCaller(records, count);
   return count;
+}
+
+void CMainSystem::MapRecordsToCaller(result_t* pRecords, int nCount) const {
+  if (pRecords == nullptr || m_vecTransOffsets.empty()) return;
+  const int last = static_cast<int>(m_vecTransOffsets.size()) - 1;
+  const auto clamp = [last](long long value) {
+    return static_cast<int>(std::min<long long>(std::max<long long>(value, 0), last));
+  };
+  for (int i = 0; i < nCount; ++i) {
+    result_t& record = pRecords[i];
+    const int from = clamp(record.start);
+    const int to = clamp(static_cast<long long>(record.start) + std::max(record.length, 0));
+    record.start = m_vecTransOffsets[static_cast<size_t>(from)];
+    record.length = m_vecTransOffsets[static_cast<size_t>(to)] - record.start;
+  }
 }
 
 int CMainSystem::ProcessAtomEx(const char* sLine, bool bPOStagged, bool bUserDict,
@@ -189,18 +267,36 @@ int CMainSystem::RunLongText(const char* sLine, int nLen, bool bPOStagged, bool 
     char separator = '\0';
     char* line = StrLine(cursor, &next, &separator);
     if (line == nullptr) break;
+    const size_t firstSpan = m_vecSpans.size();
     ProcessAtom(line, bPOStagged, bUserDict);
     if (next != nullptr) *next = separator;
     if (!bStrOut) {
       AppendLineRecords(static_cast<int>(line - base));
     } else if (m_sResult != nullptr) {
-      m_sOutput += m_sResult;
+      const size_t kept = strlen(m_sResult);
+      MoveLineSpans(firstSpan, static_cast<int>(line - base), m_sOutput.size(), kept);
+      m_sOutput.append(m_sResult, kept);
     }
     if (next == nullptr) break;
     SetOutput(base, static_cast<int>(next - base), 1, -1, 1, true);
     cursor = next + 1;
   }
   return m_nVecResultLen;
+}
+
+void CMainSystem::MoveLineSpans(size_t first, int nLineOffset, size_t nOutputPos,
+                                size_t nLineResultLen) {
+  size_t kept = first;
+  for (size_t i = first; i < m_vecSpans.size(); ++i) {
+    TextSpan span = m_vecSpans[i];
+    if (static_cast<size_t>(span.textPos) + static_cast<size_t>(span.length) > nLineResultLen) {
+      continue;
+    }
+    span.start += nLineOffset;
+    span.textPos += static_cast<int>(nOutputPos);
+    m_vecSpans[kept++] = span;
+  }
+  m_vecSpans.resize(kept);
 }
 
 void CMainSystem::AppendLineRecords(int nLineOffset) {

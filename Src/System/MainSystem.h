@@ -21,6 +21,7 @@
 #include <string>
 #include <vector>
 
+#include "Utility/CharScan.h"
 #include "Utility/Global.h"
 
 class CBigram;
@@ -55,9 +56,13 @@ class CMainSystem {
   CMainSystem& operator=(const CMainSystem&) = delete;
 
   // Analyses a text and returns the result text (owned by the instance).
+  // With a code translator the text is in the caller's encoding, and so is
+  // the result: every word in it is the caller's own bytes.
   const char* Process(const char* sLineOrig, int bPOStagged, bool bUserDict);
   // Analyses a text into records and returns their number; GetResult gives
-  // them. sLineTrans receives the GBK form of the text.
+  // them. sLineTrans receives the GBK form of the text when there is a code
+  // translator; the records' offsets then refer to the caller's text, or,
+  // with bKeyWordExtract, to sLineTrans.
   int ProcessA(const char* sLineOrig, std::string& sLineTrans, bool bPOStagged,
                bool bUserDict, bool bKeyWordExtract);
   // Analyses a GBK text, line by line when it is longer than 100 bytes.
@@ -205,6 +210,8 @@ class CMainSystem {
   int ScanFile(CKeyWordFinder* pFinder, FILE* fp, bool bStopAtCap);
   // Copies a finished result string into the result buffer and returns it.
   const char* KeepResult(const char* sText);
+  // The same for a GBK string of words, converted to the caller's encoding.
+  const char* KeepWordList(const char* sGBK);
   // The merged, ranked new words of one text or file, or its keywords.
   enum class Ranking { kKeyWords, kNewWords };
   const char* RankText(const char* sText, Ranking ranking, int nMaxKeyLimit, bool bWeightOut);
@@ -214,6 +221,18 @@ class CMainSystem {
 
   // Everything between taking the busy flag and releasing it.
   const char* RunProcess(const char* sLine, int bPOStagged, bool bUserDict);
+  int RunRecords(const char* sLine, std::string* pGBK, bool bPOStagged, bool bUserDict,
+                 bool bKeyWordExtract);
+  // Process with a code translator: the result text is rebuilt around the
+  // caller's bytes of every word.
+  const char* RunTranslatedProcess(const char* sLine, int bPOStagged, bool bUserDict);
+  // The text the analysis reads: sText itself without a translator, else its
+  // GBK form in *pGBK (the character offsets in m_vecTransOffsets when
+  // pOffsets is null). An empty text when it cannot be converted.
+  const char* ToAnalysisText(const char* sText, std::string* pGBK,
+                             std::vector<int>* pOffsets = nullptr);
+  // The byte layout of the texts and files callers give.
+  TextLayout CallerLayout() const;
   int RunText(const char* sLine, bool bPOStagged, bool bUserDict, bool bStrOut);
   int RunLongText(const char* sLine, int nLen, bool bPOStagged, bool bUserDict,
                   bool bStrOut);
@@ -251,7 +270,11 @@ class CMainSystem {
                              int nWordCount, int i, CPDAT* pDict, int* pHandle);
   // Reads like fgets (up to nCapacity - 1 bytes, through the first line
   // feed) but returns the number of bytes read, so NUL bytes are seen.
-  static int ReadFilePiece(FILE* fp, char* buffer, int nCapacity);
+  // A character of the layout is never cut: its last bytes may run up to
+  // kMaxCharBytes - 1 past nCapacity - 1, so the buffer holds nCapacity +
+  // kMaxCharBytes - 1 bytes.
+  static int ReadFilePiece(FILE* fp, char* buffer, int nCapacity, TextLayout layout);
+  static constexpr int kMaxCharBytes = 4;
   // Calls visit on each non-empty NUL-terminated part of a piece of nLen
   // bytes until it returns false; false when it did.
   static bool ForEachPart(const char* pPiece, int nLen,
@@ -260,7 +283,36 @@ class CMainSystem {
   double ProcessPiece(const char* pPiece, int nLen, int bPOStagged,
                       std::string* pResult);
 
+  // Where each word of the result text came from: `length` bytes at
+  // `start` in the analysed GBK text, written at `textPos` of the result
+  // text. Kept only while a translated Process runs.
+  struct TextSpan {
+    int start;
+    int length;
+    int textPos;
+  };
+  void NoteSpan(int nStart, int nLength, size_t nTextPos) {
+    if (m_bTrackSpans) m_vecSpans.push_back({nStart, nLength, static_cast<int>(nTextPos)});
+  }
+  // Spans noted since `first` were written to the line result; they move to
+  // the whole text's result, where the line starts at nLineOffset of the
+  // text and its result at nOutputPos; spans past nLineResultLen (the part
+  // of the line result that was kept) are dropped.
+  void MoveLineSpans(size_t first, int nLineOffset, size_t nOutputPos, size_t nLineResultLen);
+  // The GBK result text with every span's word replaced by the caller's
+  // bytes and everything else converted to the caller's encoding.
+  std::string RestoreText(const char* sResult, const char* sCaller) const;
+  // Record offsets from the GBK text to the caller's text.
+  void MapRecordsToCaller(result_t* pRecords, int nCount) const;
+
   pthread_cond_t m_idle;  // signalled when m_bProcessing is cleared
+
+  // The GBK form of the caller's text and, for each of its bytes, the offset
+  // of its character in the caller's text (code translation only).
+  std::string m_sTransText;
+  std::vector<int> m_vecTransOffsets;
+  std::vector<TextSpan> m_vecSpans;
+  bool m_bTrackSpans = false;
 };
 
 #endif  // ZIVOR_SYSTEM_MAINSYSTEM_H_

@@ -46,10 +46,11 @@ double CMainSystem::FileProcess(const char* sSrcFilename, const char* sDsnFilena
   // The whole file is one call: no other call on the instance can replace a
   // piece's result before it is written.
   Busy busy(this);
-  char piece[kFilePieceBytes];
+  char piece[kFilePieceBytes + kMaxCharBytes - 1];
+  const TextLayout layout = CallerLayout();
   std::string result;
   double ticks = 0;
-  for (int length; (length = ReadFilePiece(source.get(), piece, kFilePieceBytes)) > 0;) {
+  for (int length; (length = ReadFilePiece(source.get(), piece, kFilePieceBytes, layout)) > 0;) {
     ticks += ProcessPiece(piece, length, bPOStagged, &result);
     fprintf(dest.get(), "%s\n", result.c_str());
   }
@@ -73,13 +74,20 @@ double CMainSystem::ProcessPiece(const char* pPiece, int nLen, int bPOStagged,
   return ticks;
 }
 
-int CMainSystem::ReadFilePiece(FILE* fp, char* buffer, int nCapacity) {
+int CMainSystem::ReadFilePiece(FILE* fp, char* buffer, int nCapacity, TextLayout layout) {
   int length = 0;
-  while (length < nCapacity - 1) {
+  int pending = 0;  // bytes still due to complete the character being read
+  for (;;) {
+    if (length >= nCapacity - 1 && (pending == 0 || length >= nCapacity + kMaxCharBytes - 2)) {
+      break;
+    }
     const int c = getc(fp);
     if (c == EOF) break;
     buffer[length++] = static_cast<char>(c);
     if (c == '\n') break;
+    const auto byte = static_cast<unsigned char>(c);
+    pending = pending > 0 && IsTrailByte(layout, byte) ? pending - 1
+                                                       : CharLengthFromLead(layout, byte) - 1;
   }
   buffer[length] = '\0';
   return length;
@@ -101,7 +109,11 @@ bool CMainSystem::FileProcessEx(const char* /*sSrcFilename*/, const char* /*sDsn
 }
 
 bool CMainSystem::IsWord(const char* sWord) {
-  return sWord != nullptr && m_pCoreDict != nullptr && m_pCoreDict->Find(sWord) != -1;
+  if (sWord == nullptr || m_pCoreDict == nullptr) return false;
+  // Queries run outside the busy flag: the conversion uses buffers of its own.
+  std::string gbk;
+  std::vector<int> offsets;
+  return m_pCoreDict->Find(ToAnalysisText(sWord, &gbk, &offsets)) != -1;
 }
 
 double CMainSystem::GetUniProb(int nHandle) {
@@ -113,8 +125,10 @@ double CMainSystem::GetUniProb(int nHandle) {
 }
 
 double CMainSystem::GetUniProb(const char* sWord) {
-  const int handle = sWord != nullptr && m_pCoreDict != nullptr ? m_pCoreDict->Find(sWord) : -1;
-  return GetUniProb(handle);
+  if (sWord == nullptr || m_pCoreDict == nullptr) return GetUniProb(-1);
+  std::string gbk;
+  std::vector<int> offsets;
+  return GetUniProb(m_pCoreDict->Find(ToAnalysisText(sWord, &gbk, &offsets)));
 }
 
 bool CMainSystem::IsFreqAssociate(const char* sPrevWord, const char* sNextWord) {

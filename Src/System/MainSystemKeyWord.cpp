@@ -11,6 +11,7 @@
 #include "Segment/PreProcess.h"
 #include "System/MainSystem.h"
 #include "Utility/BinaryIO.h"
+#include "Utility/CodeTran.h"
 #include "Utility/KeyWordFinder.h"
 
 namespace {
@@ -29,17 +30,20 @@ void CMainSystem::SetUserDict(CTrie* pUserDict) {
 }
 
 int CMainSystem::ScanText(CKeyWordFinder* pFinder, const char* sText) {
-  RunText(sText, true, false, false);
+  // The records keep their offsets in the GBK text, which the finder reads.
+  const char* text = ToAnalysisText(sText, &m_sTransText);
+  RunText(text, true, false, false);
   int count = 0;
   const result_t* records = GetResult(&count);
-  return pFinder->Scan(sText, count, records);
+  return pFinder->Scan(text, count, records);
 }
 
 // Lines longer than the buffer are scanned in pieces; the parts of a line
 // between NUL bytes are scanned one after the other.
 int CMainSystem::ScanFile(CKeyWordFinder* pFinder, FILE* fp, bool bStopAtCap) {
-  char piece[kLineBufferBytes];
-  for (int length; (length = ReadFilePiece(fp, piece, kLineBufferBytes)) > 0;) {
+  char piece[kLineBufferBytes + kMaxCharBytes - 1];
+  const TextLayout layout = CallerLayout();
+  for (int length; (length = ReadFilePiece(fp, piece, kLineBufferBytes, layout)) > 0;) {
     const bool more = ForEachPart(piece, length, [&](const char* part) {
       return ScanText(pFinder, part) >= 0 || !bStopAtCap;
     });
@@ -58,13 +62,20 @@ const char* CMainSystem::KeepResult(const char* sText) {
   return m_sResult;
 }
 
+const char* CMainSystem::KeepWordList(const char* sGBK) {
+  if (m_pCodeTranslator == nullptr) return KeepResult(sGBK);
+  std::string converted;
+  m_pCodeTranslator->FromGBK(sGBK, strlen(sGBK), &converted);
+  return KeepResult(converted.c_str());
+}
+
 const char* CMainSystem::Rank(CKeyWordFinder* pFinder, Ranking ranking, int nMaxKeyLimit,
                               bool bWeightOut) {
   pFinder->GenerateNewWordList();
   const char* ranked = ranking == Ranking::kKeyWords
                            ? pFinder->GetKeyWordList(bWeightOut, nMaxKeyLimit)
                            : pFinder->GetNewWordList(bWeightOut, nMaxKeyLimit);
-  return KeepResult(ranked);
+  return KeepWordList(ranked);
 }
 
 const char* CMainSystem::RankText(const char* sText, Ranking ranking, int nMaxKeyLimit,
@@ -137,7 +148,7 @@ bool CMainSystem::NWI_Complete() {
 
 const char* CMainSystem::NWI_GetResult(bool bWeightOut) {
   Busy busy(this);
-  return KeepResult(m_pKeyWordFinder->GetNewWordList(bWeightOut, -1));
+  return KeepWordList(m_pKeyWordFinder->GetNewWordList(bWeightOut, -1));
 }
 
 std::vector<std::string> CMainSystem::NWI_GetResultWords() {

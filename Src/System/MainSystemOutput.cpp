@@ -116,6 +116,7 @@ int CMainSystem::OutputWord(const char* pLine, word_t* pWords, int nWordCount, i
   if (!token.userWord) MergePatterns(pLine, pWords, nWordCount, i, bTagged, &token);
 
   const int length = pWords[i + token.step].start - word.start;
+  NoteSpan(nStartLen + word.start, length, static_cast<size_t>(m_nResultLen));
   AppendResultText(pLine + word.start, length);
   record->start = nStartLen + word.start;
   record->length = length > 0 ? length : 0;
@@ -247,6 +248,7 @@ int CMainSystem::SetOutput(const char* pLine, int nStartLen, int nWordLen, int /
                            int /*nOutputStyle*/, bool bOut) {
   const char* word = pLine + nStartLen;
   if (bOut) {
+    NoteSpan(nStartLen, nWordLen, m_sOutput.size());
     m_sOutput.append(word, strnlen(word, static_cast<size_t>(nWordLen)));
     m_sOutput += g_sWordBoundary;
     result_t* record = AppendRecord(&m_pVecOut, &m_nVecOutLen, &m_nVecOutMemSize);
@@ -256,6 +258,7 @@ int CMainSystem::SetOutput(const char* pLine, int nStartLen, int nWordLen, int /
     }
     return m_nVecOutLen;
   }
+  NoteSpan(nStartLen, nWordLen, static_cast<size_t>(m_nResultLen));
   AppendResultText(word, nWordLen);
   AppendWordBoundary();
   TerminateResult();

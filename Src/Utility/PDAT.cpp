@@ -7,6 +7,7 @@
 #include <cstring>
 #include <ctime>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "Utility/BinaryIO.h"
@@ -230,14 +231,19 @@ int CPDAT::Find(const char* word, unsigned int len) const {
 
 template <typename OnWord>
 void CPDAT::WalkPrefixes(const char* s, OnWord&& onWord) const {
+  WalkPrefixes(s, INT32_MAX, std::forward<OnWord>(onWord));
+}
+
+template <typename OnWord>
+void CPDAT::WalkPrefixes(const char* s, int limit, OnWord&& onWord) const {
   int current = kRoot;
   // The string's end is found on the way rather than measured first: the
   // byte after a character tells whether it is the last one.
-  for (int pos = 0; s[pos] != '\0';) {
-    const unsigned char next = static_cast<unsigned char>(s[pos + 1]);
+  for (int pos = 0; pos < limit && s[pos] != '\0';) {
+    const bool last = pos + 1 >= limit || s[pos + 1] == '\0';
+    const unsigned char next = last ? 0 : static_cast<unsigned char>(s[pos + 1]);
     int charLen = 0;
-    const int code =
-        CharCode(static_cast<unsigned char>(s[pos]), next, next == '\0', &charLen);
+    const int code = CharCode(static_cast<unsigned char>(s[pos]), next, last, &charLen);
     current = Next(current, CharIndex(code));
     if (current < 0) return;
     pos += charLen;
@@ -247,10 +253,14 @@ void CPDAT::WalkPrefixes(const char* s, OnWord&& onWord) const {
 }
 
 int CPDAT::GetMaxWord(const char* s, int* handle) const {
+  return GetMaxWord(s, INT32_MAX, handle);
+}
+
+int CPDAT::GetMaxWord(const char* s, int len, int* handle) const {
   if (handle != nullptr) *handle = -1;
   if (s == nullptr) return 0;
   int best = 0;
-  WalkPrefixes(s, [&](int word, int bytes) {
+  WalkPrefixes(s, len, [&](int word, int bytes) {
     best = bytes;
     if (handle != nullptr) *handle = m_pData[word].handle;
     return true;

@@ -55,6 +55,8 @@ class CPDAT {
   // Length in bytes of the longest word that is a prefix of the NUL-terminated
   // s (0 when none); its handle goes to *handle (-1 when none; may be null).
   virtual int GetMaxWord(const char* s, int* handle) const;
+  // The same within the first len bytes of s (or up to a NUL before them).
+  int GetMaxWord(const char* s, int len, int* handle) const;
 
   // Handle of the NUL-terminated word, or -1.
   virtual int Find(const char* word) const;
@@ -144,6 +146,9 @@ class CPDAT {
   // transition, or when onWord returns false.
   template <typename OnWord>
   void WalkPrefixes(const char* s, OnWord&& onWord) const;
+  // The same over at most `limit` bytes of s.
+  template <typename OnWord>
+  void WalkPrefixes(const char* s, int limit, OnWord&& onWord) const;
   // State reached from `from` (kRoot or a state) on the character index, or
   // -1 when the transition does not exist or leaves the array.
   int Next(int from, int index) const;
