@@ -5,6 +5,8 @@
 #include <memory>
 #include <system_error>
 
+#include "GbkDictCopy.h"
+#include "Options.h"
 #include "Utility/BinaryIO.h"
 #include "Utility/global_linux.h"
 #include "Utility/trie.h"
@@ -35,8 +37,8 @@ DataStage::~DataStage() {
 }
 
 bool DataStage::Build(const std::string& base_dir, const std::string& user_dict,
-                      std::string* error) {
-  const fs::path source = fs::absolute(fs::path(base_dir.empty() ? "." : base_dir) / "Data");
+                      const Encoding& encoding, std::string* error) {
+  const fs::path source = fs::absolute(DataDir(base_dir));
   std::string pattern = (fs::temp_directory_path() / "zivor-XXXXXX").string();
   if (mkdtemp(pattern.data()) == nullptr) {
     *error = "cannot create a temporary directory";
@@ -59,8 +61,10 @@ bool DataStage::Build(const std::string& base_dir, const std::string& user_dict,
     *error = "cannot read " + (source / "Configure.xml").string();
     return false;
   }
+  GbkDictCopy gbk;
+  if (!gbk.Make(user_dict, encoding, source.string(), error)) return false;
   CTrie trie;
-  if (trie.Import(user_dict.c_str(), nullptr) == 0) {
+  if (trie.Import(gbk.path().c_str(), nullptr) == 0) {
     *error = "no word in user dictionary " + user_dict;
     return false;
   }

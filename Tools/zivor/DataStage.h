@@ -12,6 +12,8 @@
 
 #include <string>
 
+#include "Encoding.h"
+
 class DataStage {
  public:
   DataStage() = default;
@@ -20,8 +22,10 @@ class DataStage {
   DataStage& operator=(const DataStage&) = delete;
 
   // Stages `base_dir`/Data with the user dictionary text `user_dict` ("WORD
-  // [TAG]" lines, GBK). False, with a message in *error, on failure.
-  bool Build(const std::string& base_dir, const std::string& user_dict, std::string* error);
+  // [TAG]" lines in `encoding`). False, with a message in *error, on
+  // failure.
+  bool Build(const std::string& base_dir, const std::string& user_dict, const Encoding& encoding,
+             std::string* error);
 
   // The directory to hand to ZIVOR_Init (it contains Data).
   const std::string& dir() const { return dir_; }

@@ -15,17 +15,18 @@ void PrintForFile(const std::string& result, const std::string& path) {
 
 }  // namespace
 
-int RunKeyWords(const Options& options) {
+int RunKeyWords(const Options& options, InputReader* input) {
   const int limit = options.keyword_limit;
   if (options.files.empty()) {
     std::string line;
-    while (ReadLine(std::cin, &line)) {
+    while (input->ReadLine(std::cin, &line)) {
       printf("%s\n", TrimList(ZIVOR_GetKeyWords(line.c_str(), limit, options.weights)).c_str());
     }
     return 0;
   }
   int status = 0;
   for (const std::string& file : options.files) {
+    input->CheckFile(file);
     const char* list = ZIVOR_GetFileKeyWords(file.c_str(), limit, options.weights);
     if (list == nullptr) {
       ReportUnreadable(file);
@@ -37,15 +38,15 @@ int RunKeyWords(const Options& options) {
   return status;
 }
 
-int RunFingerprints(const Options& options) {
+int RunFingerprints(const Options& options, InputReader* input) {
   std::string text;
   if (options.files.empty()) {
-    while (ReadLine(std::cin, &text)) printf("%lu\n", ZIVOR_FingerPrint(text.c_str()));
+    while (input->ReadLine(std::cin, &text)) printf("%lu\n", ZIVOR_FingerPrint(text.c_str()));
     return 0;
   }
   int status = 0;
   for (const std::string& file : options.files) {
-    if (!ReadWholeFile(file, &text)) {
+    if (!input->ReadWholeFile(file, &text)) {
       ReportUnreadable(file);
       status = 1;
     } else {

@@ -46,11 +46,11 @@ void ReportFull(const std::string& input) {
           input.c_str());
 }
 
-int AddLines(std::istream& in) {
+int AddLines(std::istream& in, InputReader* input) {
   Progress progress("lines");
   std::string line;
   unsigned long number = 0;
-  while (ReadLine(in, &line)) {
+  while (input->ReadLine(in, &line)) {
     ++number;
     // The library reports 1 for a text even when the collection is full (and
     // 0 for an empty one), so only files can tell that they were left out.
@@ -61,10 +61,11 @@ int AddLines(std::istream& in) {
   return 0;
 }
 
-int AddFiles(const Options& options) {
+int AddFiles(const Options& options, InputReader* input) {
   Progress progress("inputs");
   int status = 0;
   for (const std::string& file : options.files) {
+    input->CheckFile(file);
     const int added = ZIVOR_NWI_AddFile(file.c_str());
     if (added == 0) {
       ReportUnreadable(file);
@@ -84,9 +85,10 @@ int AddFiles(const Options& options) {
 
 }  // namespace
 
-int RunNewWords(const Options& options) {
+int RunNewWords(const Options& options, InputReader* input) {
   ZIVOR_NWI_Start();
-  const int status = options.files.empty() ? AddLines(std::cin) : AddFiles(options);
+  const int status =
+      options.files.empty() ? AddLines(std::cin, input) : AddFiles(options, input);
   ZIVOR_NWI_Complete();
   printf("%s\n", TrimList(ZIVOR_NWI_GetResult(options.weights)).c_str());
   fflush(stdout);

@@ -7,10 +7,11 @@
 #ifndef ZIVOR_TOOLS_ZIVOR_NEWWORDJOB_H_
 #define ZIVOR_TOOLS_ZIVOR_NEWWORDJOB_H_
 
+#include "Input.h"
 #include "Options.h"
 
 // Returns the exit status: 1 when a file could not be opened or the
 // collection filled up before every input was added, else 0.
-int RunNewWords(const Options& options);
+int RunNewWords(const Options& options, InputReader* input);
 
 #endif  // ZIVOR_TOOLS_ZIVOR_NEWWORDJOB_H_

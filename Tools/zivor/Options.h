@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "Encoding.h"
+
 // The work done on the inputs; analysis unless an option chooses another.
 enum class Job { kAnalyse, kKeyWords, kNewWords, kFingerprint };
 
@@ -17,6 +19,7 @@ struct UserDictAction {
 
 struct Options {
   std::string dir;
+  Encoding encoding = kUtf8Encoding;  // of the inputs, the outputs and the user dictionaries
   bool tags = true;
   int map = 0;
   bool records = false;
@@ -28,5 +31,10 @@ struct Options {
   std::vector<UserDictAction> dict_actions;
   std::vector<std::string> files;
 };
+
+// The data directory under `dir` (-d): DIR/Data, or ./Data when it is empty.
+inline std::string DataDir(const std::string& dir) {
+  return (dir.empty() ? std::string(".") : dir) + "/Data";
+}
 
 #endif  // ZIVOR_TOOLS_ZIVOR_OPTIONS_H_

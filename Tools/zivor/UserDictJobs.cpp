@@ -4,11 +4,19 @@
 #include <string>
 
 #include "API/ZIVOR.h"
+#include "GbkDictCopy.h"
 
 namespace {
 
-bool Import(const std::string& file) {
-  const unsigned int count = ZIVOR_ImportUserDict(file.c_str());
+// The library reads the file as GBK: it gets a GBK copy.
+bool Import(const std::string& file, const Options& options) {
+  GbkDictCopy gbk;
+  std::string error;
+  if (!gbk.Make(file, options.encoding, DataDir(options.dir), &error)) {
+    fprintf(stderr, "zivor: %s\n", error.c_str());
+    return false;
+  }
+  const unsigned int count = ZIVOR_ImportUserDict(gbk.path().c_str());
   if (count == 0) {
     fprintf(stderr, "zivor: cannot import the user dictionary %s\n",
             file.c_str());
@@ -50,7 +58,7 @@ bool RunUserDictActions(const Options& options) {
   for (const UserDictAction& action : options.dict_actions) {
     switch (action.kind) {
       case UserDictAction::kImport:
-        if (!Import(action.argument)) return false;
+        if (!Import(action.argument, options)) return false;
         break;
       case UserDictAction::kAdd:
         Add(action.argument);

@@ -1,7 +1,6 @@
 // zivor: analyses text files or standard input line by line and prints each
 // line's words, with their tags, or the result records; or lists keywords,
 // new words or fingerprints of the inputs; and maintains the user dictionary.
-#include <strings.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -40,13 +39,18 @@ void PrintUsage(FILE* out) {
           "Analyses each line of the files (standard input when none is given)\n"
           "and prints one result line per input line.\n\n"
           "  -d DIR            directory that holds Data (default: %s)\n"
-          "  -e ENCODING       encoding of the input and output; only gbk for now\n"
+          "  -e ENCODING       encoding of the inputs, the results and the user\n"
+          "                    dictionaries: utf8 (the default; also utf-8), gbk, big5,\n"
+          "                    or gbkc (GBK written with traditional characters); the\n"
+          "                    words printed are the input's own bytes. Input that does\n"
+          "                    not look like it is analysed all the same, with one\n"
+          "                    warning on standard error\n"
           "  --no-tags         words only, without part-of-speech tags\n"
           "  --map N           tag names: 0 configured set, 1 its first level,\n"
           "                    2 PKU, 3 PKU first level\n"
           "  --records         one record per word: start, length, tag, word_ID,\n"
           "                    word_type, weight (tab-separated; offsets in bytes\n"
-          "                    within the line); an empty line ends each input line\n"
+          "                    within the input line); an empty line ends each line\n"
           "  --user-dict FILE  also use the user dictionary FILE (\"WORD [TAG]\" lines)\n"
           "                    through a private copy of Data; the data is left as it is\n"
           "  -h, --help        this text\n\n"
@@ -63,7 +67,7 @@ void PrintUsage(FILE* out) {
           "User dictionary of -d DIR, changed in command-line order before the inputs\n"
           "are read (when standard input is a terminal and no FILE is given, nothing\n"
           "is read; with --user-dict they change its private copy); each result is\n"
-          "reported on standard error:\n"
+          "reported on standard error. Words and files are in the encoding of -e:\n"
           "  --import-user-dict FILE   replace it by the \"WORD [TAG]\" lines of FILE\n"
           "                            and save it as Data/UserDict.pdat\n"
           "  --add-user-word \"WORD [TAG]\"  add a word (tag n when none); repeatable\n"
@@ -109,11 +113,9 @@ int ParseAnalysisOption(const std::string& arg, const ValueReader& value, Option
   if (arg == "-d") {
     if (!value(&options->dir)) return UsageError("-d needs a directory");
   } else if (arg == "-e") {
-    if (!value(&text)) return UsageError("-e needs an encoding");
-    if (strcasecmp(text.c_str(), "gbk") != 0) {
-      fprintf(stderr, "zivor: encoding '%s' is not supported; only gbk is\n", text.c_str());
-      return kUsageError;
-    }
+    const Encoding* encoding = value(&text) ? FindEncoding(text) : nullptr;
+    if (encoding == nullptr) return UsageError(std::string("-e needs ") + kEncodingNames);
+    options->encoding = *encoding;
   } else if (arg == "--no-tags") {
     options->tags = false;
   } else if (arg == "--map") {
@@ -212,9 +214,9 @@ void PrintRecords(const std::string& line) {
 }
 
 // Analyses every line of `in`.
-void ProcessStream(std::istream& in, const Options& options) {
+void ProcessStream(std::istream& in, const Options& options, InputReader* input) {
   std::string line;
-  while (ReadLine(in, &line)) {
+  while (input->ReadLine(in, &line)) {
     if (options.records) {
       PrintRecords(line);
     } else {
@@ -233,14 +235,14 @@ bool Initialise(const Options& options, DataStage* stage) {
   std::string dir = options.dir;
   if (!options.user_dict.empty()) {
     std::string error;
-    if (!stage->Build(dir, options.user_dict, &error)) {
+    if (!stage->Build(dir, options.user_dict, options.encoding, &error)) {
       fprintf(stderr, "zivor: %s\n", error.c_str());
       return false;
     }
     dir = stage->dir();
   }
-  if (ZIVOR_Init(dir.c_str(), 0)) return true;
-  const std::string data = (options.dir.empty() ? CurrentDirectory() : options.dir) + "/Data";
+  if (ZIVOR_Init(dir.c_str(), options.encoding.code)) return true;
+  const std::string data = DataDir(options.dir.empty() ? CurrentDirectory() : options.dir);
   fprintf(stderr, "zivor: cannot initialise from %s; see %s/%s\n", data.c_str(),
           CurrentDirectory().c_str(), LogFileName(nullptr).c_str());
   return false;
@@ -248,9 +250,9 @@ bool Initialise(const Options& options, DataStage* stage) {
 
 // Analyses the files, or standard input when none is given. Returns the exit
 // status.
-int Analyse(const Options& options) {
+int Analyse(const Options& options, InputReader* input) {
   if (options.files.empty()) {
-    ProcessStream(std::cin, options);
+    ProcessStream(std::cin, options, input);
     return 0;
   }
   int result = 0;
@@ -261,23 +263,24 @@ int Analyse(const Options& options) {
       result = 1;
       continue;
     }
-    ProcessStream(in, options);
+    ProcessStream(in, options, input);
   }
   return result;
 }
 
 int RunJob(const Options& options) {
+  InputReader input(options.encoding);
   switch (options.job) {
     case Job::kKeyWords:
-      return RunKeyWords(options);
+      return RunKeyWords(options, &input);
     case Job::kNewWords:
-      return RunNewWords(options);
+      return RunNewWords(options, &input);
     case Job::kFingerprint:
-      return RunFingerprints(options);
+      return RunFingerprints(options, &input);
     case Job::kAnalyse:
       break;
   }
-  return Analyse(options);
+  return Analyse(options, &input);
 }
 
 // Whether only the user dictionary is to be changed: dictionary options were
