@@ -52,11 +52,11 @@ std::string PersonOff(std::string config) {
 
 }  // namespace
 
-Analyzer::Analyzer(const std::string& dir, bool person) {
+Analyzer::Analyzer(const std::string& dir, bool person, int encoding) {
   if (!person && !MakePersonOffCopy(dir)) return;
   const std::string root = person ? dir : temp_dir_;
   if (!LoadCoarseMap(root + "/Data")) return;
-  initialised_ = ZIVOR_Init(root.c_str(), 0);
+  initialised_ = ZIVOR_Init(root.c_str(), encoding);
   if (!initialised_) {
     error_ = "ZIVOR_Init failed on " + root + " (the reason is in the day's log)";
     return;

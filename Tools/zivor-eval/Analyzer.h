@@ -9,7 +9,8 @@
 
 namespace eval {
 
-// A word of the analysis: bytes [start, end) of the paragraph.
+// A word of the analysis: bytes [start, end) of the paragraph (in the
+// caller's encoding, as the library gives them).
 struct SystemWord {
   int start = 0;
   int end = 0;
@@ -20,9 +21,10 @@ struct SystemWord {
 // The library, initialised for the object's lifetime (one at a time).
 class Analyzer {
  public:
-  // `dir` holds Data. With `person` false, the analysis runs on a temporary
-  // copy of Data whose Configure.xml turns person recognition off.
-  Analyzer(const std::string& dir, bool person);
+  // `dir` holds Data; `encoding` is the code ZIVOR_Init takes for the text.
+  // With `person` false, the analysis runs on a temporary copy of Data whose
+  // Configure.xml turns person recognition off.
+  Analyzer(const std::string& dir, bool person, int encoding);
   ~Analyzer();
   Analyzer(const Analyzer&) = delete;
   Analyzer& operator=(const Analyzer&) = delete;

@@ -9,9 +9,12 @@
 #include <unordered_set>
 #include <vector>
 
-#include "TagRefiner.h"
+#include "../zivor/Encoding.h"
 #include "Corpus.h"
+#include "TagRefiner.h"
 #include "Utility/POSmap.h"
+
+class CCodeTran;
 
 namespace eval {
 
@@ -41,21 +44,31 @@ struct GoldWord {
 
 // Refined tags of corpus tokens, as the training data builder refines them
 // (TagRefiner of Tools/corpus/TagRefiner.h), named by the data's primary
-// tag map.
+// tag map. The refiner knows GBK words: words in another encoding are
+// converted with the library's tables first.
 class GoldTags {
  public:
-  // False when the tag map cannot be read.
-  bool Load(const std::string& map_path);
-  // The level-0 tag name of `word` (GBK) tagged `tag` in the corpus.
+  GoldTags();
+  ~GoldTags();
+  GoldTags(const GoldTags&) = delete;
+  GoldTags& operator=(const GoldTags&) = delete;
+
+  // Loads Data/ZIVOR.map of `data_dir` and, for words in `encoding` other
+  // than GBK, its conversion tables. False when the tag map cannot be read.
+  bool Load(const std::string& data_dir, const Encoding& encoding);
+  // The level-0 tag name of `word` tagged `tag` in the corpus.
   std::string Refine(const std::string& word, const std::string& tag) const;
 
  private:
+  std::string ToGbk(const std::string& word) const;
+
   CPOSmap map_;
   std::unique_ptr<TagRefiner> refiner_;
+  std::unique_ptr<CCodeTran> to_gbk_;  // null for GBK words
 };
 
 struct GoldParagraph {
-  std::string text;  // the words joined, GBK
+  std::string text;  // the words joined, in the gold file's encoding
   std::vector<GoldWord> words;
   bool tagged = false;  // the words carry tags (and so names)
 };
@@ -63,29 +76,39 @@ struct GoldParagraph {
 // The tokens with every Chinese name pair, a surname token and a given-name
 // token both tagged nr, merged into one nr token ("江/nr 泽民/nr" becomes
 // "江泽民/nr"): as the training data builder reads names, two adjacent nr
-// tokens of one or two characters each are a pair.
-std::vector<CorpusToken> MergeNameParts(const std::vector<CorpusToken>& tokens);
+// tokens of one or two characters each (in `layout`) are a pair.
+std::vector<CorpusToken> MergeNameParts(const std::vector<CorpusToken>& tokens,
+                                        TextLayout layout);
 
 // The paragraph's words (names merged) as a gold paragraph.
-GoldParagraph GoldFromCorpus(const CorpusParagraph& paragraph, const GoldTags& tags);
+GoldParagraph GoldFromCorpus(const CorpusParagraph& paragraph, const GoldTags& tags,
+                             TextLayout layout);
 
-// Reads the paragraphs of an annotated corpus file, only those of `days`
-// unless it is empty. False when the file cannot be read.
+// Reads the paragraphs of an annotated corpus file in `layout`, only those of
+// `days` unless it is empty. False when the file cannot be read.
 bool ReadCorpusGold(const std::string& path, const DaySet& days, const GoldTags& tags,
-                    std::vector<GoldParagraph>* gold);
+                    TextLayout layout, std::vector<GoldParagraph>* gold);
 
-// Reads plain segmented text: one paragraph a line, words separated by ASCII
-// blanks or tabs. False when the file cannot be read.
-bool ReadSegmentedGold(const std::string& path, std::vector<GoldParagraph>* gold);
+// Reads plain segmented text in `layout`: one paragraph a line, words
+// separated by ASCII blanks, tabs or ideographic spaces. False when the file
+// cannot be read.
+bool ReadSegmentedGold(const std::string& path, TextLayout layout,
+                       std::vector<GoldParagraph>* gold);
 
 using Vocabulary = std::unordered_set<std::string>;
 
-// One word a line (GBK; surrounding blanks and CR ignored).
+// One word a line (surrounding blanks and CR ignored).
 bool ReadVocabularyFile(const std::string& path, Vocabulary* vocabulary);
 
-// The words (names merged) of an annotated corpus, leaving out the
-// paragraphs of the days in `exclude`.
-bool CollectVocabulary(const std::string& corpus, const DaySet& exclude, Vocabulary* vocabulary);
+// The words (names merged) of an annotated corpus in `layout`, leaving out
+// the paragraphs of the days in `exclude`.
+bool CollectVocabulary(const std::string& corpus, const DaySet& exclude, TextLayout layout,
+                       Vocabulary* vocabulary);
+
+// What is wrong with the first line of the file that does not fit
+// `encoding` ("gold.txt:3 is not valid UTF-8; try -e gbk"); "" when every
+// line fits or the file cannot be read.
+std::string FirstMismatch(const std::string& path, const Encoding& encoding);
 
 }  // namespace eval
 

@@ -24,10 +24,11 @@ double Seconds(std::chrono::steady_clock::time_point begin) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
-// The library on `dir` for the object's lifetime.
+// The library on `dir` for the object's lifetime, taking text in the
+// encoding with ZIVOR_Init's code `encoding`.
 class Session {
  public:
-  explicit Session(const std::string& dir) : ok_(ZIVOR_Init(dir.c_str(), 0)) {
+  Session(const std::string& dir, int encoding) : ok_(ZIVOR_Init(dir.c_str(), encoding)) {
     if (!ok_) fprintf(stderr, "zivor-eval: cannot initialise on %s/Data\n", dir.c_str());
   }
   ~Session() {
@@ -41,11 +42,12 @@ class Session {
   const bool ok_;
 };
 
-// Whether `word` holds one of `listed` longer than itself, starting at a
-// character boundary (GBK).
-bool HoldsListed(const std::string& word, const std::set<std::string>& listed) {
+// Whether `word` holds one of `listed` shorter than itself, starting at a
+// character boundary of `layout`.
+bool HoldsListed(const std::string& word, const std::set<std::string>& listed,
+                 TextLayout layout) {
   for (size_t start = 0; start < word.size();
-       start += static_cast<unsigned char>(word[start]) >= 0x80 ? 2 : 1) {
+       start += ScanChar(layout, word.data() + start, word.size() - start).len) {
     for (const std::string& part : listed) {
       if (part.size() < word.size() && word.compare(start, part.size(), part) == 0) return true;
     }
@@ -98,7 +100,7 @@ int RunNewWords(const Options& options) {
     fprintf(stderr, "zivor-eval: cannot read %s\n", options.gold.c_str());
     return 1;
   }
-  Session session(options.dir);
+  Session session(options.dir, options.encoding.code);
   if (!session.ok()) return 1;
   const auto begin = std::chrono::steady_clock::now();
   long bytes = 0;
@@ -119,7 +121,7 @@ int RunNewWords(const Options& options) {
       marks[i] = '*';
       ++hits_all;
       if (i < options.top) ++hits_top;
-    } else if (i < options.top && HoldsListed(ranked[i].word, listed)) {
+    } else if (i < options.top && HoldsListed(ranked[i].word, listed, options.encoding.layout)) {
       marks[i] = '+';
       ++holding_top;
     }
@@ -152,7 +154,7 @@ int RunKeyWordArticles(const Options& options) {
     fprintf(stderr, "zivor-eval: cannot read %s\n", options.gold.c_str());
     return 1;
   }
-  Session session(options.dir);
+  Session session(options.dir, options.encoding.code);
   if (!session.ok()) return 1;
   for (const CorpusArticle& article :
        SubstantialArticles(articles, kArticleChars, options.keyword_articles)) {

@@ -14,7 +14,7 @@ namespace eval {
 
 // One entry of a weighted keyword or new-word list.
 struct RankedWord {
-  std::string word;  // GBK
+  std::string word;  // in the encoding of the run
   std::string tag;
   double weight = 0.0;
 };

@@ -1,6 +1,7 @@
 // Options.cpp: parsing the command line of zivor-eval (Options.h).
 #include "Options.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace eval {
@@ -12,16 +13,25 @@ const char* Usage() {
 Analyses the raw text of a gold file (each paragraph's words joined) with the
 library and compares the result with the gold words.
 
-GOLD is in the annotated corpus format (GBK, one paragraph a line: the id,
-then word/TAG tokens; brackets group compound names). --segmented FILE takes
-plain segmented text instead (GBK, one paragraph a line, words separated by
-blanks or tabs) and scores segmentation only.
+GOLD is in the annotated corpus format (one paragraph a line: the id, then
+word/TAG tokens; brackets group compound names). --segmented FILE takes plain
+segmented text instead (one paragraph a line, words separated by blanks, tabs
+or ideographic spaces, as segmentation benchmarks are published) and scores
+segmentation only.
+Either is read in the encoding of -e, in which the library analyses the raw
+text and returns the words, so that both sides are compared in the same
+bytes.
 
 Options:
   -d DIR           directory holding Data (default: the current directory)
+  -e ENCODING      the encoding of the gold file, and of the word lists of
+                   --vocab, --train and --new-words: utf8 (also utf-8), gbk,
+                   big5 or gbkc (GBK written with traditional characters).
+                   Default: utf8 when every line of the gold file is
+                   well-formed UTF-8, else gbk
   --days SET       evaluate only the paragraphs of these days of the month,
                    e.g. 25-27, 3, 1-5,9 (from the paragraph id 199801DD-...)
-  --vocab FILE     training vocabulary, one GBK word a line, for the OOV figures
+  --vocab FILE     training vocabulary, one word a line, for the OOV figures
   --train CORPUS   collect the training vocabulary from an annotated corpus ...
   --exclude-days SET  ... leaving out these days (default: the --days set)
   --errors N       print the N most frequent errors of each kind
@@ -32,7 +42,7 @@ Options:
   --new-words FILE instead of scoring, run the new-word collection
                    (ZIVOR_NWI_Start, ZIVOR_NWI_AddMem of each paragraph's raw
                    text, ZIVOR_NWI_Complete) and print its top new words,
-                   marking and counting those listed in FILE (one GBK word a
+                   marking and counting those listed in FILE (one word a
                    line: the words the data was built without, see
                    zivor-data model --drop-words)
   --top N          new words printed and searched for hits (default 50)
@@ -51,7 +61,8 @@ Figures:
   tags             accuracy over correctly segmented words. Refined: the
                    system's level-0 tag against the gold tag refined as the
                    training data builder refines it (TagRefiner,
-                   Tools/corpus/TagRefiner.h) over Data/ZIVOR.map.
+                   Tools/corpus/TagRefiner.h, on the word converted to GBK)
+                   over Data/ZIVOR.map.
                    Coarse: the PKU tag of the system's tag identifier
                    (Data/PKU.map: nr1 nr2 nrj nrf count as nr, ng as Ng, al vl
                    nl bl as l, url email as nx, ...) against the gold tag as
@@ -64,7 +75,7 @@ Figures:
   speed            MB/s = bytes of raw text / 10^6 / wall seconds spent in the
                    analysis calls alone (ZIVOR_ParagraphProcessA; with
                    --no-tags, ZIVOR_ParagraphProcess with bPOStagged 0)
-Words in the report are GBK, like the input.
+Words in the report are in the encoding of the gold file.
 )";
 }
 
@@ -78,7 +89,7 @@ bool ParseDays(const std::string& text, const char* option, DaySet* days, std::s
 
 bool TakesValue(const std::string& arg) {
   for (const char* option :
-       {"-d", "--segmented", "--vocab", "--train", "--days", "--exclude-days", "--errors",
+       {"-d", "-e", "--segmented", "--vocab", "--train", "--days", "--exclude-days", "--errors",
         "--new-words", "--top", "--keywords-articles"}) {
     if (arg == option) return true;
   }
@@ -94,6 +105,17 @@ bool ParseCount(const std::string& text, const char* option, size_t* count,
     return false;
   }
   *count = static_cast<size_t>(value);
+  return true;
+}
+
+bool ParseEncoding(const std::string& text, Options* options, std::string* error) {
+  const Encoding* encoding = FindEncoding(text);
+  if (encoding == nullptr) {
+    *error = "bad encoding for -e: " + text + " (" + kEncodingNames + ")";
+    return false;
+  }
+  options->encoding = *encoding;
+  options->encoding_given = true;
   return true;
 }
 
@@ -137,6 +159,8 @@ bool ParseOptions(int argc, char** argv, Options* options, std::string* error) {
       return false;
     } else if (arg == "-d") {
       options->dir = value();
+    } else if (arg == "-e") {
+      if (!ParseEncoding(value(), options, error)) return false;
     } else if (arg == "--segmented") {
       options->segmented = value();
     } else if (arg == "--vocab") {
@@ -175,6 +199,21 @@ bool ParseOptions(int argc, char** argv, Options* options, std::string* error) {
     options->exclude = options->days;
   }
   return Check(*options, error);
+}
+
+const std::string& GoldPath(const Options& options) {
+  return options.segmented.empty() ? options.gold : options.segmented;
+}
+
+void ResolveEncoding(Options* options) {
+  const std::string& gold = GoldPath(*options);
+  if (!options->encoding_given) {
+    const bool utf8 = FirstMismatch(gold, kUtf8Encoding).empty();
+    options->encoding = utf8 ? kUtf8Encoding : kGbkEncoding;
+    return;
+  }
+  const std::string mismatch = FirstMismatch(gold, options->encoding);
+  if (!mismatch.empty()) fprintf(stderr, "zivor-eval: warning: %s\n", mismatch.c_str());
 }
 
 }  // namespace eval

@@ -4,12 +4,17 @@
 
 #include <string>
 
+#include "../zivor/Encoding.h"
 #include "Gold.h"
 
 namespace eval {
 
 struct Options {
   std::string dir = ".";  // -d: the directory holding Data
+  // -e: the encoding of the gold text, of the analysis and of the word
+  // lists. Without -e, ResolveEncoding detects it from the gold file.
+  Encoding encoding = kGbkEncoding;
+  bool encoding_given = false;
   std::string gold;       // annotated gold file (corpus format)
   std::string segmented;  // --segmented: plain segmented gold instead
   std::string days_text;  // --days as written
@@ -33,6 +38,14 @@ const char* Usage();
 
 // False, with a message in `error`, on a bad command line.
 bool ParseOptions(int argc, char** argv, Options* options, std::string* error);
+
+// The gold file: GOLD or the --segmented FILE.
+const std::string& GoldPath(const Options& options);
+
+// Without -e, takes UTF-8 when every line of the gold file is well-formed
+// UTF-8, else GBK. With -e, warns on standard error when a line of the gold
+// file does not fit the encoding given.
+void ResolveEncoding(Options* options);
 
 }  // namespace eval
 

@@ -57,8 +57,8 @@ void PrintErrors(FILE* out, const Scorer& scorer, size_t n) {
   }
 }
 
-// A JSON string of GBK bytes: only the quote, the backslash and control
-// characters need escaping; the bytes themselves pass through.
+// A JSON string of the gold file's bytes: only the quote, the backslash and
+// control characters need escaping; the bytes themselves pass through.
 std::string Quote(const std::string& text) {
   std::string quoted = "\"";
   for (char c : text) {
@@ -129,6 +129,7 @@ void JsonScores(FILE* out, const ReportHeader& header, const Scorer& scorer, siz
 
 void PrintText(FILE* out, const ReportHeader& header, const std::vector<Run>& runs, size_t errors) {
   fprintf(out, "gold: %s\n", header.gold.c_str());
+  fprintf(out, "encoding: %s\n", header.encoding.c_str());
   if (!header.vocabulary.empty()) {
     fprintf(out, "vocabulary: %zu words from %s\n", header.vocabulary_size,
             header.vocabulary.c_str());
@@ -145,7 +146,8 @@ void PrintText(FILE* out, const ReportHeader& header, const std::vector<Run>& ru
 }
 
 void PrintJson(FILE* out, const ReportHeader& header, const std::vector<Run>& runs, size_t errors) {
-  fprintf(out, "{\"gold\": %s", Quote(header.gold).c_str());
+  fprintf(out, "{\"gold\": %s, \"encoding\": %s", Quote(header.gold).c_str(),
+          Quote(header.encoding).c_str());
   if (!header.vocabulary.empty()) {
     fprintf(out, ", \"vocabulary\": %s, \"vocabulary_words\": %zu",
             Quote(header.vocabulary).c_str(), header.vocabulary_size);

@@ -21,6 +21,7 @@ struct Run {
 
 struct ReportHeader {
   std::string gold;        // what was evaluated
+  std::string encoding;    // of the gold text, as it was chosen
   std::string vocabulary;  // where the vocabulary came from, empty if none
   size_t vocabulary_size = 0;
   bool tagged_gold = true;  // false for plain segmented gold

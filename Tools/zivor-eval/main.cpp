@@ -27,14 +27,17 @@ bool ReadGold(const Options& options, std::vector<GoldParagraph>* gold, ReportHe
   header->tagged_gold = !plain;
   header->gold = plain ? options.segmented + " (plain segmented)" : options.gold;
   if (!options.days_text.empty()) header->gold += ", days " + options.days_text;
+  header->encoding = std::string(options.encoding.label) +
+                     (options.encoding_given ? " (given)" : " (detected)");
   GoldTags tags;
-  const std::string map = options.dir + "/Data/ZIVOR.map";
-  if (!plain && !tags.Load(map)) {
-    *error = "cannot read the tag map " + map;
+  const std::string data = options.dir + "/Data";
+  if (!plain && !tags.Load(data, options.encoding)) {
+    *error = "cannot read the tag map " + data + "/ZIVOR.map";
     return false;
   }
-  const bool read = plain ? ReadSegmentedGold(options.segmented, gold)
-                          : ReadCorpusGold(options.gold, options.days, tags, gold);
+  const bool read =
+      plain ? ReadSegmentedGold(options.segmented, options.encoding.layout, gold)
+            : ReadCorpusGold(options.gold, options.days, tags, options.encoding.layout, gold);
   if (!read) *error = "cannot read " + header->gold;
   return read;
 }
@@ -49,7 +52,9 @@ bool ReadVocabulary(const Options& options, Vocabulary* vocabulary, ReportHeader
         options.exclude_text.empty() ? options.days_text : options.exclude_text;
     header->vocabulary =
         options.train + (options.exclude.empty() ? " (all days)" : " without days " + excluded);
-    if (!CollectVocabulary(options.train, options.exclude, vocabulary)) return false;
+    if (!CollectVocabulary(options.train, options.exclude, options.encoding.layout, vocabulary)) {
+      return false;
+    }
   }
   header->vocabulary_size = vocabulary->size();
   return true;
@@ -59,7 +64,7 @@ bool ReadVocabulary(const Options& options, Vocabulary* vocabulary, ReportHeader
 // does not start.
 bool Evaluate(const Options& options, bool person, const std::vector<GoldParagraph>& gold,
               const Vocabulary* vocabulary, Run* run, std::string* error) {
-  Analyzer analyzer(options.dir, person);
+  Analyzer analyzer(options.dir, person, options.encoding.code);
   if (!analyzer.ok()) {
     *error = analyzer.error();
     return false;
@@ -77,7 +82,7 @@ bool Evaluate(const Options& options, bool person, const std::vector<GoldParagra
 // A timed pass with tagging off in the call.
 bool TimeSegmentation(const Options& options, const std::vector<GoldParagraph>& gold, Run* run,
                       std::string* error) {
-  Analyzer analyzer(options.dir, true);
+  Analyzer analyzer(options.dir, true, options.encoding.code);
   if (!analyzer.ok()) {
     *error = analyzer.error();
     return false;
@@ -101,6 +106,7 @@ int Main(int argc, char** argv) {
     fputs(Usage(), stdout);
     return 0;
   }
+  ResolveEncoding(&options);
   if (!options.new_words.empty()) return RunNewWords(options);
   if (options.keyword_articles > 0) return RunKeyWordArticles(options);
   ReportHeader header;
