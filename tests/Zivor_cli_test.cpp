@@ -1,5 +1,11 @@
+// Tests of the zivor command on the mini data set, with the shipped
+// conversion tables linked in so that it reads UTF-8, BIG5 and GBKC as well.
+// Literals are UTF-8, the command's default encoding.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -11,6 +17,9 @@
 
 namespace {
 
+namespace fs = std::filesystem;
+
+using testutil::Big5;
 using testutil::Gbk;
 using testutil::Utf8;
 
@@ -24,12 +33,34 @@ std::vector<std::string> SplitLines(const std::string& text) {
   return lines;
 }
 
+// The blank-separated tokens of a result line.
+std::vector<std::string> Tokens(const std::string& line) {
+  std::istringstream in(line);
+  return {std::istream_iterator<std::string>(in), std::istream_iterator<std::string>()};
+}
+
+// The mini data set in dir, with the conversion tables of the shipped data
+// (the table files the mini set lacks), which cover whole character sets.
+bool BuildData(const std::string& dir, const testutil::MiniDataOptions& options = {}) {
+  if (!testutil::BuildMiniData(dir, options)) return false;
+  const fs::path data = fs::path(dir) / "Data";
+  for (const fs::directory_entry& entry : fs::directory_iterator(fs::path(ZIVOR_SOURCE_DIR) / "Data")) {
+    const fs::path name = entry.path().filename();
+    const std::string ext = name.extension().string();
+    if ((ext == ".pdat" || ext == ".wordlist" || ext == ".map") && !fs::exists(data / name)) {
+      fs::create_symlink(entry.path(), data / name);
+    }
+  }
+  return true;
+}
+
 class ZivorCliTest : public ::testing::Test {
  protected:
+  // The library in the test process reads UTF-8, like the command by default.
   static void SetUpTestSuite() {
     data_ = new testutil::TempDir;
-    ASSERT_TRUE(testutil::BuildMiniData(data_->path()));
-    ASSERT_TRUE(ZIVOR_Init(data_->path().c_str(), 0));
+    ASSERT_TRUE(BuildData(data_->path()));
+    ASSERT_TRUE(ZIVOR_Init(data_->path().c_str(), 1));
   }
   static void TearDownTestSuite() {
     ZIVOR_Exit();
@@ -53,12 +84,10 @@ testutil::TempDir* ZivorCliTest::data_ = nullptr;
 
 const char* const kSentences[] = {"中国人民热爱和平。", "记者王伟报道：今天上午，北京举行了一次重要会议。",
                                   "", "  他们 在 天津 参加 了 会议 。"};
+// The first two sentences in traditional characters.
+const char* const kTraditional[] = {"中國人民熱愛和平。", "記者王偉報道：今天上午，北京舉行了一次重要會議。"};
 
-std::string Input() {
-  std::string input;
-  for (const char* sentence : kSentences) input += Gbk(sentence) + "\n";
-  return input;
-}
+std::string Input() { return testutil::Lines({std::begin(kSentences), std::end(kSentences)}); }
 
 TEST_F(ZivorCliTest, PrintsTheLibrarysResultForEveryLineAtTheChosenMapLevel) {
   for (const bool tags : {true, false}) {
@@ -67,24 +96,84 @@ TEST_F(ZivorCliTest, PrintsTheLibrarysResultForEveryLineAtTheChosenMapLevel) {
     ASSERT_EQ(0, run.status) << run.err;
     EXPECT_EQ("", run.err);
     std::string expected;
-    for (const char* sentence : kSentences)
-      expected += std::string(ZIVOR_ParagraphProcess(Gbk(sentence).c_str(), tags)) + "\n";
-    EXPECT_EQ(Utf8(expected), Utf8(run.out));
+    for (const char* sentence : kSentences) expected += std::string(ZIVOR_ParagraphProcess(sentence, tags)) + "\n";
+    EXPECT_EQ(expected, run.out);
   }
-  EXPECT_EQ("中国/ns 人民/n 热爱/v 和平/n 。/wj ", Utf8(SplitLines(Run(WithData({}), Input()).out)[0]));
+  EXPECT_EQ("中国/ns 人民/n 热爱/v 和平/n 。/wj ", SplitLines(Run(WithData({}), Input()).out)[0]);
   const CliRun mapped = Run(WithData({"--map", "1"}), Input());
   ASSERT_EQ(0, mapped.status) << mapped.err;
-  EXPECT_EQ("中国/n 人民/n 热爱/v 和平/n 。/w ", Utf8(SplitLines(mapped.out)[0]));
+  EXPECT_EQ("中国/n 人民/n 热爱/v 和平/n 。/w ", SplitLines(mapped.out)[0]);
 }
 
-TEST_F(ZivorCliTest, RecordsMatchTheLibrarysRecords) {
+TEST_F(ZivorCliTest, GbkInputGivesTheWordsOfItsUtf8Form) {
+  const CliRun utf8 = Run(WithData({}), Input());
+  ASSERT_EQ(0, utf8.status) << utf8.err;
+  for (const char* name : {"gbk", "GBK"}) {
+    const CliRun gbk = Run(WithData({"-e", name}), Gbk(Input()));
+    ASSERT_EQ(0, gbk.status) << gbk.err;
+    EXPECT_EQ("", gbk.err);
+    EXPECT_EQ(utf8.out, Utf8(gbk.out)) << name;
+  }
+  EXPECT_EQ(utf8.out, Run(WithData({"-e", "UTF-8"}), Input()).out);
+}
+
+bool IsContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+
+// The offset `chars` characters after `pos` in UTF-8 text.
+size_t Advance(const std::string& text, size_t pos, size_t chars) {
+  for (; chars > 0 && pos < text.size(); --chars) {
+    do {
+      ++pos;
+    } while (pos < text.size() && IsContinuation(text[pos]));
+  }
+  return pos;
+}
+
+// The "word/tag " tokens of `result` (UTF-8) with their words replaced by
+// as many characters of `text`, in turn.
+std::string CutLike(const std::string& result, const std::string& text) {
+  std::string cut;
+  size_t pos = 0;
+  for (const std::string& token : Tokens(result)) {
+    const size_t slash = token.rfind('/');
+    const size_t chars = std::count_if(token.begin(), token.begin() + slash,
+                                       [](char c) { return !IsContinuation(c); });
+    const size_t end = Advance(text, pos, chars);
+    cut += text.substr(pos, end - pos) + token.substr(slash) + " ";
+    pos = end;
+  }
+  return cut;
+}
+
+TEST_F(ZivorCliTest, TraditionalTextIsCutAsItsSimplifiedFormAndPrintedAsGiven) {
+  struct Case {
+    const char* encoding;
+    std::string (*bytes)(const std::string&);
+  };
+  for (const Case& c : {Case{"big5", Big5}, Case{"gbkc", Gbk}}) {
+    std::string input, expected;
+    for (size_t i = 0; i < std::size(kTraditional); ++i) {
+      input += c.bytes(kTraditional[i]) + "\n";
+      expected += c.bytes(CutLike(ZIVOR_ParagraphProcess(kSentences[i], 1), kTraditional[i])) + "\n";
+    }
+    const CliRun run = Run(WithData({"-e", c.encoding}), input);
+    ASSERT_EQ(0, run.status) << run.err;
+    EXPECT_EQ("", run.err) << c.encoding;
+    EXPECT_EQ(expected, run.out) << c.encoding;
+  }
+}
+
+TEST_F(ZivorCliTest, RecordsAreTheLibrarysAndCutTheLineIntoTheWordsPrinted) {
   const CliRun run = Run(WithData({"--records"}), Input());
   ASSERT_EQ(0, run.status) << run.err;
   const std::vector<std::string> lines = SplitLines(run.out);
+  const std::vector<std::string> words = SplitLines(Run(WithData({}), Input()).out);
   size_t next = 0;
-  for (const char* sentence : kSentences) {
+  for (size_t s = 0; s < std::size(kSentences); ++s) {
+    const std::string sentence = kSentences[s];
     int count = 0;
-    const result_t* records = ZIVOR_ParagraphProcessA(Gbk(sentence).c_str(), &count, true);
+    const result_t* records = ZIVOR_ParagraphProcessA(sentence.c_str(), &count, true);
+    std::vector<std::string> cut;
     for (int i = 0; i < count; ++i, ++next) {
       ASSERT_LT(next, lines.size());
       const result_t& r = records[i];
@@ -92,48 +181,100 @@ TEST_F(ZivorCliTest, RecordsMatchTheLibrarysRecords) {
       snprintf(expected, sizeof expected, "%d\t%d\t%s\t%d\t%d\t%.6f", r.start, r.length, r.sPOS,
                r.word_ID, r.word_type, r.weight);
       EXPECT_EQ(expected, lines[next]) << sentence;
+      // Offsets count the bytes of the UTF-8 line.
+      const std::string word = sentence.substr(r.start, r.length);
+      if (word != " ") cut.push_back(word + "/" + r.sPOS);
     }
+    EXPECT_EQ(Tokens(words[s]), cut);
     ASSERT_LT(next, lines.size());
     EXPECT_EQ("", lines[next++]) << "an empty line ends each input line";
   }
   EXPECT_EQ(lines.size(), next);
 }
 
+TEST_F(ZivorCliTest, InputInAnotherEncodingIsAnalysedWithOneWarning) {
+  testutil::WriteFile(work_.File("gbk.txt"), Gbk(Input()));
+  testutil::WriteFile(work_.File("utf8.txt"), Input());
+  struct Case {
+    std::vector<std::string> args;
+    std::string input;
+    std::string warning;
+    size_t lines;  // printed
+  };
+  const std::string not_utf8 = "zivor: input is not valid UTF-8; try -e gbk\n";
+  // "中国人民热爱和平。" in UTF-8 has an odd number of bytes: no GBK text.
+  const std::string not_gbk = "zivor: input is not valid GBK; try -e utf8\n";
+  // "中国" in UTF-8 is well-formed GBK.
+  const std::string looks_utf8 = "zivor: input looks like UTF-8, not GBKC; try -e utf8\n";
+  for (const Case& c : std::vector<Case>{
+           {{}, Gbk(Input()), not_utf8, 4},
+           {{"--no-tags"}, Input() + Gbk(Input()) + Gbk(Input()), not_utf8, 12},
+           {{"-e", "gbk"}, Input(), not_gbk, 4},
+           {{"-e", "gbkc"}, "中国\n人民\n", looks_utf8, 2},
+           {{"gbk.txt", "gbk.txt"}, "", not_utf8, 8},
+           {{"--fingerprint", "gbk.txt", "utf8.txt"}, "", not_utf8, 2},
+           {{"--keywords", "2", "utf8.txt", "gbk.txt", "gbk.txt"}, "", not_utf8, 3},
+           {{"-e", "big5", "--new-words", "utf8.txt"}, "", "zivor: input is not valid BIG5; try -e utf8\n", 1},
+           {{"-e", "gbk", "--keywords", "1"}, Input(), not_gbk, 4},
+       }) {
+    const CliRun run = Run(WithData(c.args), c.input);
+    EXPECT_EQ(0, run.status) << c.args[0];
+    EXPECT_EQ(c.warning, run.err) << c.args[0];
+    EXPECT_EQ(c.lines, SplitLines(run.out).size()) << c.args[0];
+  }
+}
+
 TEST_F(ZivorCliTest, UserDictionaryWordsOverrideTheSegmentation) {
-  testutil::WriteFile(work_.File("words.txt"), Gbk("经济发展 nz\n热爱和平 vl\n"));
-  const std::string input = Gbk("我们要经济发展。\n中国人民热爱和平。\n");
+  // A line in another encoding is left out with a warning.
+  testutil::WriteFile(work_.File("words.txt"), "经济发展 nz\n" + Gbk("学生会 n\n") + "热爱和平 vl\n");
+  const std::string input = "我们要经济发展。\n中国人民热爱和平。\n";
   const CliRun run = Run(WithData({"--user-dict", work_.File("words.txt")}), input);
   ASSERT_EQ(0, run.status) << run.err;
-  EXPECT_EQ("我们/rr 要/v 经济发展/nz 。/wj \n中国/ns 人民/n 热爱和平/vl 。/wj \n", Utf8(run.out));
+  EXPECT_EQ("我们/rr 要/v 经济发展/nz 。/wj \n中国/ns 人民/n 热爱和平/vl 。/wj \n", run.out);
+  EXPECT_EQ("zivor: " + work_.File("words.txt") + ":2 is not valid UTF-8; left out\n", run.err);
   // The data directory itself is left as it was.
-  EXPECT_EQ("我们/rr 要/v 经济/n 发展/v 。/wj \n",
-            Utf8(SplitLines(Run(WithData({}), input).out)[0] + "\n"));
-  EXPECT_EQ(1, Run(WithData({"--user-dict", work_.File("missing.txt")}), input).status);
+  EXPECT_EQ("我们/rr 要/v 经济/n 发展/v 。/wj ", SplitLines(Run(WithData({}), input).out)[0]);
+  // The file is read in the encoding of the run.
+  testutil::WriteFile(work_.File("big5.txt"), Big5("經濟發展 nz\n"));
+  EXPECT_EQ(Big5("我們/rr 要/v 經濟發展/nz 。/wj \n"),
+            Run(WithData({"-e", "big5", "--user-dict", "big5.txt"}), Big5("我們要經濟發展。\n")).out);
+  const CliRun missing = Run(WithData({"--user-dict", "missing.txt"}), input);
+  EXPECT_EQ(1, missing.status);
+  EXPECT_EQ("zivor: cannot open missing.txt\n", missing.err);
 }
 
 TEST_F(ZivorCliTest, ReadsFilesInOrderAndReportsMissingOnes) {
-  testutil::WriteFile(work_.File("a.txt"), Gbk("中国\n"));
-  testutil::WriteFile(work_.File("b.txt"), Gbk("北京\r\n"));
+  testutil::WriteFile(work_.File("a.txt"), "中国\n");
+  testutil::WriteFile(work_.File("b.txt"), "北京\r\n");
   const CliRun run = Run(WithData({"--no-tags", "a.txt", "missing.txt", "b.txt"}));
   EXPECT_EQ(1, run.status);
-  EXPECT_EQ("中国 \n北京 \n", Utf8(run.out));
-  EXPECT_NE(std::string::npos, run.err.find("cannot open missing.txt")) << run.err;
+  EXPECT_EQ("中国 \n北京 \n", run.out);
+  EXPECT_EQ("zivor: cannot open missing.txt\n", run.err);
 }
 
 TEST_F(ZivorCliTest, BinaryAndHugeLinesAreAnalysedWholeWithoutCrashing) {
-  std::string input = std::string("abc\0def", 7) + "\n";  // NUL inside a line
-  input += Gbk("中国") + "\xd6\n";                          // lone lead byte at the end
-  input += std::string("\x80\xff\x81\x00\xfe", 5) + "\n";
-  input += std::string(1 << 20, 'x') + Gbk("和平") + "\n";  // one megabyte line
-  input += Gbk("北京");                                     // no final line feed
-  const CliRun run = Run(WithData({"--no-tags"}), input);
-  ASSERT_EQ(0, run.status) << run.err;
-  const std::vector<std::string> lines = SplitLines(run.out);
-  ASSERT_EQ(5u, lines.size());
-  // The NUL is read as a blank (a token of its own), so nothing is lost.
-  EXPECT_EQ("abc   def ", lines[0]);
-  EXPECT_EQ(Gbk("北京 "), lines[4]);
-  EXPECT_NE(std::string::npos, lines[3].find(Gbk("和平"))) << lines[3].size();
+  struct Case {
+    const char* encoding;
+    std::string (*bytes)(const std::string&);
+  };
+  const auto same = [](const std::string& text) { return text; };
+  for (const Case& c : {Case{"utf8", same}, Case{"gbk", Gbk}, Case{"big5", Big5}}) {
+    std::string input = std::string("abc\0def", 7) + "\n";  // NUL inside a line
+    input += c.bytes("人民") + "\xd6\n";                     // a lone lead byte at the end
+    input += std::string("\x80\xff\x81\x00\xfe\xe4\xb8", 7) + "\n";
+    input += std::string(1 << 20, 'x') + c.bytes("和平") + "\n";  // one megabyte line
+    input += c.bytes("北京");                                    // no final line feed
+    const CliRun run = Run(WithData({"--no-tags", "-e", c.encoding}), input);
+    ASSERT_EQ(0, run.status) << c.encoding << ": " << run.err;
+    EXPECT_EQ(1u, SplitLines(run.err).size()) << c.encoding << ": " << run.err;
+    const std::vector<std::string> lines = SplitLines(run.out);
+    ASSERT_EQ(5u, lines.size()) << c.encoding;
+    // The NUL is read as a blank (a token of its own), so nothing is lost.
+    EXPECT_EQ("abc   def ", lines[0]) << c.encoding;
+    EXPECT_EQ(0u, lines[1].find(c.bytes("人民 "))) << c.encoding;
+    EXPECT_NE(std::string::npos, lines[3].find(c.bytes("和平"))) << lines[3].size();
+    EXPECT_EQ(c.bytes("北京 "), lines[4]) << c.encoding;
+  }
 }
 
 TEST_F(ZivorCliTest, FailedInitialisationPointsAtTheLog) {
@@ -148,22 +289,21 @@ TEST_F(ZivorCliTest, FailedInitialisationPointsAtTheLog) {
 
 TEST_F(ZivorCliTest, BadOptionsAreRefused) {
   for (const std::vector<std::string>& args :
-       {std::vector<std::string>{"-e", "utf8"}, {"--map", "4"}, {"--map"}, {"--bogus"}, {"-d"},
-        {"--keywords", "2x"}, {"--keywords"}, {"--new-words", "--fingerprint"},
+       {std::vector<std::string>{"-e", "latin1"}, {"-e", "utf"}, {"-e"}, {"--map", "4"}, {"--map"},
+        {"--bogus"}, {"-d"}, {"--keywords", "2x"}, {"--keywords"}, {"--new-words", "--fingerprint"},
         {"--save-new-words"}, {"--add-user-word"}}) {
     const CliRun run = Run(WithData(args), Input());
     EXPECT_EQ(2, run.status) << args[0];
     EXPECT_EQ("", run.out) << args[0];
     EXPECT_NE("", run.err) << args[0];
   }
-  EXPECT_NE(std::string::npos, Run({"-e", "big5"}).err.find("only gbk"));
+  EXPECT_EQ(0u, Run({"-e", "big-5"}).err.find("zivor: -e needs utf8, gbk, big5 or gbkc\n"));
   const CliRun help = Run({"-h"});
   EXPECT_EQ(0, help.status);
   for (const char* option : {"--records", "--keywords", "--new-words", "--fingerprint",
-                             "--import-user-dict", "--save-user-dict"}) {
+                             "--import-user-dict", "--save-user-dict", "big5", "gbkc"}) {
     EXPECT_NE(std::string::npos, help.out.find(option)) << option;
   }
-  EXPECT_EQ(0, Run(WithData({"-e", "GBK"}), Input()).status);
 }
 
 // Whether text is a positive decimal number without leading zeros.
@@ -188,59 +328,63 @@ const char kEconomyStudents[] = "他经济学生。在经济学生了。和经�
 const char kMarketBanks[] = "他市场银行。在市场银行了。和市场银行的。对市场银行，";
 
 TEST_F(ZivorCliTest, KeyWordsAreLimitedToTheCountAskedForAndCarryWeights) {
-  const std::string text = Gbk(std::string(kEconomyStudents) + kMarketBanks);
-  const std::string input = text + "\n" + Gbk("一") + "\n";
+  const std::string text = std::string(kEconomyStudents) + kMarketBanks;
+  const std::string input = text + "\n一\n";
   struct Case {
     std::vector<std::string> args;
-    std::string first_line;  // UTF-8
+    std::string first_line;
   };
   for (const Case& c : std::vector<Case>{{{"--keywords", "1"}, "经济学生"},
                                          {{"--keywords", "2"}, "经济学生  市场银行"},
                                          {{"--keywords", "0"}, "经济学生  市场银行"}}) {
     const CliRun run = Run(WithData(c.args), input);
     ASSERT_EQ(0, run.status) << run.err;
-    EXPECT_EQ(c.first_line + "\n\n", Utf8(run.out)) << c.args[1];
+    EXPECT_EQ(c.first_line + "\n\n", run.out) << c.args[1];
   }
   const CliRun weighted = Run(WithData({"--keywords", "5", "--weights"}), input);
-  const std::string first = Utf8(SplitLines(weighted.out)[0]);
+  const std::string first = SplitLines(weighted.out)[0];
   const size_t gap = first.find("  ");
   ASSERT_NE(std::string::npos, gap) << first;
   EXPECT_TRUE(IsWeightedNewWord(first.substr(0, gap), "经济学生")) << first;
   EXPECT_TRUE(IsWeightedNewWord(first.substr(gap + 2), "市场银行")) << first;
   testutil::WriteFile(work_.File("text.txt"), text);
-  EXPECT_EQ("经济学生\ttext.txt\n", Utf8(Run(WithData({"--keywords", "1", "text.txt"})).out));
+  EXPECT_EQ("经济学生\ttext.txt\n", Run(WithData({"--keywords", "1", "text.txt"})).out);
+  // The same text in traditional characters.
+  testutil::WriteFile(work_.File("big5.txt"), Big5("他經濟學生。在經濟學生了。和經濟學生的。對經濟學生，"
+                                                   "他市場銀行。在市場銀行了。和市場銀行的。對市場銀行，"));
+  EXPECT_EQ(Big5("經濟學生\tbig5.txt\n"), Run(WithData({"-e", "big5", "--keywords", "1", "big5.txt"})).out);
 }
 
 TEST_F(ZivorCliTest, FingerprintsAreEqualForEqualTexts) {
-  const std::string first = Gbk(kEconomyStudents) + "\n";
+  const std::string first = std::string(kEconomyStudents) + "\n";
   testutil::WriteFile(work_.File("first.txt"), first);
   const CliRun run = Run(WithData({"--fingerprint", "first.txt"}));
   ASSERT_EQ(0, run.status) << run.err;
   const std::vector<std::string> lines =
-      SplitLines(Run(WithData({"--fingerprint"}), first + Gbk(kMarketBanks) + "\n" + first).out);
+      SplitLines(Run(WithData({"--fingerprint"}), first + kMarketBanks + "\n" + first).out);
   ASSERT_EQ(3u, lines.size());
   EXPECT_TRUE(IsPositiveNumber(lines[0])) << lines[0];
   EXPECT_EQ(lines[0], lines[2]);
   EXPECT_NE(lines[0], lines[1]);
   EXPECT_EQ(lines[0] + "\tfirst.txt\n", run.out);
+  // The same text in GBK is the same text.
+  EXPECT_EQ(lines[0] + "\n", Run(WithData({"-e", "gbk", "--fingerprint"}), Gbk(first)).out);
 }
 
 TEST_F(ZivorCliTest, NewWordsComeFromAllInputsTogether) {
   // Each line alone holds the pair once: only the collection sees it recur.
-  std::string lines;
-  for (const char* line : {"他经济学生。", "在经济学生了。", "和经济学生的。", "对经济学生，"}) {
-    lines += Gbk(line) + "\n";
-  }
+  const std::string lines = testutil::Lines({"他经济学生。", "在经济学生了。", "和经济学生的。", "对经济学生，"});
   EXPECT_EQ("\n\n\n\n", Run(WithData({"--keywords", "3"}), lines).out);
   const CliRun run = Run(WithData({"--new-words"}), lines);
   ASSERT_EQ(0, run.status) << run.err;
-  EXPECT_EQ("经济学生\n", Utf8(run.out));
+  EXPECT_EQ("经济学生\n", run.out);
   EXPECT_EQ("", run.err) << "no progress line unless standard error is a terminal";
+  EXPECT_EQ(Gbk("经济学生\n"), Run(WithData({"-e", "gbk", "--new-words"}), Gbk(lines)).out);
 }
 
 TEST_F(ZivorCliTest, EveryJobReportsMissingFilesAndGoesOn) {
-  testutil::WriteFile(work_.File("a.txt"), Gbk("他经济学生。在经济学生了。\n"));
-  testutil::WriteFile(work_.File("b.txt"), Gbk("和经济学生的。对经济学生，\n"));
+  testutil::WriteFile(work_.File("a.txt"), "他经济学生。在经济学生了。\n");
+  testutil::WriteFile(work_.File("b.txt"), "和经济学生的。对经济学生，\n");
   for (const std::vector<std::string>& job : {std::vector<std::string>{"--keywords", "3"},
                                               {"--fingerprint"}, {"--new-words"}}) {
     std::vector<std::string> args = job;
@@ -250,21 +394,19 @@ TEST_F(ZivorCliTest, EveryJobReportsMissingFilesAndGoesOn) {
     EXPECT_EQ("zivor: cannot open missing.txt\n", run.err) << job[0];
     EXPECT_EQ(job[0] == "--new-words" ? 1u : 2u, SplitLines(run.out).size()) << job[0];
   }
-  EXPECT_EQ("经济学生\n", Utf8(Run(WithData({"--new-words", "a.txt", "b.txt"})).out));
+  EXPECT_EQ("经济学生\n", Run(WithData({"--new-words", "a.txt", "b.txt"})).out);
 }
 
 TEST_F(ZivorCliTest, UserDictionaryChangesAreReportedAndSaved) {
   testutil::TempDir own;
   testutil::MiniDataOptions config;
   config.user_dict = true;
-  ASSERT_TRUE(testutil::BuildMiniData(own.path(), config));
-  testutil::WriteFile(work_.File("words.txt"), Gbk("经济发展 nz\n物联网 n\n"));
-  const std::string cloud = Gbk("云计算 vn");
-  const std::string iot = Gbk("物联网");
-  const std::string input = Gbk("云计算和经济发展") + "\n";
+  ASSERT_TRUE(BuildData(own.path(), config));
+  testutil::WriteFile(work_.File("words.txt"), "经济发展 nz\n物联网 n\n");
+  const std::string input = "云计算和经济发展\n";
   const CliRun run =
-      Run({"-d", own.path(), "--import-user-dict", "words.txt", "--add-user-word", cloud,
-           "--add-user-word", cloud, "--delete-user-word", iot, "--delete-user-word", iot,
+      Run({"-d", own.path(), "--import-user-dict", "words.txt", "--add-user-word", "云计算 vn",
+           "--add-user-word", "云计算 vn", "--delete-user-word", "物联网", "--delete-user-word", "物联网",
            "--save-user-dict", "--no-tags"},
           input);
   ASSERT_EQ(0, run.status) << run.err;
@@ -275,15 +417,16 @@ TEST_F(ZivorCliTest, UserDictionaryChangesAreReportedAndSaved) {
       "zivor: deleted 物联网\n"
       "zivor: not deleted 物联网: not in the user dictionary\n"
       "zivor: saved the user dictionary\n",
-      Utf8(run.err));
-  EXPECT_EQ("云计算 和 经济发展 \n", Utf8(run.out));
-  // The saved dictionary is the one a later run loads.
-  EXPECT_EQ("云计算/vn 和/cc 经济发展/nz \n", Utf8(Run({"-d", own.path()}, input).out));
+      run.err);
+  EXPECT_EQ("云计算 和 经济发展 \n", run.out);
+  // The saved dictionary is the one a later run loads, in any encoding.
+  EXPECT_EQ("云计算/vn 和/cc 经济发展/nz \n", Run({"-d", own.path()}, input).out);
+  EXPECT_EQ(Gbk("云计算/vn 和/cc 经济发展/nz \n"), Run({"-d", own.path(), "-e", "gbk"}, Gbk(input)).out);
 
   const CliRun failed = Run({"-d", own.path(), "--import-user-dict", "missing.txt"}, input);
   EXPECT_EQ(1, failed.status);
   EXPECT_EQ("", failed.out);
-  EXPECT_EQ("zivor: cannot import the user dictionary missing.txt\n", failed.err);
+  EXPECT_EQ("zivor: cannot open missing.txt\n", failed.err);
 }
 
 }  // namespace
