@@ -47,6 +47,7 @@ class ZivorEvalTest : public ::testing::Test {
     args.insert(args.begin(), {"-d", data_->path()});
     const testutil::ToolRun run = testutil::RunTool(ZIVOR_EVAL_TOOL, args, work_.path());
     out_ = run.out;
+    err_ = run.err;
     return run.status;
   }
 
@@ -70,7 +71,7 @@ class ZivorEvalTest : public ::testing::Test {
 
   static testutil::TempDir* data_;
   testutil::TempDir work_;
-  std::string out_;
+  std::string out_, err_;
 };
 
 testutil::TempDir* ZivorEvalTest::data_ = nullptr;
@@ -113,7 +114,7 @@ TEST_F(ZivorEvalTest, NamesMatchByExactSpanWithAndWithoutRecognition) {
 
 TEST_F(ZivorEvalTest, PlainSegmentedTextScoresSegmentationOnly) {
   const std::string text =
-      File("plain.txt", {"记者  王伟 报道", "", "他\t是 北京 大学 的 学生 。"});
+      File("plain.txt", {"记者　王伟 报道", "", "他\t是 北京 大学 的 学生 。"});
   ASSERT_EQ(0, Run({"--segmented", text}));
   EXPECT_EQ((Fractions{{8, 9}, {8, 10}}), Figures("segmentation"));
   EXPECT_TRUE(Figures("tags").empty());
@@ -137,9 +138,43 @@ TEST_F(ZivorEvalTest, MalformedGoldAndBadCommandLines) {
                                              {gold, "--bogus"},
                                              {gold, "--new-words", gold, "--keywords-articles",
                                               "1"},
-                                             {gold, "-d", work_.path()}}) {
+                                             {gold, "-d", work_.path()},
+                                             {gold, "-e", "latin1"},
+                                             {gold, "-e"}}) {
     EXPECT_NE(0, Run(args)) << args.back();
   }
+}
+
+// The same gold in UTF-8 and in GBK, analysed with the shipped data in the
+// encoding detected: the library sees the same text, so every figure agrees,
+// names merged by characters (小红 is six bytes in UTF-8) and tags refined
+// on the GBK form of the words included.
+TEST_F(ZivorEvalTest, Utf8GoldScoresAsItsGbkForm) {
+  const std::vector<std::string> annotated = {
+      kGold[0], kGold[1], kGold[2], "19980125-01-001-003/m  王/nr  小红/nr  来/v  了/y  。/w"};
+  const std::vector<std::string> plain = {"记者　王伟 报道", "", "他\t是 北京 大学 的 学生 。"};
+  for (const auto* lines : {&annotated, &plain}) {
+    const bool segmented = lines == &plain;
+    testutil::WriteFile(work_.File("utf8.txt"), testutil::Lines(*lines));
+    const std::string gbk = File("gbk.txt", *lines);
+    std::vector<std::string> args = {"-d", ZIVOR_SOURCE_DIR, "--errors", "3"};
+    if (segmented) args.push_back("--segmented");
+    std::vector<Fractions> figures[2];
+    for (const std::string& gold : {gbk, work_.File("utf8.txt")}) {
+      args.push_back(gold);
+      ASSERT_EQ(0, Run(args)) << gold;
+      args.pop_back();
+      const bool utf8 = gold != gbk;
+      EXPECT_NE(std::string::npos, out_.find(utf8 ? "encoding: UTF-8 (detected)" : "encoding: GBK (detected)"));
+      for (const char* label : {"segmentation", "tags", "names"}) figures[utf8].push_back(Figures(label));
+    }
+    EXPECT_EQ(figures[0], figures[1]) << (segmented ? "segmented" : "annotated");
+    EXPECT_EQ(2u, figures[1][0].size());
+    EXPECT_EQ(segmented, figures[1][1].empty());
+  }
+  // Gold not in the encoding given is scored as it is, with a warning.
+  ASSERT_EQ(0, Run({"-d", ZIVOR_SOURCE_DIR, "-e", "utf8", "--segmented", work_.File("gbk.txt")}));
+  EXPECT_EQ("zivor-eval: warning: " + work_.File("gbk.txt") + ":1 is not valid UTF-8; try -e gbk\n", err_);
 }
 
 // The "article ID: N characters" lines of the output, in order.
