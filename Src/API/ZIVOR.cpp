@@ -3,12 +3,14 @@
 #include "API/ZIVOR.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <vector>
 
 #include "API/ZIVORState.h"
 #include "API/ZIVORWorker.h"
 #include "System/MainSystem.h"
+#include "Utility/CodeTran.h"
 #include "Utility/Global.h"
 
 std::atomic<bool> g_bActive{false};
@@ -57,6 +59,15 @@ void DeleteInstances() {
 }
 
 }  // namespace
+
+std::string InternalText(const char* sText) {
+  const char* text = TextOrEmpty(sText);
+  if (g_pCodeTranslator == nullptr) return text;
+  std::string gbk;
+  std::vector<int> offsets;
+  g_pCodeTranslator->ToGBK(text, strlen(text), &gbk, &offsets);
+  return gbk;
+}
 
 CMainSystem* NewMainSystem() {
   return new (std::nothrow)
@@ -120,12 +131,12 @@ int ZIVOR_SetPOSmap(int nPOSmap) {
 
 bool ZIVOR_IsWord(const char* sWord) {
   if (!g_bActive || g_pZIVOR == nullptr) return false;
-  return g_pZIVOR->IsWord(TextOrEmpty(sWord));
+  return g_pZIVOR->IsWord(InternalText(sWord).c_str());
 }
 
 double ZIVOR_GetUniProb(const char* sWord) {
   if (!g_bActive || g_pZIVOR == nullptr) return 0.0;
-  return g_pZIVOR->GetUniProb(TextOrEmpty(sWord));
+  return g_pZIVOR->GetUniProb(InternalText(sWord).c_str());
 }
 
 bool ZIVOR_Exit() {

@@ -47,11 +47,24 @@ _Static_assert(offsetof(result_t, weight) == 60, "result_t::weight must be at by
  *
  * ZIVOR_Init loads the data directory `sInitDirPath`/Data (null or empty: the
  * current working directory) as "Data/Configure.xml" describes it. `encode`
- * is the caller's encoding: 0 is GBK; codes 1 to 4 are reserved for the other
- * encodings and, like any other value, are served as GBK for now. Returns
+ * is the caller's encoding, that of every text passed to and returned by the
+ * calls below:
+ *   0  GBK (the analysis's own encoding: nothing is converted);
+ *   1  UTF-8 (a byte-order mark at the start of a text is skipped);
+ *   2  BIG5 (traditional characters, analysed as their simplified forms);
+ *   3  GBK bytes written with traditional characters, likewise;
+ *   4  GBK through the converter (like 0, but malformed bytes are one
+ *      unknown character each);
+ * any other value is GBK. With codes 1 to 4 the words of a result are the
+ * caller's own bytes, exactly as they stand in the text passed; a character
+ * the analysis does not know (emoji, Hangul, rare Chinese characters,
+ * malformed bytes) is one unknown character and never disturbs the text
+ * around it. The translation tables (Data/UTF8.pdat and its siblings) are
+ * loaded for codes 1 to 3; a missing table is logged and its text then
+ * passes through as unknown characters. Returns
  * true when the library is ready, also when it already was (a second call
- * changes nothing); false on failure, with the reason in the day's log file
- * (YYYYmmdd.log in the current directory).
+ * changes nothing, not even the encoding); false on failure, with the reason
+ * in the day's log file (YYYYmmdd.log in the current directory).
  * It must not run concurrently with any other call.
  *
  * ZIVOR_Exit releases everything ZIVOR_Init built; false when the library was
@@ -77,7 +90,10 @@ bool ZIVOR_Exit(void);
 const char* ZIVOR_ParagraphProcess(const char* sParagraph, int bPOStagged);
 
 /* The analysis as records; *pResultCount receives their number (0 on
- * failure). bUserDict lets user-dictionary words override the segmentation. */
+ * failure). bUserDict lets user-dictionary words override the segmentation.
+ * Each record's start and length are byte offsets in sParagraph as passed
+ * (with codes 1 to 4 too); the records of a text without line breaks cover
+ * it from its first byte to its last without gap or overlap. */
 const result_t* ZIVOR_ParagraphProcessA(const char* sParagraph, int* pResultCount,
                                         bool bUserDict);
 
@@ -89,8 +105,10 @@ const result_t* ZIVOR_ParagraphProcessA(const char* sParagraph, int* pResultCoun
 int ZIVOR_GetParagraphProcessAWordCount(const char* sParagraph);
 void ZIVOR_ParagraphProcessAW(int nCount, result_t* result);
 
-/* Analyses a text file line by line into sResultFilename. Returns the speed
- * in thousands of bytes per second, 0.0 on failure. */
+/* Analyses a text file line by line into sResultFilename, both in the
+ * caller's encoding; a line longer than 10,239 bytes is analysed in pieces
+ * that never cut a character. Returns the speed in thousands of bytes per
+ * second, 0.0 on failure. */
 double ZIVOR_FileProcess(const char* sSourceFilename, const char* sResultFilename,
                          int bPOStagged);
 
@@ -148,7 +166,7 @@ const char* ZIVOR_NWI_GetResult(bool bWeightOut);
  * than 39 bytes. ZIVOR_DelUsrWord deletes a word and returns its handle, -1
  * when absent. Neither saves.
  * ZIVOR_ImportUserDict replaces the dictionary by a text file of such lines
- * (GBK) and saves it as "UserDict.pdat" in the data directory; returns the
+ * (always GBK, whatever the encoding of the calls) and saves it as "UserDict.pdat" in the data directory; returns the
  * number of words, 0 on failure, in which case no user dictionary remains.
  * ZIVOR_SaveTheUsrDic saves the dictionary: 1 on success; on failure 0 and
  * the dictionary is dropped (ZIVOR_ImportUserDict or a new ZIVOR_Init must

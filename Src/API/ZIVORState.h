@@ -16,6 +16,7 @@
 
 #include <atomic>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "Utility/BinaryIO.h"
@@ -64,6 +65,10 @@ extern CContextStat* g_pPersonContext;
 extern CFSA* g_pPersonFSA;
 extern CCodeTran* g_pCodeTranslator;  // null when the caller's encoding is GBK
 extern FilePtr g_fpNewWord;           // the new-word log "NewWord.lst"
+
+// A text argument in the analysis's encoding: converted to GBK when the
+// caller's encoding is another (null reads as empty).
+std::string InternalText(const char* sText);
 
 // Creates an analysis instance over the shared resources.
 CMainSystem* NewMainSystem();

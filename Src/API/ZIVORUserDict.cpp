@@ -9,7 +9,6 @@
 // A failed save drops the process-wide dictionary but does not re-point the
 // instances, which keep using it: it is retired rather than deleted, and
 // freed once every instance has been pointed elsewhere, or at exit.
-#include <cstring>
 #include <memory>
 #include <new>
 #include <string>
@@ -18,7 +17,6 @@
 #include "API/ZIVOR.h"
 #include "API/ZIVORState.h"
 #include "System/MainSystem.h"
-#include "Utility/CodeTran.h"
 #include "Utility/Global.h"
 #include "Utility/global_linux.h"
 #include "Utility/trie.h"
@@ -32,15 +30,6 @@ std::vector<std::unique_ptr<CTrie>> g_retiredUserDicts;
 
 std::string UserDictPath() { return g_sDefaultDir + "/" + kUserDictFile; }
 
-// A word argument in the encoding the dictionary keeps: GBK.
-std::string Internal(const char* sText) {
-  const char* text = sText != nullptr ? sText : "";
-  if (g_pCodeTranslator == nullptr) return text;
-  std::string gbk;
-  std::vector<int> offsets;
-  g_pCodeTranslator->ToGBK(text, strlen(text), &gbk, &offsets);
-  return gbk;
-}
 
 void LogWithPath(const char* message, const std::string& path) {
   WriteLog(message, nullptr);
@@ -102,14 +91,14 @@ void DeleteUserDicts() {
 int ZIVOR_AddUserWord(const char* sWord) {
   if (!g_bActive) return 0;
   UserDictWriter writer;
-  return AddWord(Internal(sWord).c_str());
+  return AddWord(InternalText(sWord).c_str());
 }
 
 int ZIVOR_DelUsrWord(const char* sWord) {
   if (!g_bActive || sWord == nullptr) return -1;
   UserDictWriter writer;
   if (g_pUserDict == nullptr) return -1;
-  return g_pUserDict->DelTrie(Internal(sWord).c_str());
+  return g_pUserDict->DelTrie(InternalText(sWord).c_str());
 }
 
 unsigned int ZIVOR_ImportUserDict(const char* sFilename) {

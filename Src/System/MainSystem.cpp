@@ -160,12 +160,10 @@ const char* CMainSystem::RunTranslatedProcess(const char* sLine, int bPOStagged,
   return KeepResult(RestoreText(result, sLine != nullptr ? sLine : "").c_str());
 }
 
-const char* CMainSystem::ToAnalysisText(const char* sText, std::string* pGBK,
-                                        std::vector<int>* pOffsets) {
+const char* CMainSystem::ToAnalysisText(const char* sText, std::string* pGBK) {
   if (m_pCodeTranslator == nullptr) return sText;
-  std::vector<int>* offsets = pOffsets != nullptr ? pOffsets : &m_vecTransOffsets;
   const size_t length = sText != nullptr ? strlen(sText) : 0;
-  if (!m_pCodeTranslator->ToGBK(sText, length, pGBK, offsets)) {
+  if (!m_pCodeTranslator->ToGBK(sText, length, pGBK, &m_vecTransOffsets)) {
     WriteLog("Text too long to convert: " + std::to_string(length) + " bytes", nullptr);
   }
   return pGBK->c_str();

@@ -98,6 +98,7 @@ class CMainSystem {
                      int bPOStagged);
   bool FileProcessEx(const char* sSrcFilename, const char* sDsnFilename);
 
+  // Queries of the core dictionary; words are GBK.
   bool IsWord(const char* sWord);
   // Smoothed unigram probability (f + 0.05) / (T + 0.05 N).
   double GetUniProb(int nHandle);
@@ -227,10 +228,9 @@ class CMainSystem {
   // caller's bytes of every word.
   const char* RunTranslatedProcess(const char* sLine, int bPOStagged, bool bUserDict);
   // The text the analysis reads: sText itself without a translator, else its
-  // GBK form in *pGBK (the character offsets in m_vecTransOffsets when
-  // pOffsets is null). An empty text when it cannot be converted.
-  const char* ToAnalysisText(const char* sText, std::string* pGBK,
-                             std::vector<int>* pOffsets = nullptr);
+  // GBK form in *pGBK, with the character offsets in m_vecTransOffsets. An
+  // empty text when it cannot be converted.
+  const char* ToAnalysisText(const char* sText, std::string* pGBK);
   // The byte layout of the texts and files callers give.
   TextLayout CallerLayout() const;
   int RunText(const char* sLine, bool bPOStagged, bool bUserDict, bool bStrOut);

@@ -109,11 +109,7 @@ bool CMainSystem::FileProcessEx(const char* /*sSrcFilename*/, const char* /*sDsn
 }
 
 bool CMainSystem::IsWord(const char* sWord) {
-  if (sWord == nullptr || m_pCoreDict == nullptr) return false;
-  // Queries run outside the busy flag: the conversion uses buffers of its own.
-  std::string gbk;
-  std::vector<int> offsets;
-  return m_pCoreDict->Find(ToAnalysisText(sWord, &gbk, &offsets)) != -1;
+  return sWord != nullptr && m_pCoreDict != nullptr && m_pCoreDict->Find(sWord) != -1;
 }
 
 double CMainSystem::GetUniProb(int nHandle) {
@@ -125,10 +121,8 @@ double CMainSystem::GetUniProb(int nHandle) {
 }
 
 double CMainSystem::GetUniProb(const char* sWord) {
-  if (sWord == nullptr || m_pCoreDict == nullptr) return GetUniProb(-1);
-  std::string gbk;
-  std::vector<int> offsets;
-  return GetUniProb(m_pCoreDict->Find(ToAnalysisText(sWord, &gbk, &offsets)));
+  const int handle = sWord != nullptr && m_pCoreDict != nullptr ? m_pCoreDict->Find(sWord) : -1;
+  return GetUniProb(handle);
 }
 
 bool CMainSystem::IsFreqAssociate(const char* sPrevWord, const char* sNextWord) {
