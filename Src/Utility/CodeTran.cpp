@@ -68,16 +68,20 @@ int CountChars(TextLayout layout, const char* s, size_t len) {
 }  // namespace
 
 CCodeTran::CCodeTran(const char* sDataPath, int encoding) : m_nEncoding(encoding) {
-  const TableFiles* files = FilesOf(encoding);
-  if (files == nullptr) return;
-  const std::string dir = sDataPath != nullptr ? sDataPath : ".";
-  constexpr bool kByteMode = true;
-  m_pGBKSrcDict = LoadTable<CPDAT>(dir, files->gbkDict, kByteMode);
-  m_pGBKWordList = LoadTable<CWordList>(dir, files->gbkWords);
-  m_pCodeDict = LoadTable<CPDAT>(dir, files->codeDict, kByteMode);
-  m_pCodeWordList = LoadTable<CWordList>(dir, files->codeWords);
-  m_pCode2GBKMap = LoadTable<CIDMaps>(dir, files->code2gbk);
-  m_pGBK2CodeMap = LoadTable<CIDMaps>(dir, files->gbk2code);
+  if (const TableFiles* files = FilesOf(encoding)) {
+    const std::string dir = sDataPath != nullptr ? sDataPath : ".";
+    constexpr bool kByteMode = true;
+    m_pGBKSrcDict = LoadTable<CPDAT>(dir, files->gbkDict, kByteMode);
+    m_pGBKWordList = LoadTable<CWordList>(dir, files->gbkWords);
+    m_pCodeDict = LoadTable<CPDAT>(dir, files->codeDict, kByteMode);
+    m_pCodeWordList = LoadTable<CWordList>(dir, files->codeWords);
+    m_pCode2GBKMap = LoadTable<CIDMaps>(dir, files->code2gbk);
+    m_pGBK2CodeMap = LoadTable<CIDMaps>(dir, files->gbk2code);
+  }
+  BuildCharMap(m_pCodeWordList.get(), Layout(), m_pCode2GBKMap.get(), m_pGBKWordList.get(),
+               &m_toGBK);
+  BuildCharMap(m_pGBKWordList.get(), TextLayout::kGbk, m_pGBK2CodeMap.get(),
+               m_pCodeWordList.get(), &m_fromGBK);
 }
 
 CCodeTran::~CCodeTran() = default;
@@ -163,27 +167,24 @@ const char* CCodeTran::CodeTrans(const char* sLine, std::string& result, CPDAT* 
 }
 
 bool CCodeTran::GBKToCodeFile(const char* sSrcFile, const char* sDsnFile) const {
-  char* buffer = nullptr;
-  const int size = ReadFile(sSrcFile, &buffer);
-  std::unique_ptr<char[]> text(buffer);
-  if (size <= 0 && !text) return false;
-  const FilePtr out = OpenFile(sDsnFile, "w");
-  if (!out) return false;
-  if (m_nEncoding == kUTF8) fputs(kByteOrderMark, out.get());
-  std::string result;
-  fprintf(out.get(), "%s\n", GBKToCode(text.get(), result));
-  return true;
+  return ConvertFile(sSrcFile, sDsnFile, true);
 }
 
 bool CCodeTran::CodeToGBKFile(const char* sSrcFile, const char* sDsnFile) const {
+  return ConvertFile(sSrcFile, sDsnFile, false);
+}
+
+bool CCodeTran::ConvertFile(const char* sSrcFile, const char* sDsnFile, bool bToCode) const {
   char* buffer = nullptr;
   const int size = ReadFile(sSrcFile, &buffer);
   std::unique_ptr<char[]> text(buffer);
   if (size <= 0 && !text) return false;
   const FilePtr out = OpenFile(sDsnFile, "w");
   if (!out) return false;
+  if (bToCode && m_nEncoding == kUTF8) fputs(kByteOrderMark, out.get());
   std::string result;
-  fprintf(out.get(), "%s\n", CodeToGBK(text.get(), result));
+  const char* converted = bToCode ? GBKToCode(text.get(), result) : CodeToGBK(text.get(), result);
+  fprintf(out.get(), "%s\n", converted);
   return true;
 }
 
@@ -224,16 +225,54 @@ const char* CCodeTran::StandInFor(const ScannedChar& c) const {
 void CCodeTran::AppendMatch(const char* text, size_t pos, size_t len, const char* target,
                             std::string* gbk, std::vector<int>* offsets) const {
   const size_t targetLen = strlen(target);
+  const TextLayout layout = Layout();
   const bool charByChar =
-      CountChars(Layout(), text + pos, len) == CountChars(TextLayout::kGbk, target, targetLen);
+      CountChars(layout, text + pos, len) == CountChars(TextLayout::kGbk, target, targetLen);
   size_t source = pos;
   for (size_t t = 0; t < targetLen;) {
-    const int targetChar = ScanChar(TextLayout::kGbk, target + t, targetLen - t).len;
-    gbk->append(target + t, static_cast<size_t>(targetChar));
-    offsets->insert(offsets->end(), static_cast<size_t>(targetChar), static_cast<int>(source));
-    t += static_cast<size_t>(targetChar);
-    if (charByChar) source += static_cast<size_t>(ScanChar(Layout(), text + source, pos + len - source).len);
+    const size_t targetChar = ScanChar(TextLayout::kGbk, target + t, targetLen - t).len;
+    gbk->append(target + t, targetChar);
+    offsets->insert(offsets->end(), targetChar, static_cast<int>(source));
+    t += targetChar;
+    if (charByChar) source += ScanChar(layout, text + source, pos + len - source).len;
   }
+}
+
+void CCodeTran::BuildCharMap(const CWordList* pSrcWords, TextLayout layout, const CIDMaps* pMap,
+                             const CWordList* pDsnWords, CharMap* pCharMap) {
+  pCharMap->single.assign(CharMap::kKeys, nullptr);
+  pCharMap->phraseStart.assign(CharMap::kKeys, false);
+  if (pSrcWords == nullptr) return;
+  for (int handle = 0; handle < pSrcWords->GetBound(); ++handle) {
+    const char* word = pSrcWords->GetWord(handle);
+    const char* target = word != nullptr ? Target(pMap, pDsnWords, handle) : nullptr;
+    if (target == nullptr) continue;
+    const size_t len = strlen(word);
+    const ScannedChar first = ScanChar(layout, word, len);
+    if (first.kind != ScannedChar::kMultiByte || first.code >= CharMap::kKeys) continue;
+    if (static_cast<size_t>(first.len) == len) {
+      pCharMap->single[first.code] = target;
+    } else {
+      pCharMap->phraseStart[first.code] = true;
+    }
+  }
+}
+
+const char* CCodeTran::Lookup(const CharMap& charMap, const CPDAT* pDict, const CIDMaps* pMap,
+                              const CWordList* pDsnWords, const char* text, size_t len,
+                              const ScannedChar& c, int* pMatched) {
+  *pMatched = c.len;
+  const bool keyed = c.code < CharMap::kKeys;
+  if (keyed && !charMap.phraseStart[c.code]) return charMap.single[c.code];
+  int handle = -1;
+  const int match = pDict != nullptr ? pDict->GetMaxWord(text, static_cast<int>(len), &handle) : 0;
+  const char* target = match >= c.len ? Target(pMap, pDsnWords, handle) : nullptr;
+  if (target != nullptr) {
+    *pMatched = match;
+    return target;
+  }
+  // A longer string without a conversion of its own: the character alone.
+  return keyed ? charMap.single[c.code] : nullptr;
 }
 
 bool CCodeTran::ExtendsPrevious(const ScannedChar& c, bool joinNext) const {
@@ -263,28 +302,31 @@ bool CCodeTran::ToGBK(const char* text, size_t len, std::string* gbk,
     joinNext = false;
   };
   while (pos < len) {
-    const ScannedChar c = ScanChar(layout, text + pos, len - pos);
-    if (c.kind == ScannedChar::kAscii) {
+    const unsigned char byte = static_cast<unsigned char>(text[pos]);
+    if (byte < 0x80) {
       // A NUL byte would end the text for the analysis: it is a blank.
-      const char byte = c.code == 0 ? ' ' : static_cast<char>(c.code);
-      append(&byte, 1, c.code > ' ' && c.code != 0x7F);
-      pos += 1;
+      gbk->push_back(byte == 0 ? ' ' : static_cast<char>(byte));
+      offsets->push_back(static_cast<int>(pos));
+      extendable = byte > ' ' && byte != 0x7F;
+      joinNext = false;
+      ++pos;
       continue;
     }
+    const ScannedChar c = ScanChar(layout, text + pos, len - pos);
     if (c.kind == ScannedChar::kMultiByte) {
-      int handle = -1;
-      const int match = m_pCodeDict != nullptr
-                            ? m_pCodeDict->GetMaxWord(text + pos, static_cast<int>(len - pos),
-                                                      &handle)
-                            : 0;
-      const char* target = match >= c.len
-                               ? Target(m_pCode2GBKMap.get(), m_pGBKWordList.get(), handle)
-                               : nullptr;
+      int matched = 0;
+      const char* target = Lookup(m_toGBK, m_pCodeDict.get(), m_pCode2GBKMap.get(),
+                                  m_pGBKWordList.get(), text + pos, len - pos, c, &matched);
+      if (target != nullptr && matched == c.len && target[0] != '\0' && target[2] == '\0') {
+        append(target, 2, true);  // one character for one: the common case
+        pos += static_cast<size_t>(matched);
+        continue;
+      }
       if (target != nullptr) {
-        AppendMatch(text, pos, static_cast<size_t>(match), target, gbk, offsets);
+        AppendMatch(text, pos, static_cast<size_t>(matched), target, gbk, offsets);
         extendable = true;
         joinNext = false;
-        pos += static_cast<size_t>(match);
+        pos += static_cast<size_t>(matched);
         continue;
       }
       if (IsGBKBased()) {  // the caller's text is GBK already
@@ -310,32 +352,25 @@ bool CCodeTran::ToGBK(const char* text, size_t len, std::string* gbk,
 void CCodeTran::FromGBK(const char* gbk, size_t len, std::string* out) const {
   const char* replacement = m_nEncoding == kUTF8 ? kUtf8Replacement : "?";
   for (size_t pos = 0; pos < len;) {
+    size_t ascii = pos;
+    while (ascii < len && static_cast<unsigned char>(gbk[ascii]) < 0x80) ++ascii;
+    out->append(gbk + pos, ascii - pos);
+    if ((pos = ascii) >= len) break;
     const ScannedChar c = ScanChar(TextLayout::kGbk, gbk + pos, len - pos);
-    if (c.kind == ScannedChar::kAscii) {
-      out->push_back(gbk[pos++]);
-      continue;
-    }
-    if (c.kind == ScannedChar::kMultiByte) {
-      int handle = -1;
-      const int match = m_pGBKSrcDict != nullptr
-                            ? m_pGBKSrcDict->GetMaxWord(gbk + pos, static_cast<int>(len - pos),
-                                                        &handle)
-                            : 0;
-      const char* target = match >= c.len
-                               ? Target(m_pGBK2CodeMap.get(), m_pCodeWordList.get(), handle)
-                               : nullptr;
-      if (target != nullptr) {
-        out->append(target);
-        pos += static_cast<size_t>(match);
-        continue;
-      }
-    }
-    if (c.kind == ScannedChar::kMultiByte && IsGBKBased()) {
+    int matched = c.len;
+    const char* target =
+        c.kind == ScannedChar::kMultiByte
+            ? Lookup(m_fromGBK, m_pGBKSrcDict.get(), m_pGBK2CodeMap.get(), m_pCodeWordList.get(),
+                     gbk + pos, len - pos, c, &matched)
+            : nullptr;
+    if (target != nullptr) {
+      out->append(target);
+    } else if (c.kind == ScannedChar::kMultiByte && IsGBKBased()) {
       out->append(gbk + pos, 2);
     } else {
       out->append(replacement);
     }
-    pos += static_cast<size_t>(c.len);
+    pos += static_cast<size_t>(matched);
   }
 }
 

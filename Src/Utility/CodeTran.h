@@ -37,6 +37,7 @@
 #define ZIVOR_UTILITY_CODETRAN_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -98,6 +99,24 @@ class CCodeTran {
   TextLayout Layout() const;
 
  private:
+  // The conversion of every character of one direction by its code (a
+  // Unicode code point below 0x10000, or a double-byte code), and which
+  // characters begin a longer string that converts as a whole. Derived from
+  // the tables at load, so that most characters need no dictionary walk.
+  struct CharMap {
+    static constexpr uint32_t kKeys = 0x10000;
+    std::vector<const char*> single;  // into the target word list; null: none
+    std::vector<bool> phraseStart;
+  };
+  static void BuildCharMap(const CWordList* pSrcWords, TextLayout layout, const CIDMaps* pMap,
+                           const CWordList* pDsnWords, CharMap* pCharMap);
+  // The conversion of the string at `text` (`len` bytes left), whose first
+  // character is c: the longest string the tables convert, or c alone.
+  // *pMatched receives the bytes it covers; null when nothing converts.
+  static const char* Lookup(const CharMap& charMap, const CPDAT* pDict, const CIDMaps* pMap,
+                            const CWordList* pDsnWords, const char* text, size_t len,
+                            const ScannedChar& c, int* pMatched);
+  bool ConvertFile(const char* sSrcFile, const char* sDsnFile, bool bToCode) const;
   // The string the first target of `handle` maps to, or null.
   static const char* Target(const CIDMaps* pMap, const CWordList* pWords, int handle);
   // The GBK character that stands for the caller's character c, which no
@@ -121,6 +140,8 @@ class CCodeTran {
   std::unique_ptr<CIDMaps> m_pCode2GBKMap;
   std::unique_ptr<CIDMaps> m_pGBK2CodeMap;
   int m_nEncoding;
+  CharMap m_toGBK;
+  CharMap m_fromGBK;
 };
 
 #endif  // ZIVOR_UTILITY_CODETRAN_H_
