@@ -18,8 +18,7 @@ bool IsGb2312Hanzi(const CodePage& gbk, char32_t c) {
 // has no Taiwan reading; when c is the simplified form of another character
 // itself (么, for 麼, stays 么); or when the result leaves the GB2312 block
 // while the plain simplification stays in it (抬 would become 擡).
-std::optional<char32_t> TaiwanSimplified(const CodeTableSources& src, char32_t c,
-                                         char32_t plain) {
+std::optional<char32_t> TaiwanSimplified(const CodeTableSources& src, char32_t c, char32_t plain) {
   const char32_t common = src.twVariantsRev.Char(c);
   if (common == c || src.stCharacters.Char(c) != c) return std::nullopt;
   const char32_t simplified = src.tsCharacters.Char(common);
@@ -108,8 +107,7 @@ Conversion Identity(const CodePage& page) {
 
 bool Conversion::AddPhrase(const Text& from, const Text& to, const CodePage& fromPage,
                            const CodePage& toPage) {
-  if (from.size() < 2 || from.size() != to.size() || !fromPage.HasAll(from) ||
-      !toPage.HasAll(to)) {
+  if (from.size() < 2 || from.size() != to.size() || !fromPage.HasAll(from) || !toPage.HasAll(to)) {
     return false;
   }
   return phrases_.emplace(from, to).second;
@@ -190,8 +188,8 @@ Mapping* CodeTablePlan::AddMapping(const std::string& file, Lexicon* from, Lexic
     from->strings.insert(source);
     to->strings.insert(target);
   }
-  mappings_.push_back(std::make_unique<Mapping>(
-      Mapping{file, from, to, std::move(conversion), nullptr, {}, {}}));
+  mappings_.push_back(
+      std::make_unique<Mapping>(Mapping{file, from, to, std::move(conversion), nullptr, {}, {}}));
   return mappings_.back().get();
 }
 

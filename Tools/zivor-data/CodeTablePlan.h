@@ -77,8 +77,8 @@ struct Mapping {
 
 // The two mappings of one caller encoding.
 struct EncodingTables {
-  std::string name;        // "UTF-8", "BIG5", "GBKC"
-  const CodePage* chars;   // the characters the encoding has in the sources
+  std::string name;       // "UTF-8", "BIG5", "GBKC"
+  const CodePage* chars;  // the characters the encoding has in the sources
   const Mapping* toGbk;
   const Mapping* fromGbk;
 };

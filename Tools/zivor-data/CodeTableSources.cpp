@@ -31,12 +31,22 @@ bool ForEachLine(const std::string& path, std::string* error, Parse parse) {
 
 // A hex number of 1 to 8 digits, the whole token.
 bool ParseHex(const std::string& token, unsigned long* value) {
-  if (token.empty() || token.size() > 8) return false;
-  char* end = nullptr;
-  *value = strtoul(token.c_str(), &end, 16);
-  return *end == '\0' && std::all_of(token.begin(), token.end(), [](char c) {
-           return isxdigit(static_cast<unsigned char>(c)) != 0;
-         });
+  const auto isHex = [](char c) { return isxdigit(static_cast<unsigned char>(c)) != 0; };
+  if (token.empty() || token.size() > 8 || !std::all_of(token.begin(), token.end(), isHex)) {
+    return false;
+  }
+  *value = strtoul(token.c_str(), nullptr, 16);
+  return true;
+}
+
+// The byte length of a UTF-8 sequence by its first byte; 0 for a byte that
+// cannot start one.
+size_t SequenceLength(unsigned char lead) {
+  if (lead < 0x80) return 1;
+  if (lead < 0xC0) return 0;
+  if (lead < 0xE0) return 2;
+  if (lead < 0xF0) return 3;
+  return lead < 0xF8 ? 4 : 0;
 }
 
 bool IsScalarValue(char32_t c) { return c <= 0x10FFFF && (c < 0xD800 || c > 0xDFFF); }
@@ -77,7 +87,7 @@ std::optional<Text> DecodeUtf8(const std::string& bytes) {
   Text text;
   for (size_t i = 0; i < bytes.size();) {
     const unsigned char lead = static_cast<unsigned char>(bytes[i]);
-    const size_t length = lead < 0x80 ? 1 : lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 0;
+    const size_t length = SequenceLength(lead);
     if (length == 0 || i + length > bytes.size()) return std::nullopt;
     char32_t c = length == 1 ? lead : lead & (0x7F >> length);
     for (size_t k = 1; k < length; ++k) {
@@ -144,8 +154,7 @@ bool ConversionTable::Load(const std::string& path, std::string* error) {
     if (tab == std::string::npos) return false;
     const std::vector<std::string> candidates = Words(line.substr(tab + 1));
     const std::optional<Text> key = DecodeUtf8(line.substr(0, tab));
-    const std::optional<Text> first =
-        candidates.empty() ? std::nullopt : DecodeUtf8(candidates[0]);
+    const std::optional<Text> first = candidates.empty() ? std::nullopt : DecodeUtf8(candidates[0]);
     if (!key || !first || key->empty() || first->empty()) return false;
     if (index_.emplace(*key, pairs_.size()).second) pairs_.emplace_back(*key, *first);
     return true;
@@ -168,8 +177,7 @@ bool CodeTableSources::Load(const std::string& dir, std::string* error) {
          tsCharacters.Load(table("TSCharacters"), error) &&
          tsPhrases.Load(table("TSPhrases"), error) &&
          stCharacters.Load(table("STCharacters"), error) &&
-         stPhrases.Load(table("STPhrases"), error) &&
-         twVariants.Load(table("TWVariants"), error) &&
+         stPhrases.Load(table("STPhrases"), error) && twVariants.Load(table("TWVariants"), error) &&
          twVariantsRev.Load(table("TWVariantsRev"), error) &&
          twVariantsRevPhrases.Load(table("TWVariantsRevPhrases"), error);
 }

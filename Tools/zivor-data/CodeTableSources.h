@@ -71,8 +71,8 @@ class ConversionTable {
 
 // Every source file, read from one directory.
 struct CodeTableSources {
-  CodePage gbk;    // gbk-unicode.txt
-  CodePage big5;   // big5-unicode.txt
+  CodePage gbk;                             // gbk-unicode.txt
+  CodePage big5;                            // big5-unicode.txt
   ConversionTable tsCharacters, tsPhrases;  // traditional to simplified
   ConversionTable stCharacters, stPhrases;  // simplified to traditional
   ConversionTable twVariants;               // common traditional to Taiwan forms

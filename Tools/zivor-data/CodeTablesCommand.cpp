@@ -266,10 +266,11 @@ void TableWriter::PrintSummary(const EncodingTables& encoding) const {
                  encoding.toGbk->file, encoding.fromGbk->file});
   const int extChars = static_cast<int>(encoding.chars->Decoded().size());
   const int gbkChars = static_cast<int>(encoding.toGbk->to->page->Decoded().size());
-  printf("%s: %d characters and %d phrases to GBK (%d of %d characters unmapped), "
-         "%d characters and %d phrases from GBK (%d of %d unmapped); %lld bytes\n",
-         encoding.name.c_str(), in.chars, in.phrases, extChars - in.chars, extChars, out.chars,
-         out.phrases, gbkChars - out.chars, gbkChars, bytes);
+  printf(
+      "%s: %d characters and %d phrases to GBK (%d of %d characters unmapped), "
+      "%d characters and %d phrases from GBK (%d of %d unmapped); %lld bytes\n",
+      encoding.name.c_str(), in.chars, in.phrases, extChars - in.chars, extChars, out.chars,
+      out.phrases, gbkChars - out.chars, gbkChars, bytes);
 }
 
 int RunCodeTables(const std::vector<std::string>& raw) {
