@@ -287,6 +287,17 @@ TEST_F(ZivorCliTest, FailedInitialisationPointsAtTheLog) {
   EXPECT_NE(std::string::npos, testutil::ReadFileBytes(log).find("Cannot Open Configure file"));
 }
 
+// The library starts without its translation tables (reading every
+// character as unknown); the command names the missing table instead.
+TEST_F(ZivorCliTest, MissingTranslationTablesAreNamed) {
+  ASSERT_TRUE(testutil::BuildMiniData(work_.path()));
+  const CliRun run = Run({"-d", work_.path()}, Input());
+  EXPECT_EQ(1, run.status);
+  EXPECT_EQ("", run.out);
+  EXPECT_NE(std::string::npos, run.err.find("has no UTF-8 table GBKA.pdat")) << run.err;
+  EXPECT_EQ(0, Run({"-d", work_.path(), "-e", "gbk"}, Gbk(Input())).status);
+}
+
 TEST_F(ZivorCliTest, BadOptionsAreRefused) {
   for (const std::vector<std::string>& args :
        {std::vector<std::string>{"-e", "latin1"}, {"-e", "utf"}, {"-e"}, {"--map", "4"}, {"--map"},

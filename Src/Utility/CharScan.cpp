@@ -5,52 +5,8 @@
 
 namespace {
 
-bool InRange(unsigned char c, unsigned char lo, unsigned char hi) { return c >= lo && c <= hi; }
-
-// The range of the first continuation byte after a UTF-8 lead byte (the
-// later ones are always 0x80-0xBF), and the sequence length; 0 for a byte
-// that cannot lead a sequence.
-struct Utf8Lead {
-  int length;
-  unsigned char lo;
-  unsigned char hi;
-};
-
-Utf8Lead LeadOf(unsigned char c) {
-  if (InRange(c, 0xC2, 0xDF)) return {2, 0x80, 0xBF};
-  if (c == 0xE0) return {3, 0xA0, 0xBF};
-  if (c == 0xED) return {3, 0x80, 0x9F};  // no surrogates
-  if (InRange(c, 0xE1, 0xEF)) return {3, 0x80, 0xBF};
-  if (c == 0xF0) return {4, 0x90, 0xBF};
-  if (c == 0xF4) return {4, 0x80, 0x8F};  // nothing above U+10FFFF
-  if (InRange(c, 0xF1, 0xF3)) return {4, 0x80, 0xBF};
-  return {0, 0, 0};
-}
-
-ScannedChar ScanUtf8(const unsigned char* s, size_t len) {
-  const Utf8Lead lead = LeadOf(s[0]);
-  if (lead.length == 0) return {ScannedChar::kMalformed, 1, s[0]};
-  uint32_t code = s[0] & (0xFF >> (lead.length + 1));
-  for (int i = 1; i < lead.length; ++i) {
-    const unsigned char lo = i == 1 ? lead.lo : 0x80;
-    const unsigned char hi = i == 1 ? lead.hi : 0xBF;
-    if (static_cast<size_t>(i) >= len || !InRange(s[i], lo, hi)) {
-      return {ScannedChar::kMalformed, i, s[0]};
-    }
-    code = (code << 6) | (s[i] & 0x3F);
-  }
-  return {ScannedChar::kMultiByte, lead.length, code};
-}
-
-ScannedChar ScanDoubleByte(const unsigned char* s, size_t len, bool big5) {
-  const unsigned char lead = s[0];
-  if (!InRange(lead, 0x81, 0xFE) || len < 2) return {ScannedChar::kMalformed, 1, lead};
-  const unsigned char trail = s[1];
-  const bool valid = InRange(trail, 0x40, 0x7E) ||
-                     (big5 ? InRange(trail, 0xA1, 0xFE) : InRange(trail, 0x80, 0xFE));
-  if (!valid) return {ScannedChar::kMalformed, 1, lead};
-  return {ScannedChar::kMultiByte, 2, static_cast<uint32_t>(lead * 256 + trail)};
-}
+using charscan_detail::InRange;
+using charscan_detail::LeadOf;
 
 struct CodeRange {
   uint32_t first;
@@ -105,20 +61,6 @@ constexpr CodeRange kBlocks[] = {
 
 }  // namespace
 
-ScannedChar ScanChar(TextLayout layout, const char* text, size_t len) {
-  const auto* s = reinterpret_cast<const unsigned char*>(text);
-  if (s[0] < 0x80) return {ScannedChar::kAscii, 1, s[0]};
-  switch (layout) {
-    case TextLayout::kUtf8:
-      return ScanUtf8(s, len);
-    case TextLayout::kGbk:
-      return ScanDoubleByte(s, len, false);
-    case TextLayout::kBig5:
-      return ScanDoubleByte(s, len, true);
-  }
-  return {ScannedChar::kMalformed, 1, s[0]};
-}
-
 int CharLengthFromLead(TextLayout layout, unsigned char lead) {
   if (lead < 0x80) return 1;
   if (layout == TextLayout::kUtf8) return std::max(LeadOf(lead).length, 1);
@@ -127,6 +69,12 @@ int CharLengthFromLead(TextLayout layout, unsigned char lead) {
 
 bool IsTrailByte(TextLayout layout, unsigned char byte) {
   return layout == TextLayout::kUtf8 ? InRange(byte, 0x80, 0xBF) : byte >= 0x40;
+}
+
+size_t CountChars(TextLayout layout, const char* s, size_t len) {
+  size_t count = 0;
+  for (size_t pos = 0; pos < len; ++count) pos += static_cast<size_t>(ScanChar(layout, s + pos, len - pos).len);
+  return count;
 }
 
 bool IsWellFormed(TextLayout layout, const char* s, size_t len) {

@@ -58,13 +58,6 @@ bool IsBig5Hanzi(uint32_t code) {
   return (code >= 0xA440 && code <= 0xC67E) || (code >= 0xC940 && code <= 0xF9D5);
 }
 
-// Counts the characters of `len` bytes in the layout.
-int CountChars(TextLayout layout, const char* s, size_t len) {
-  int count = 0;
-  for (size_t pos = 0; pos < len; ++count) pos += ScanChar(layout, s + pos, len - pos).len;
-  return count;
-}
-
 }  // namespace
 
 CCodeTran::CCodeTran(const char* sDataPath, int encoding) : m_nEncoding(encoding) {
@@ -85,6 +78,13 @@ CCodeTran::CCodeTran(const char* sDataPath, int encoding) : m_nEncoding(encoding
 }
 
 CCodeTran::~CCodeTran() = default;
+
+std::vector<std::string> CCodeTran::TableFileNames(int encoding) {
+  const TableFiles* files = FilesOf(encoding);
+  if (files == nullptr) return {};
+  return {files->gbkDict, files->gbkWords, files->codeDict,
+          files->codeWords, files->code2gbk, files->gbk2code};
+}
 
 TextLayout CCodeTran::Layout() const {
   switch (m_nEncoding) {
@@ -297,7 +297,7 @@ bool CCodeTran::ToGBK(const char* text, size_t len, std::string* gbk,
   bool joinNext = false;
   const auto append = [&](const char* bytes, size_t count, bool canExtend) {
     gbk->append(bytes, count);
-    offsets->insert(offsets->end(), count, static_cast<int>(pos));
+    for (size_t i = 0; i < count; ++i) offsets->push_back(static_cast<int>(pos));
     extendable = canExtend;
     joinNext = false;
   };

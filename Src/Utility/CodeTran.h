@@ -95,6 +95,8 @@ class CCodeTran {
   std::string FromGBK(const std::string& gbk) const;
 
   int GetEncoding() const { return m_nEncoding; }
+  // The names of the six table files of `encoding` (none outside 1 to 3).
+  static std::vector<std::string> TableFileNames(int encoding);
   // The byte layout of the caller's text.
   TextLayout Layout() const;
 

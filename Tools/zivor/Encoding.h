@@ -43,14 +43,6 @@ inline const Encoding* FindEncoding(const std::string& name) {
   return nullptr;
 }
 
-// The characters of `len` bytes in the layout, a malformed byte counting as
-// one.
-inline size_t CountChars(TextLayout layout, const char* s, size_t len) {
-  size_t count = 0;
-  for (size_t pos = 0; pos < len; ++count) pos += ScanChar(layout, s + pos, len - pos).len;
-  return count;
-}
-
 // Whether the bytes are well-formed UTF-8 holding a character of three bytes
 // or more, as Chinese text in UTF-8 does.
 inline bool LooksLikeUtf8(const char* s, size_t len) {

@@ -19,6 +19,7 @@
 #include "NewWordJob.h"
 #include "Options.h"
 #include "UserDictJobs.h"
+#include "Utility/CodeTran.h"
 #include "Utility/global_linux.h"
 
 namespace {
@@ -231,6 +232,21 @@ std::string CurrentDirectory() {
   return getcwd(buffer, sizeof buffer) != nullptr ? buffer : ".";
 }
 
+// The library starts without a missing translation table (and then reads
+// every character as unknown); the command refuses to.
+bool HasTables(const std::string& dir, const Encoding& encoding) {
+  const std::string data = DataDir(dir.empty() ? CurrentDirectory() : dir);
+  for (const std::string& name : CCodeTran::TableFileNames(encoding.code)) {
+    if (access((data + "/" + name).c_str(), R_OK) != 0) {
+      fprintf(stderr, "zivor: %s has no %s table %s; rebuild the tables with "
+              "\"zivor-data codetables\" or choose another encoding with -e\n",
+              data.c_str(), encoding.label, name.c_str());
+      return false;
+    }
+  }
+  return true;
+}
+
 bool Initialise(const Options& options, DataStage* stage) {
   std::string dir = options.dir;
   if (!options.user_dict.empty()) {
@@ -241,7 +257,11 @@ bool Initialise(const Options& options, DataStage* stage) {
     }
     dir = stage->dir();
   }
-  if (ZIVOR_Init(dir.c_str(), options.encoding.code)) return true;
+  if (ZIVOR_Init(dir.c_str(), options.encoding.code)) {
+    if (HasTables(dir, options.encoding)) return true;
+    ZIVOR_Exit();
+    return false;
+  }
   const std::string data = DataDir(options.dir.empty() ? CurrentDirectory() : options.dir);
   fprintf(stderr, "zivor: cannot initialise from %s; see %s/%s\n", data.c_str(),
           CurrentDirectory().c_str(), LogFileName(nullptr).c_str());
