@@ -123,6 +123,18 @@ TEST_F(EncodingTest, Utf8GivesTheAnalysisOfGBK) {
     ExpectTextOf(kSentences[i], words);
     // A byte-order mark changes nothing but the offsets.
     EXPECT_EQ(words, Records(std::string("\xEF\xBB\xBF") + kSentences[i], 3));
+    // The count-and-copy pair gives the same records.
+    int count = 0;
+    const result_t* records = ZIVOR_ParagraphProcessA(kSentences[i], &count, true);
+    const std::vector<result_t> expected(records, records + count);
+    ASSERT_EQ(count, ZIVOR_GetParagraphProcessAWordCount(kSentences[i]));
+    std::vector<result_t> copied(count);
+    ZIVOR_ParagraphProcessAW(count, copied.data());
+    for (int k = 0; k < count; ++k) {
+      EXPECT_EQ(expected[k].start, copied[k].start);
+      EXPECT_EQ(expected[k].length, copied[k].length);
+      EXPECT_STREQ(expected[k].sPOS, copied[k].sPOS);
+    }
   }
 }
 
@@ -279,6 +291,14 @@ TEST_F(EncodingTest, KeywordsNewWordsAndFingerprintsAreTheCallersText) {
   EXPECT_EQ(finger, ZIVOR_FingerPrint(kArticle));
   ASSERT_EQ(1, ZIVOR_NWI_Start());
   EXPECT_EQ(1, ZIVOR_NWI_AddMem(kArticle));
+  EXPECT_EQ(1, ZIVOR_NWI_Complete());
+  EXPECT_EQ(newWords, ZIVOR_NWI_GetResult(true));
+  // The same from a UTF-8 file.
+  const std::string file = work_.File("article.txt");
+  testutil::WriteFile(file, kArticle);
+  EXPECT_EQ(newWords, ZIVOR_GetFileNewWords(file.c_str(), -1, true));
+  ASSERT_EQ(1, ZIVOR_NWI_Start());
+  EXPECT_EQ(1, ZIVOR_NWI_AddFile(file.c_str()));
   EXPECT_EQ(1, ZIVOR_NWI_Complete());
   EXPECT_EQ(newWords, ZIVOR_NWI_GetResult(true));
 }

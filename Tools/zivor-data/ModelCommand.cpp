@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "Command.h"
+#include "ScratchDir.h"
 #include "Corpus.h"
 #include "ModelCorpus.h"
 #include "ModelRoles.h"
@@ -50,28 +51,6 @@ struct WordCounts {
   Transitions transitions;
 };
 
-// A scratch directory for the text forms, removed with its contents.
-class TempDir {
- public:
-  TempDir() {
-    char name[] = "/tmp/zivor-model-XXXXXX";
-    if (mkdtemp(name) != nullptr) path_ = name;
-  }
-  ~TempDir() {
-    std::error_code ignored;
-    if (!path_.empty() && !keep_) fs::remove_all(path_, ignored);
-  }
-  TempDir(const TempDir&) = delete;
-  TempDir& operator=(const TempDir&) = delete;
-  bool ok() const { return !path_.empty(); }
-  const std::string& path() const { return path_; }
-  void Keep() { keep_ = true; }
-  std::string File(const char* name) const { return path_ + "/" + name; }
-
- private:
-  std::string path_;
-  bool keep_ = false;
-};
 
 // Prints the reason of a failure; returns false.
 bool Failure(const std::string& message) {
@@ -205,7 +184,7 @@ const DataCommand kModel{
 
 class ModelBuilder {
  public:
-  ModelBuilder(const std::string& out, const TempDir& temp, std::set<std::string> dropped)
+  ModelBuilder(const std::string& out, const ScratchDir& temp, std::set<std::string> dropped)
       : out_(out), temp_(temp), dropped_(std::move(dropped)) {}
 
   int Run(const std::vector<std::string>& corpora, int first_day, int last_day);
@@ -221,7 +200,7 @@ class ModelBuilder {
                        CBigram* bigram) const;
 
   const std::string out_;
-  const TempDir& temp_;
+  const ScratchDir& temp_;
   const std::set<std::string> dropped_;  // words kept out of the dictionary
   CCharset charset_;
   CPOSmap map_;
@@ -443,7 +422,7 @@ int RunModel(const std::vector<std::string>& raw) {
       !ParseDayRange(args.Option("--exclude-days"), &first_day, &last_day)) {
     return UsageError(kModel);
   }
-  TempDir temp;
+  ScratchDir temp("zivor-model");
   if (!temp.ok()) return Fail("cannot create a temporary directory");
   if (args.HasFlag("--keep-text")) {
     temp.Keep();

@@ -21,17 +21,21 @@ class ScratchDir {
   }
   ~ScratchDir() {
     std::error_code ignored;
-    if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
+    if (!path_.empty() && !keep_) std::filesystem::remove_all(path_, ignored);
   }
   ScratchDir(const ScratchDir&) = delete;
   ScratchDir& operator=(const ScratchDir&) = delete;
 
   // False when the directory could not be created.
   bool ok() const { return !path_.empty(); }
+  const std::string& path() const { return path_; }
   std::string File(const std::string& name) const { return path_ + "/" + name; }
+  // Leaves the directory in place, for inspection.
+  void Keep() { keep_ = true; }
 
  private:
   std::string path_;
+  bool keep_ = false;
 };
 
 #endif  // ZIVOR_TOOLS_SCRATCH_DIR_H_
