@@ -47,18 +47,23 @@ Outcome Analyse(const std::string& text) {
 }
 
 // Short texts, texts over 100 bytes (analysed line by line), blanks and line
-// breaks.
-std::vector<std::string> Texts() {
+// breaks; in GBK, or with characters GBK lacks, in UTF-8.
+std::vector<std::string> Texts(bool utf8Text = false) {
   std::vector<std::string> texts;
+  const auto encode = [utf8Text](const std::string& text) { return utf8Text ? text : Gbk(text); };
+  if (utf8Text) {
+    texts.push_back("😀今天下雪了❤️，안녕하세요 Café！\xFF" "𠀀先生");
+    texts.push_back("\xEF\xBB\xBF中国人民热爱和平。\u00A0他们👍🏽在北京大学学习经济。");
+  }
   for (const char* utf8 :
        {"中国人民热爱和平。", "他在北京大学学习经济。", "记者王伟报道", "结婚的和尚未结婚的",
         "  他们 在 天津 参加 了 会议 。",
         "我们要发展经济，提高人民的生活水平。\n新华社北京电。\r\n李明是北京大学的学生。",
         "研究生在研究生命的起源。国务院总理刘强访问了上海。联合国表示，世界需要和平。陈丽喜欢读书。她买了三本书。",
         "第一\t1998年 abc123 “学习很重要。”——— 把书给我！", "一", ""})
-    texts.push_back(Gbk(utf8));
+    texts.push_back(encode(utf8));
   std::string paragraph;
-  for (int i = 0; i < 20; ++i) paragraph += Gbk("政府和企业都在研究这个问题。\n");
+  for (int i = 0; i < 20; ++i) paragraph += encode("政府和企业都在研究这个问题。\n");
   texts.push_back(paragraph);
   return texts;
 }
@@ -66,16 +71,33 @@ std::vector<std::string> Texts() {
 class ApiConcurrencyTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(testutil::BuildMiniData(data_.path()));
+    testutil::MiniDataOptions options;
+    options.code_tables = true;
+    ASSERT_TRUE(testutil::BuildMiniData(data_.path(), options));
     ASSERT_TRUE(ZIVOR_Init(data_.path().c_str(), 0));
   }
   void TearDown() override { ZIVOR_Exit(); }
+
+  // Eight threads analyse the texts through the pool and compare with what
+  // one thread got.
+  void ExpectSingleThreadedResults(const std::vector<std::string>& texts);
 
   testutil::TempDir data_;
 };
 
 TEST_F(ApiConcurrencyTest, ThreadsGetTheSingleThreadedResults) {
-  const std::vector<std::string> texts = Texts();
+  ExpectSingleThreadedResults(Texts());
+}
+
+// The translator is shared by every instance; each instance keeps the
+// converted text and its offsets of its own.
+TEST_F(ApiConcurrencyTest, ThreadsGetTheSingleThreadedResultsInUtf8) {
+  ZIVOR_Exit();
+  ASSERT_TRUE(ZIVOR_Init(data_.path().c_str(), 1));
+  ExpectSingleThreadedResults(Texts(true));
+}
+
+void ApiConcurrencyTest::ExpectSingleThreadedResults(const std::vector<std::string>& texts) {
   std::vector<Outcome> expected;
   for (const std::string& text : texts) expected.push_back(Analyse(text));
   ASSERT_EQ(1u, g_vecWorker.size());

@@ -159,6 +159,17 @@ bool BuildMiniData(const std::string& dir, const MiniDataOptions& options) {
     if (error) return Fail("cannot copy " + name);
   }
   WriteFile(data + "/Configure.xml", MiniConfigure(options));
+  if (options.code_tables) {
+    for (const auto& entry : fs::directory_iterator(fs::path(ZIVOR_SOURCE_DIR) / "Data")) {
+      const fs::path name = entry.path().filename();
+      const std::string ext = name.extension().string();
+      if ((ext == ".pdat" || ext == ".wordlist" || ext == ".map") &&
+          !fs::exists(fs::path(data) / name)) {
+        fs::create_symlink(entry.path(), fs::path(data) / name, error);
+        if (error) return Fail("cannot link " + name.string());
+      }
+    }
+  }
   return true;
 }
 

@@ -24,6 +24,9 @@ struct MiniDataOptions {
   std::string tag_set = "ZIVOR.map";  // "TagSet"; empty leaves the key out
   std::string pos_delimiter = "/";
   std::string word_boundary = "  ";
+  // Links to the shipped code-translation tables, which cover whole
+  // character sets, so that the set reads UTF-8, BIG5 and GBKC as well.
+  bool code_tables = false;
 };
 
 // The Configure.xml text for the options.

@@ -39,19 +39,10 @@ std::vector<std::string> Tokens(const std::string& line) {
   return {std::istream_iterator<std::string>(in), std::istream_iterator<std::string>()};
 }
 
-// The mini data set in dir, with the conversion tables of the shipped data
-// (the table files the mini set lacks), which cover whole character sets.
-bool BuildData(const std::string& dir, const testutil::MiniDataOptions& options = {}) {
-  if (!testutil::BuildMiniData(dir, options)) return false;
-  const fs::path data = fs::path(dir) / "Data";
-  for (const fs::directory_entry& entry : fs::directory_iterator(fs::path(ZIVOR_SOURCE_DIR) / "Data")) {
-    const fs::path name = entry.path().filename();
-    const std::string ext = name.extension().string();
-    if ((ext == ".pdat" || ext == ".wordlist" || ext == ".map") && !fs::exists(data / name)) {
-      fs::create_symlink(entry.path(), data / name);
-    }
-  }
-  return true;
+// The mini data set in dir, with the conversion tables of the shipped data.
+bool BuildData(const std::string& dir, testutil::MiniDataOptions options = {}) {
+  options.code_tables = true;
+  return testutil::BuildMiniData(dir, options);
 }
 
 class ZivorCliTest : public ::testing::Test {
