@@ -182,8 +182,9 @@ TEST_F(FileProcessTest, LinesArePiecesOfAtMost10239BytesAndNulBytesAreKept) {
                                "\n" + Run(Gbk("他")) + Run(Gbk("是学生。\n")) + "\n";
   EXPECT_EQ(expected, testutil::ReadFileBytes(dest_));
 
+  // Nothing to analyse is no speed at all, never 0 / 0.
   testutil::WriteFile(source_, "");
-  EXPECT_TRUE(std::isnan(sys_->FileProcess(source_.c_str(), dest_.c_str(), 1)));
+  EXPECT_EQ(0.0, sys_->FileProcess(source_.c_str(), dest_.c_str(), 1));
   EXPECT_EQ(0, testutil::FileSize(dest_));
 }
 
@@ -194,6 +195,11 @@ TEST_F(FileProcessTest, MissingSourceIsLoggedAndEmptiesTheDestination) {
   EXPECT_EQ(0, testutil::FileSize(dest_));
   EXPECT_NE(std::string::npos, LogSince(logged).find("] Error read file\n"));
   EXPECT_NE(std::string::npos, LogSince(logged).find("] " + source_ + "\n"));
+
+  // A directory opens but cannot be read: a failure, not an infinite speed.
+  logged = testutil::ReadFileBytes(LogFileName(nullptr)).size();
+  EXPECT_EQ(0.0, sys_->FileProcess(dir_.path().c_str(), dest_.c_str(), 1));
+  EXPECT_NE(std::string::npos, LogSince(logged).find("] " + dir_.path() + "\n"));
 
   testutil::WriteFile(source_, kSentence);
   const std::string unwritable = dir_.File("no/such/dir/out.txt");

@@ -12,6 +12,7 @@
 #include "System/MainSystem.h"
 #include "Utility/CodeTran.h"
 #include "Utility/Global.h"
+#include "Utility/global_linux.h"
 
 std::atomic<bool> g_bActive{false};
 CMainSystem* g_pZIVOR = nullptr;
@@ -76,12 +77,21 @@ CMainSystem* NewMainSystem() {
                   g_pPersonRole, g_pPersonContext, g_pPersonFSA, g_pCodeTranslator);
 }
 
+void LogException(const char* sCall, const char* sWhat) noexcept {
+  try {
+    WriteLog(std::string(sCall) + " stopped: " + sWhat, nullptr);
+  } catch (...) {  // nothing more can be done when even the log line fails
+  }
+}
+
 const char* ZIVOR_ParagraphProcess(const char* sParagraph, int bPOStagged) {
-  if (!g_bActive) return nullptr;
-  WorkerLease lease;
-  if (lease.get() == nullptr) return nullptr;
-  return KeepText(lease.get()->ParagraphProcess(TextOrEmpty(sParagraph), bPOStagged),
-                  TextKind::kAnalysis);
+  return Guarded<const char*>(__func__, nullptr, [&]() -> const char* {
+    if (!g_bActive) return nullptr;
+    WorkerLease lease;
+    if (lease.get() == nullptr) return nullptr;
+    return KeepText(lease.get()->ParagraphProcess(TextOrEmpty(sParagraph), bPOStagged),
+                    TextKind::kAnalysis);
+  });
 }
 
 const result_t* ZIVOR_ParagraphProcessA(const char* sParagraph, int* pResultCount,
@@ -89,19 +99,25 @@ const result_t* ZIVOR_ParagraphProcessA(const char* sParagraph, int* pResultCoun
   int ignored = 0;
   int* count = pResultCount != nullptr ? pResultCount : &ignored;
   *count = 0;
-  if (!g_bActive) return nullptr;
-  WorkerLease lease;
-  if (lease.get() == nullptr) return nullptr;
-  const result_t* records =
-      lease.get()->ParagraphProcessA(TextOrEmpty(sParagraph), count, bUserDict);
-  return KeepRecords(records, *count);
+  const result_t* records = Guarded<const result_t*>(__func__, nullptr, [&]() -> const result_t* {
+    if (!g_bActive) return nullptr;
+    WorkerLease lease;
+    if (lease.get() == nullptr) return nullptr;
+    const result_t* kept =
+        lease.get()->ParagraphProcessA(TextOrEmpty(sParagraph), count, bUserDict);
+    return KeepRecords(kept, *count);
+  });
+  if (records == nullptr) *count = 0;
+  return records;
 }
 
 int ZIVOR_GetParagraphProcessAWordCount(const char* sParagraph) {
-  if (!g_bActive || g_pZIVOR == nullptr) return 0;
-  UserDictReader reader;
-  std::string translated;
-  return g_pZIVOR->ProcessA(TextOrEmpty(sParagraph), translated, true, true, false);
+  return Guarded(__func__, 0, [&] {
+    if (!g_bActive || g_pZIVOR == nullptr) return 0;
+    UserDictReader reader;
+    std::string translated;
+    return g_pZIVOR->ProcessA(TextOrEmpty(sParagraph), translated, true, true, false);
+  });
 }
 
 void ZIVOR_ParagraphProcessAW(int nCount, result_t* result) {
@@ -111,10 +127,12 @@ void ZIVOR_ParagraphProcessAW(int nCount, result_t* result) {
 
 double ZIVOR_FileProcess(const char* sSourceFilename, const char* sResultFilename,
                          int bPOStagged) {
-  if (!g_bActive || sSourceFilename == nullptr || sResultFilename == nullptr) return 0.0;
-  WorkerLease lease;
-  if (lease.get() == nullptr) return 0.0;
-  return lease.get()->FileProcess(sSourceFilename, sResultFilename, bPOStagged);
+  return Guarded(__func__, 0.0, [&] {
+    if (!g_bActive || sSourceFilename == nullptr || sResultFilename == nullptr) return 0.0;
+    WorkerLease lease;
+    if (lease.get() == nullptr) return 0.0;
+    return lease.get()->FileProcess(sSourceFilename, sResultFilename, bPOStagged);
+  });
 }
 
 int ZIVOR_SetPOSmap(int nPOSmap) {
@@ -130,13 +148,17 @@ int ZIVOR_SetPOSmap(int nPOSmap) {
 }
 
 bool ZIVOR_IsWord(const char* sWord) {
-  if (!g_bActive || g_pZIVOR == nullptr) return false;
-  return g_pZIVOR->IsWord(InternalText(sWord).c_str());
+  return Guarded(__func__, false, [&] {
+    if (!g_bActive || g_pZIVOR == nullptr) return false;
+    return g_pZIVOR->IsWord(InternalText(sWord).c_str());
+  });
 }
 
 double ZIVOR_GetUniProb(const char* sWord) {
-  if (!g_bActive || g_pZIVOR == nullptr) return 0.0;
-  return g_pZIVOR->GetUniProb(InternalText(sWord).c_str());
+  return Guarded(__func__, 0.0, [&] {
+    if (!g_bActive || g_pZIVOR == nullptr) return 0.0;
+    return g_pZIVOR->GetUniProb(InternalText(sWord).c_str());
+  });
 }
 
 bool ZIVOR_Exit() {

@@ -112,6 +112,19 @@ void ZIVOR_ParagraphProcessAW(int nCount, result_t* result);
 double ZIVOR_FileProcess(const char* sSourceFilename, const char* sResultFilename,
                          int bPOStagged);
 
+/* Where a long text can be cut in two so that analysing the parts one after
+ * the other gives exactly the analysis of the whole: the greatest such
+ * offset in the first nLength bytes of sText (which need not end there; a
+ * NUL before them ends the text), or 0 when there is none. The cut lies at
+ * the start of a sentence, more than 100 bytes into the text and at least
+ * 64 bytes before nLength, and within the text's first line. A caller with
+ * a line of any length reads, say, a megabyte of it, analyses it up to the
+ * cut, and goes on from the cut with the next megabyte: results identical
+ * to one call, in memory bounded by the piece (sentences are at most about
+ * a megabyte long). The records of the second part count from the cut.
+ * Thread-safe, like the analysis calls; 0 before ZIVOR_Init. */
+int ZIVOR_GetSafeCut(const char* sText, int nLength);
+
 /* Chooses the tag names of later results: 0 the configured tag set, 1 its
  * first level, 2 the PKU tag set, 3 the PKU first level. Always returns 0;
  * values outside 0..3 change nothing. Not to be called during analyses. */

@@ -162,9 +162,19 @@ void LoadOptional(T*& object, const std::string& name, const char* error) {
   DeleteAndNull(object);
 }
 
+// A data file is named by the configuration, but always read from the data
+// directory: a name that reaches elsewhere ("../x", "/etc/x") is refused.
+bool IsPlainFileName(const std::string& name) {
+  return !name.empty() && name.find('/') == std::string::npos && name != "." && name != "..";
+}
+
 // A tag map must name at least one tag: a file without any (or a directory,
 // which opens as an empty stream) is as good as missing.
 bool LoadPOSmap(int level, const std::string& name) {
+  if (!IsPlainFileName(name)) {
+    LogWithPath("Cannot open file ", DataFile(name));
+    return false;
+  }
   CPOSmap*& map = g_ppPOSmap[level];
   if (!LoadRequired(map, name, nullptr)) return false;
   if (map->GetItemCount() > 0) return true;
@@ -310,7 +320,9 @@ void DeleteSharedResources() {
 
 void DeleteCodeTranslator() { DeleteAndNull(g_pCodeTranslator); }
 
-bool ZIVOR_Init(const char* sInitDirPath, int encode) {
+namespace {
+
+bool Init(const char* sInitDirPath, int encode) {
   if (g_bActive) return true;
   g_fpNewWord.reset();
   SetDefaults(BaseDirectory(sInitDirPath));
@@ -346,4 +358,19 @@ bool ZIVOR_Init(const char* sInitDirPath, int encode) {
     return false;
   }
   return true;
+}
+
+}  // namespace
+
+bool ZIVOR_Init(const char* sInitDirPath, int encode) {
+  const bool ready = Guarded(__func__, false, [&] { return Init(sInitDirPath, encode); });
+  if (ready) return true;
+  // A failure part-way leaves nothing behind for the next attempt.
+  if (g_bActive) {
+    ZIVOR_Exit();
+  } else {
+    DeleteSharedResources();
+    DeleteCodeTranslator();
+  }
+  return false;
 }

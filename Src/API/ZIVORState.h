@@ -15,6 +15,7 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <exception>
 #include <memory>
 #include <string>
 #include <vector>
@@ -65,6 +66,24 @@ extern CContextStat* g_pPersonContext;
 extern CFSA* g_pPersonFSA;
 extern CCodeTran* g_pCodeTranslator;  // null when the caller's encoding is GBK
 extern FilePtr g_fpNewWord;           // the new-word log "NewWord.lst"
+
+// Logs that an exported call stopped on an exception; never throws itself.
+void LogException(const char* sCall, const char* sWhat) noexcept;
+
+// Runs the body of the exported call sCall and returns its value. A C++
+// exception from inside (memory running out while a result is copied, say)
+// is logged and gives `failure` instead: no exception leaves the library.
+template <class Result, class Body>
+Result Guarded(const char* sCall, Result failure, Body&& body) noexcept {
+  try {
+    return body();
+  } catch (const std::exception& e) {
+    LogException(sCall, e.what());
+  } catch (...) {
+    LogException(sCall, "unknown exception");
+  }
+  return failure;
+}
 
 // A text argument in the analysis's encoding: converted to GBK when the
 // caller's encoding is another (null reads as empty).

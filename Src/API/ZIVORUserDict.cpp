@@ -89,20 +89,25 @@ void DeleteUserDicts() {
 }
 
 int ZIVOR_AddUserWord(const char* sWord) {
-  if (!g_bActive) return 0;
-  UserDictWriter writer;
-  return AddWord(InternalText(sWord).c_str());
+  return Guarded(__func__, 0, [&] {
+    if (!g_bActive) return 0;
+    UserDictWriter writer;
+    return AddWord(InternalText(sWord).c_str());
+  });
 }
 
 int ZIVOR_DelUsrWord(const char* sWord) {
-  if (!g_bActive || sWord == nullptr) return -1;
-  UserDictWriter writer;
-  if (g_pUserDict == nullptr) return -1;
-  return g_pUserDict->DelTrie(InternalText(sWord).c_str());
+  return Guarded(__func__, -1, [&] {
+    if (!g_bActive || sWord == nullptr) return -1;
+    UserDictWriter writer;
+    if (g_pUserDict == nullptr) return -1;
+    return g_pUserDict->DelTrie(InternalText(sWord).c_str());
+  });
 }
 
-unsigned int ZIVOR_ImportUserDict(const char* sFilename) {
-  if (!g_bActive) return 0;
+namespace {
+
+unsigned int ImportUserDict(const char* sFilename) {
   UserDictWriter writer;
   // The old dictionary goes first, whatever the import gives.
   PointInstancesAt(nullptr);
@@ -122,17 +127,27 @@ unsigned int ZIVOR_ImportUserDict(const char* sFilename) {
   return static_cast<unsigned int>(count);
 }
 
+}  // namespace
+
+unsigned int ZIVOR_ImportUserDict(const char* sFilename) {
+  return Guarded(__func__, 0u, [&] { return g_bActive ? ImportUserDict(sFilename) : 0u; });
+}
+
 int ZIVOR_SaveTheUsrDic() {
-  if (!g_bActive) return 0;
-  UserDictWriter writer;
-  return SaveUserDict();
+  return Guarded(__func__, 0, [] {
+    if (!g_bActive) return 0;
+    UserDictWriter writer;
+    return SaveUserDict();
+  });
 }
 
 unsigned int ZIVOR_NWI_Result2UserDict() {
-  if (!g_bActive || g_pZIVOR == nullptr) return 0;
-  UserDictWriter writer;
-  const std::vector<std::string> lines = g_pZIVOR->NWI_GetResultWords();
-  for (const std::string& line : lines) AddWord(line.c_str());
-  SaveUserDict();
-  return static_cast<unsigned int>(lines.size());
+  return Guarded(__func__, 0u, [] {
+    if (!g_bActive || g_pZIVOR == nullptr) return 0u;
+    UserDictWriter writer;
+    const std::vector<std::string> lines = g_pZIVOR->NWI_GetResultWords();
+    for (const std::string& line : lines) AddWord(line.c_str());
+    SaveUserDict();
+    return static_cast<unsigned int>(lines.size());
+  });
 }

@@ -86,7 +86,10 @@ const result_t* CZIVOR::ParagraphProcessA(const char* sParagraph, int* pResultCo
   CMainSystem* system = Instance();
   if (system == nullptr) return nullptr;
   std::string translated;
-  *pResultCount = system->ProcessA(sParagraph, translated, true, bUserDict, false);
+  system->ProcessA(sParagraph, translated, true, bUserDict, false);
+  // The worker is this caller's until it is handed back, so the flag is the
+  // flag of this call.
+  if (system->Failed()) return nullptr;
   return system->GetResult(pResultCount);
 }
 
@@ -129,6 +132,11 @@ const char* CZIVOR::GetNewWords(const char* sLine, int nMaxKeyLimit, bool bWeigh
 
 const char* CZIVOR::GetFileNewWords(const char* sFilename, int nMaxKeyLimit, bool bWeightOut) {
   return Rank(&CMainSystem::GetFileNewWords, sFilename, nMaxKeyLimit, bWeightOut);
+}
+
+int CZIVOR::GetSafeCut(const char* sText, int nLength) {
+  CMainSystem* system = Instance();
+  return system != nullptr ? system->GetSafeCut(sText, nLength) : 0;
 }
 
 WorkerLease::WorkerLease() : worker_(GetActiveInstance()) {}

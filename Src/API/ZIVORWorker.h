@@ -48,6 +48,7 @@ class CZIVOR {
   const char* GetFileKeyWords(const char* sFilename, int nMaxKeyLimit, bool bWeightOut);
   const char* GetNewWords(const char* sLine, int nMaxKeyLimit, bool bWeightOut);
   const char* GetFileNewWords(const char* sFilename, int nMaxKeyLimit, bool bWeightOut);
+  int GetSafeCut(const char* sText, int nLength);
 
  private:
   // The instance in this worker's slot, or null.

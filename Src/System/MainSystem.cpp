@@ -13,6 +13,7 @@
 #include "Segment/PreProcess.h"
 #include "Segment/Segment.h"
 #include "Tagger/HMMTagger.h"
+#include "Utility/BufferGrowth.h"
 #include "Utility/CodeTran.h"
 #include "Utility/KeyWordFinder.h"
 #include "Utility/FSA.h"
@@ -31,21 +32,16 @@ constexpr int kGrowthStep = 1024;
 // Result text bytes reserved per input byte, untagged and tagged.
 constexpr int kUntaggedBytesPerByte = 3;
 constexpr int kTaggedBytesPerByte = 6;
-// Longest line whose buffers can be sized in int arithmetic.
+// Longest text one call analyses: its result text, up to six bytes a byte,
+// is indexed by int.
 constexpr size_t kMaxLineBytes = INT_MAX / kTaggedBytesPerByte - kGrowthStep;
+// Lines up to this long have their result text reserved before the run; a
+// longer one's grows as it is written, so memory follows the result.
+constexpr int kReservedLineBytes = 1 << 20;
 // Default role of the person-name role tagger.
 constexpr int kDefaultRole = 22;
 
 bool IsLineBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
-
-// realloc that leaves the buffer as it was when memory runs out.
-template <class T>
-bool Reallocate(T** buffer, int count) {
-  void* grown = realloc(*buffer, sizeof(T) * static_cast<size_t>(count));
-  if (grown == nullptr) return false;
-  *buffer = static_cast<T*>(grown);
-  return true;
-}
 
 }  // namespace
 
@@ -56,6 +52,7 @@ CMainSystem::Busy::Busy(CMainSystem* system) : system_(system) {
   while (system_->m_bProcessing) pthread_cond_wait(&system_->m_idle, &system_->m_mutex);
   system_->m_bProcessing = true;
   pthread_mutex_unlock(&system_->m_mutex);
+  system_->m_bFailed = false;  // each call starts afresh
 }
 
 CMainSystem::Busy::~Busy() {
@@ -113,13 +110,13 @@ CMainSystem::~CMainSystem() {
 }
 
 void CMainSystem::AllocateBuffers() {
-  if (Reallocate(&m_sResult, kInitialResultBytes)) {
+  if (ReallocateElements(&m_sResult, kInitialResultBytes)) {
     m_nResultMemSize = kInitialResultBytes;
     m_sResult[0] = '\0';
   }
-  if (Reallocate(&m_pVecResult, kInitialRecords)) m_nVecResultMemSize = kInitialRecords;
-  if (Reallocate(&m_pVecOut, kInitialRecords)) m_nVecOutMemSize = kInitialRecords;
-  if (Reallocate(&m_pVecField, kInitialRecords)) m_nFiledMemSize = kInitialRecords;
+  if (ReallocateElements(&m_pVecResult, kInitialRecords)) m_nVecResultMemSize = kInitialRecords;
+  if (ReallocateElements(&m_pVecOut, kInitialRecords)) m_nVecOutMemSize = kInitialRecords;
+  if (ReallocateElements(&m_pVecField, kInitialRecords)) m_nFiledMemSize = kInitialRecords;
 }
 
 void CMainSystem::FreeBuffers() {
@@ -138,7 +135,14 @@ void CMainSystem::FreeBuffers() {
 
 const char* CMainSystem::Process(const char* sLineOrig, int bPOStagged, bool bUserDict) {
   Busy busy(this);
-  return RunProcess(sLineOrig, bPOStagged, bUserDict);
+  const char* result = RunProcess(sLineOrig, bPOStagged, bUserDict);
+  return m_bFailed ? nullptr : result;
+}
+
+void CMainSystem::Fail(const std::string& sReason) {
+  if (m_bFailed) return;
+  m_bFailed = true;
+  WriteLog(sReason, nullptr);
 }
 
 const char* CMainSystem::RunProcess(const char* sLine, int bPOStagged, bool bUserDict) {
@@ -164,7 +168,7 @@ const char* CMainSystem::ToAnalysisText(const char* sText, std::string* pGBK) {
   if (m_pCodeTranslator == nullptr) return sText;
   const size_t length = sText != nullptr ? strlen(sText) : 0;
   if (!m_pCodeTranslator->ToGBK(sText, length, pGBK, &m_vecTransOffsets)) {
-    WriteLog("Text too long to convert: " + std::to_string(length) + " bytes", nullptr);
+    Fail("Text too long to analyse: " + std::to_string(length) + " bytes");
   }
   return pGBK->c_str();
 }
@@ -214,6 +218,7 @@ int CMainSystem::RunRecords(const char* sLine, std::string* pGBK, bool bPOStagge
   RunText(ToAnalysisText(sLine, pGBK), bPOStagged, bUserDict, false);
   int count = 0;
   result_t* records = GetResult(&count);
+  if (m_bFailed) return 0;
   if (m_pCodeTranslator != nullptr && !bKeyWordExtract) MapRecordsToCaller(records, count);
   return count;
 }
@@ -242,9 +247,12 @@ int CMainSystem::ProcessAtomEx(const char* sLine, bool bPOStagged, bool bUserDic
 int CMainSystem::RunText(const char* sLine, bool bPOStagged, bool bUserDict, bool bStrOut) {
   m_bLongText = false;
   const size_t length = sLine != nullptr ? strlen(sLine) : 0;
-  if (length <= kLongTextBytes || length > kMaxLineBytes) {
-    return ProcessAtom(sLine, bPOStagged, bUserDict);
+  if (length > kMaxLineBytes) {
+    Fail("Text too long to analyse: " + std::to_string(length) + " bytes (at most " +
+         std::to_string(kMaxLineBytes) + " in one call)");
+    return ProcessAtom(nullptr, bPOStagged, bUserDict);
   }
+  if (length <= kLongTextBytes) return ProcessAtom(sLine, bPOStagged, bUserDict);
   return RunLongText(sLine, static_cast<int>(length), bPOStagged, bUserDict, bStrOut);
 }
 
@@ -256,7 +264,6 @@ int CMainSystem::RunLongText(const char* sLine, int nLen, bool bPOStagged, bool 
   m_bLongText = true;
   std::vector<char> text(sLine, sLine + nLen + 1);
   m_nVecOutLen = 0;
-  ReserveRecords(&m_pVecOut, &m_nVecOutMemSize, nLen);
   if (bStrOut) m_sOutput.clear();
   char* const base = text.data();
   char* cursor = base;
@@ -298,7 +305,9 @@ void CMainSystem::MoveLineSpans(size_t first, int nLineOffset, size_t nOutputPos
 }
 
 void CMainSystem::AppendLineRecords(int nLineOffset) {
-  if (!ReserveRecords(&m_pVecOut, &m_nVecOutMemSize, m_nVecOutLen + m_nVecResultLen)) return;
+  if (!ReserveRecords(&m_pVecOut, &m_nVecOutMemSize, int64_t{m_nVecOutLen} + m_nVecResultLen)) {
+    return;
+  }
   for (int k = 0; k < m_nVecResultLen; ++k) {
     result_t& record = m_pVecOut[m_nVecOutLen + k];
     record = m_pVecResult[k];
@@ -329,30 +338,48 @@ int CMainSystem::ProcessAtom(const char* sLine, bool bPOStagged, bool bUserDict)
   return m_nVecResultLen;
 }
 
-// Sizes the buffers for a line of nLen bytes before any stage runs, so that
-// appending words does not reallocate: a sentence segment has at most nLen
-// words plus its two pseudo-words, a line at most nLen tokens.
+// Sizes the result text of a line of ordinary length before any stage runs,
+// so that appending words does not reallocate; a longer line's result, and
+// the records, grow as they are written: a call holds what its result needs,
+// not a worst case per input byte.
 void CMainSystem::PrepareLineBuffers(int nLen, bool bTagged) {
-  if (nLen + 2 > m_nFiledMemSize && Reallocate(&m_pVecField, nLen + kGrowthStep)) {
-    m_nFiledMemSize = nLen + kGrowthStep;
-  }
-  ReserveRecords(&m_pVecResult, &m_nVecResultMemSize, nLen);
+  if (nLen > kReservedLineBytes) return;
   ReserveResultText(nLen * (bTagged ? kTaggedBytesPerByte : kUntaggedBytesPerByte));
 }
 
 void CMainSystem::ProcessSegment(const char* pSegment, int nOffset, bool bPOStagged,
                                  bool bUserDict) {
   if (m_pPreProcess->AtomCount() < 3) return;  // no lattice was built for it
+  if (m_pPreProcess->WordGraph() == nullptr) {
+    Fail("Out of memory: the word lattice of a sentence of " +
+         std::to_string(m_pPreProcess->AtomCount()) + " atoms");
+    return;
+  }
   m_pSegmenter->BiSegment(m_pPreProcess->WordGraph(), m_pPreProcess->GraphLength(),
                           m_pPreProcess->WordCounter(), m_pPreProcess->AtomCount());
+  if (m_pSegmenter->m_pWords == nullptr) {
+    Fail("Out of memory: the words of a sentence of " +
+         std::to_string(m_pPreProcess->AtomCount()) + " atoms");
+    return;
+  }
   word_t* words = m_pSegmenter->m_pWords;
   int count = m_pSegmenter->m_nWordCount;
+  const bool tagging = g_bPOSTagger && bPOStagged && m_pTagger != nullptr;
   if (m_pPERTagger != nullptr) {
     m_pPERTagger->Tagging(words, count);
     if (m_pPersonFSA != nullptr) m_pPersonFSA->MaxPR(words, &count, gUnknown_nr_ID);
     m_pSegmenter->m_nWordCount = count;
+    // The tagger marks the merged names; without it they are marked here,
+    // so that the words never depend on whether tags were asked for.
+    if (!tagging) MarkPersonNames(words, count);
   }
-  if (g_bPOSTagger && bPOStagged && m_pTagger != nullptr) m_pTagger->Tagging(words, count);
+  if (tagging) m_pTagger->Tagging(words, count);
+  if ((m_pGranDict != nullptr || m_pFieldDict != nullptr) &&
+      !GrowBuffer(&m_pVecField, &m_nFiledMemSize, int64_t{count} + 2, kGrowthStep)) {
+    Fail("Out of memory: the dictionary passes of a sentence of " + std::to_string(count) +
+         " words");
+    return;
+  }
   if (m_pGranDict != nullptr) {
     int merged = 0;
     FieldDic(pSegment, words, count, m_pVecField, merged, m_pGranDict, m_pGranPOS, 0);
@@ -373,6 +400,16 @@ void CMainSystem::ProcessSegment(const char* pSegment, int nOffset, bool bPOStag
   Output(pSegment, words, count, nOffset, bPOStagged, bUserDict);
 }
 
+void CMainSystem::MarkPersonNames(word_t* pWords, int nCount) {
+  for (int i = 0; i < nCount; ++i) {
+    word_t& word = pWords[i];
+    if (word.handle >= 0 && word.handle == gUnknown_nr_ID) {
+      word.POS_id = word.type;
+      word.type = kMergedWordType;
+    }
+  }
+}
+
 result_t* CMainSystem::GetResult(int* p_nCount) {
   const bool longText = m_bLongText;
   if (p_nCount != nullptr) *p_nCount = longText ? m_nVecOutLen : m_nVecResultLen;
@@ -384,23 +421,25 @@ bool CMainSystem::SetFieldPOS(CPOS* pFieldPOS) {
   return true;
 }
 
-bool CMainSystem::ReserveResultText(int nBytes) {
+bool CMainSystem::ReserveResultText(int64_t nBytes) {
   if (nBytes <= m_nResultMemSize) return true;
-  if (!Reallocate(&m_sResult, nBytes)) return false;
-  if (m_nResultMemSize == 0) m_sResult[0] = '\0';
-  m_nResultMemSize = nBytes;
+  const bool empty = m_nResultMemSize == 0;
+  if (!GrowBuffer(&m_sResult, &m_nResultMemSize, nBytes, 0)) {
+    Fail("Out of memory: a result text of " + std::to_string(nBytes) + " bytes");
+    return false;
+  }
+  if (empty) m_sResult[0] = '\0';
   return true;
 }
 
-bool CMainSystem::ReserveRecords(result_t** ppVec, int* pCapacity, int nRecords) {
-  if (nRecords <= *pCapacity) return true;
-  if (!Reallocate(ppVec, nRecords + kGrowthStep)) return false;
-  *pCapacity = nRecords + kGrowthStep;
-  return true;
+bool CMainSystem::ReserveRecords(result_t** ppVec, int* pCapacity, int64_t nRecords) {
+  if (GrowBuffer(ppVec, pCapacity, nRecords, kGrowthStep)) return true;
+  Fail("Out of memory: " + std::to_string(nRecords) + " result records");
+  return false;
 }
 
 result_t* CMainSystem::AppendRecord(result_t** ppVec, int* pLen, int* pCapacity) {
-  if (!ReserveRecords(ppVec, pCapacity, *pLen + 1)) return nullptr;
+  if (!ReserveRecords(ppVec, pCapacity, int64_t{*pLen} + 1)) return nullptr;
   result_t* record = *ppVec + (*pLen)++;
   memset(record, 0, sizeof(*record));
   record->iPOS = kNoTag;
@@ -410,14 +449,9 @@ result_t* CMainSystem::AppendRecord(result_t** ppVec, int* pLen, int* pCapacity)
 
 bool CMainSystem::AppendResultText(const char* pText, int nLen) {
   if (nLen < 0) nLen = 0;
-  // Room for the text, the word boundary's two bytes and the final NUL.
-  // Growth here only happens for tags far longer than usual; doubling keeps
-  // a run of such tokens linear.
-  const int needed = m_nResultLen + nLen + 3;
-  if (needed > m_nResultMemSize) {
-    const long long doubled = std::min<long long>(2LL * m_nResultMemSize, INT_MAX);
-    if (!ReserveResultText(static_cast<int>(std::max<long long>(needed, doubled)))) return false;
-  }
+  // Room for the text, the word boundary's two bytes and the final NUL; the
+  // buffer doubles, so a long line's result grows in linear time.
+  if (!ReserveResultText(int64_t{m_nResultLen} + nLen + 3)) return false;
   memcpy(m_sResult + m_nResultLen, pText, static_cast<size_t>(nLen));
   m_nResultLen += nLen;
   m_sResult[m_nResultLen] = '\0';

@@ -17,6 +17,7 @@
 #include <stdio.h>
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -91,6 +92,13 @@ class CMainSystem {
   int FieldDic(const char* pLine, word_t* pWords, int nWordCount,
                word_t* pWordsDest, int& nWordCountDest, CPDAT* pDict,
                CPOS* pPOS, int nDictType);
+
+  // The greatest offset in the nLen bytes of sText (caller's encoding) at
+  // which the text can be cut so that analysing the two parts one after the
+  // other gives exactly the tokens of the whole; 0 when there is none. Only
+  // the first line is searched, and the cut keeps 64 bytes after it
+  // (MainSystemCut.cpp says why each condition is needed).
+  int GetSafeCut(const char* sText, int nLen);
 
   // Analyses a text file line by line into another; returns thousands of
   // bytes per second, 0.0 on failure.
@@ -182,6 +190,11 @@ class CMainSystem {
   pthread_mutex_t m_mutex;
   bool m_bProcessing = false;  // read and written only under m_mutex
 
+  // Whether the last call failed (out of memory, a text too long): its
+  // results are then not to be used. Read by the caller that holds the
+  // instance.
+  bool Failed() const { return m_bFailed; }
+
  private:
   // Holds m_bProcessing for its lifetime: one call at a time on an instance.
   class Busy {
@@ -220,6 +233,13 @@ class CMainSystem {
                        bool bWeightOut);
   const char* Rank(CKeyWordFinder* pFinder, Ranking ranking, int nMaxKeyLimit, bool bWeightOut);
 
+  // Marks the call under way as failed (the first reason goes to the log);
+  // its result is then the failure value, never a part of the text.
+  void Fail(const std::string& sReason);
+  // Gives the names the automaton merged their tag and word type, as the
+  // tagger does when it runs.
+  static void MarkPersonNames(word_t* pWords, int nCount);
+
   // Everything between taking the busy flag and releasing it.
   const char* RunProcess(const char* sLine, int bPOStagged, bool bUserDict);
   int RunRecords(const char* sLine, std::string* pGBK, bool bPOStagged, bool bUserDict,
@@ -243,9 +263,9 @@ class CMainSystem {
   void PrepareLineBuffers(int nLen, bool bTagged);
 
   // Buffer growth: capacities only grow, never below what is asked for.
-  bool ReserveResultText(int nBytes);
-  static bool ReserveRecords(result_t** ppVec, int* pCapacity, int nRecords);
-  static result_t* AppendRecord(result_t** ppVec, int* pLen, int* pCapacity);
+  bool ReserveResultText(int64_t nBytes);
+  bool ReserveRecords(result_t** ppVec, int* pCapacity, int64_t nRecords);
+  result_t* AppendRecord(result_t** ppVec, int* pLen, int* pCapacity);
   bool AppendResultText(const char* pText, int nLen);
   void AppendWordBoundary();
   void TerminateResult();
@@ -302,6 +322,11 @@ class CMainSystem {
   // The GBK result text with every span's word replaced by the caller's
   // bytes and everything else converted to the caller's encoding.
   std::string RestoreText(const char* sResult, const char* sCaller) const;
+  // GetSafeCut's helpers: an offset in the analysed text as an offset in the
+  // caller's, and whether the caller's text has a UTF-8 byte-order mark at
+  // nOffset.
+  int CallerOffset(int nAnalysed) const;
+  bool StartsWithMark(const char* sText, int nLen, int nOffset) const;
   // Record offsets from the GBK text to the caller's text.
   void MapRecordsToCaller(result_t* pRecords, int nCount) const;
 
@@ -313,6 +338,7 @@ class CMainSystem {
   std::vector<int> m_vecTransOffsets;
   std::vector<TextSpan> m_vecSpans;
   bool m_bTrackSpans = false;
+  bool m_bFailed = false;
 };
 
 #endif  // ZIVOR_SYSTEM_MAINSYSTEM_H_

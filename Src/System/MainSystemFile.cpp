@@ -1,6 +1,5 @@
 // MainSystemFile.cpp: analysis of a whole file and the dictionary queries.
-#include <sys/stat.h>
-
+#include <algorithm>
 #include <cstring>
 #include <ctime>
 
@@ -28,11 +27,6 @@ double LogOpenFailure(const char* path) {
   return 0.0;
 }
 
-long SourceSize(const char* path) {
-  struct stat status;
-  return stat(path, &status) == 0 ? static_cast<long>(status.st_size) : 0;
-}
-
 }  // namespace
 
 double CMainSystem::FileProcess(const char* sSrcFilename, const char* sDsnFilename,
@@ -50,12 +44,20 @@ double CMainSystem::FileProcess(const char* sSrcFilename, const char* sDsnFilena
   const TextLayout layout = CallerLayout();
   std::string result;
   double ticks = 0;
+  long long bytes = 0;
   for (int length; (length = ReadFilePiece(source.get(), piece, kFilePieceBytes, layout)) > 0;) {
     ticks += ProcessPiece(piece, length, bPOStagged, &result);
+    if (m_bFailed) return 0.0;
     fprintf(dest.get(), "%s\n", result.c_str());
+    bytes += length;
   }
-  const double seconds = ticks / CLOCKS_PER_SEC;
-  return SourceSize(sSrcFilename) / seconds / 1000;
+  // A directory opens but does not read; a disk may fail on either side.
+  if (ferror(source.get())) return LogOpenFailure(sSrcFilename);
+  if (fflush(dest.get()) != 0 || ferror(dest.get())) return LogOpenFailure(sDsnFilename);
+  if (bytes == 0) return 0.0;
+  // Whatever the clock's resolution, an analysis takes some time.
+  const double seconds = std::max(ticks, 1.0) / CLOCKS_PER_SEC;
+  return static_cast<double>(bytes) / seconds / 1000;
 }
 
 // Analyses one piece of a file; the parts between NUL bytes are analysed one

@@ -71,6 +71,7 @@ const char* CMainSystem::KeepWordList(const char* sGBK) {
 
 const char* CMainSystem::Rank(CKeyWordFinder* pFinder, Ranking ranking, int nMaxKeyLimit,
                               bool bWeightOut) {
+  if (m_bFailed) return nullptr;
   pFinder->GenerateNewWordList();
   const char* ranked = ranking == Ranking::kKeyWords
                            ? pFinder->GetKeyWordList(bWeightOut, nMaxKeyLimit)
@@ -118,6 +119,7 @@ unsigned long CMainSystem::GetFinger(const char* sLine) {
   Busy busy(this);
   CKeyWordFinder finder(m_pUnigram);
   ScanText(&finder, sLine);
+  if (m_bFailed) return 0;
   finder.GenerateNewWordList();
   return finder.FingerPrint(*finder.GetKeyWordListE());
 }
@@ -130,14 +132,16 @@ bool CMainSystem::NWI_Start() {
 
 int CMainSystem::NWI_AddMem(const char* sText) {
   Busy busy(this);
-  return ScanText(m_pKeyWordFinder, sText);
+  const int scanned = ScanText(m_pKeyWordFinder, sText);
+  return m_bFailed ? 0 : scanned;
 }
 
 int CMainSystem::NWI_AddFile(const char* sFilename) {
   const FilePtr fp = OpenFile(sFilename, "r");
   if (!fp) return 0;
   Busy busy(this);
-  return ScanFile(m_pKeyWordFinder, fp.get(), true);
+  const int scanned = ScanFile(m_pKeyWordFinder, fp.get(), true);
+  return m_bFailed ? 0 : scanned;
 }
 
 bool CMainSystem::NWI_Complete() {
