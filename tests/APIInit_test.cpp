@@ -88,6 +88,15 @@ TEST_F(InitTest, MissingOrEmptyConfigurationAndTagSetFail) {
   Configure("<Tagger>on</Tagger>");  // no tag set: the first tag map fails
   EXPECT_FALSE(Init());
   EXPECT_EQ(OpenFailure(Dir() + "/Data/"), TakeLog());
+  // The tag set is a file of the data directory, never one elsewhere, even
+  // one that exists and would read as a tag map.
+  fs::copy_file(DataFile("ZIVOR.map"), Dir() + "/outside.map");
+  for (const std::string& name :
+       {std::string("../outside.map"), Dir() + "/outside.map", std::string("..")}) {
+    Configure("<TagSet>" + name + "</TagSet>");
+    EXPECT_FALSE(Init()) << name;
+    EXPECT_EQ(OpenFailure(DataFile(name)), TakeLog());
+  }
 }
 
 TEST_F(InitTest, MissingFilesAreReportedOneAtATimeInLoadOrder) {

@@ -102,4 +102,31 @@ TEST_F(ShippedDataTest, PunctuationGetsItsOwnTags) {
   }
 }
 
+// Tags are added to the words, never change them: a name the automaton
+// merges stays one word without tags, and nothing it ends (an "@" run here)
+// reads it as white space.
+TEST_F(ShippedDataTest, TheWordsDoNotDependOnTagging) {
+  const auto words = [](const std::string& text, int tagged) {
+    std::vector<std::string> tokens;
+    std::string token;
+    for (const char* c = ZIVOR_ParagraphProcess(text.c_str(), tagged); *c != '\0'; ++c) {
+      if (*c != ' ') {
+        token += *c;
+      } else if (!token.empty()) {
+        tokens.push_back(tagged ? token.substr(0, token.rfind('/')) : token);
+        token.clear();
+      }
+    }
+    return tokens;
+  };
+  for (const std::string& text :
+       {std::string("@s\xB6\xD9"), Gbk("@王小红和李明去了上海。"), Gbk("江泽民主席会见了克林顿。"),
+        Gbk("记者王伟@新华社报道")}) {
+    const std::vector<std::string> plain = words(text, 0);
+    EXPECT_EQ(plain, words(text, 1)) << Utf8(text);
+    EXPECT_FALSE(plain.empty());
+  }
+  EXPECT_EQ(1u, words("@s\xB6\xD9", 0).size());
+}
+
 }  // namespace

@@ -289,6 +289,29 @@ TEST_F(ZivorCliTest, MissingTranslationTablesAreNamed) {
   EXPECT_EQ(0, Run({"-d", work_.path(), "-e", "gbk"}, Gbk(Input())).status);
 }
 
+// A line of megabytes is analysed in pieces: the output is that of one call
+// on the whole line, records counting from the line's start.
+TEST_F(ZivorCliTest, LongLinesComeOutAsFromOneCall) {
+  std::string line;
+  const char* const sentences[] = {"我们热爱和平。", "他在北京大学学习经济，", " ",
+                                   "“学习很重要。”", "😀", "abc123 "};
+  for (size_t i = 0; line.size() < (size_t{5} << 19); ++i) line += sentences[i * 7 % 6];
+  const std::string whole = ZIVOR_ParagraphProcess(line.c_str(), 1);
+  const CliRun run = Run(WithData({}), line + "\n" + line);
+  ASSERT_EQ(0, run.status) << run.err;
+  EXPECT_EQ(whole + "\n" + whole + "\n", run.out);
+
+  const CliRun records = Run(WithData({"--records"}), line);
+  ASSERT_EQ(0, records.status) << records.err;
+  size_t covered = 0;
+  for (const std::string& record : SplitLines(records.out)) {
+    if (record.empty()) continue;
+    EXPECT_EQ(covered, std::stoul(record)) << record;
+    covered += std::stoul(record.substr(record.find('\t') + 1));
+  }
+  EXPECT_EQ(line.size(), covered);
+}
+
 TEST_F(ZivorCliTest, BadOptionsAreRefused) {
   for (const std::vector<std::string>& args :
        {std::vector<std::string>{"-e", "latin1"}, {"-e", "utf"}, {"-e"}, {"--map", "4"}, {"--map"},

@@ -82,6 +82,22 @@ bool ZIVOR_Exit(void);
  * ZIVOR_ParagraphProcessA until the same thread calls ZIVOR_ParagraphProcessA
  * again. Before ZIVOR_Init and after ZIVOR_Exit each
  * returns its failure value (null, 0, 0.0 or false).
+ *
+ * A call either gives the result of its whole text or its failure value:
+ * when memory runs out, the text is longer than 357,912,917 bytes (the most
+ * one call takes), or anything else stops it part-way, it returns null (0
+ * records, 0.0) and writes the reason to the day's log. No C++ exception
+ * leaves the library.
+ *
+ * Memory: besides the data loaded once, a call holds its result (as text
+ * about two to three times the text's bytes with tags; as records 68 bytes
+ * a word, a word being some 2 to 4 bytes of Chinese text), a copy of the
+ * text (in encodings 1 to 4 its GBK form and 4 bytes a byte of offsets), and
+ * working memory for one sentence at a time. A sentence ends at white space
+ * or a full stop, and at the latest after 64 KB, so the working memory stays
+ * under some 20 MB whatever the text. The buffers stay with the instance for
+ * its next call. ZIVOR_GetSafeCut below lets a caller analyse a text of any
+ * length in pieces of bounded size with the result of the whole.
  */
 
 /* The analysed text: each word followed by the tag delimiter and its tag

@@ -68,7 +68,7 @@ class CPreProcess {
   static constexpr unsigned char kNumeralStringType = 9;
   // A sentence is closed when it reaches this many bytes, at a character
   // boundary; the rest of the text is left for the next call.
-  static constexpr int kMaxSentenceBytes = 1 << 20;
+  static constexpr int kMaxSentenceBytes = 1 << 16;
 
   CPreProcess(CCharset* charset, CPDAT* coreDict, CTrie* userDict);
   virtual ~CPreProcess();

@@ -246,6 +246,7 @@ int CMainSystem::ProcessAtomEx(const char* sLine, bool bPOStagged, bool bUserDic
 
 int CMainSystem::RunText(const char* sLine, bool bPOStagged, bool bUserDict, bool bStrOut) {
   m_bLongText = false;
+  m_bKeepLineRecords = true;
   const size_t length = sLine != nullptr ? strlen(sLine) : 0;
   if (length > kMaxLineBytes) {
     Fail("Text too long to analyse: " + std::to_string(length) + " bytes (at most " +
@@ -265,6 +266,9 @@ int CMainSystem::RunLongText(const char* sLine, int nLen, bool bPOStagged, bool 
   std::vector<char> text(sLine, sLine + nLen + 1);
   m_nVecOutLen = 0;
   if (bStrOut) m_sOutput.clear();
+  // A long text's result as text needs no records of its lines: they are
+  // dropped sentence by sentence instead of growing with the line.
+  m_bKeepLineRecords = !bStrOut;
   char* const base = text.data();
   char* cursor = base;
   for (;;) {
@@ -332,6 +336,7 @@ int CMainSystem::ProcessAtom(const char* sLine, bool bPOStagged, bool bUserDict)
     const char* segment = sLine + pos;
     const char* next = m_pPreProcess->FullSegment(segment);
     ProcessSegment(segment, pos, bPOStagged, bUserDict);
+    if (!m_bKeepLineRecords) m_nVecResultLen = 0;
     if (next <= segment) break;  // nothing consumed; never loop on the same bytes
     pos += static_cast<int>(next - segment);
   }

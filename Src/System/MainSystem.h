@@ -67,7 +67,8 @@ class CMainSystem {
   int ProcessA(const char* sLineOrig, std::string& sLineTrans, bool bPOStagged,
                bool bUserDict, bool bKeyWordExtract);
   // Analyses a GBK text, line by line when it is longer than 100 bytes.
-  // Returns the record count of the last line run.
+  // Returns the record count of the last line run (for a long text analysed
+  // into text, of its last sentence: such a text keeps no records).
   int ProcessAtomEx(const char* sLine, bool bPOStagged, bool bUserDict,
                     bool bStrOut);
   // Analyses one GBK line into m_sResult and m_pVecResult.
@@ -339,6 +340,9 @@ class CMainSystem {
   std::vector<TextSpan> m_vecSpans;
   bool m_bTrackSpans = false;
   bool m_bFailed = false;
+  // Whether a line's records are kept until the line is done; a long text
+  // analysed into text keeps only the current sentence's.
+  bool m_bKeepLineRecords = true;
 };
 
 #endif  // ZIVOR_SYSTEM_MAINSYSTEM_H_

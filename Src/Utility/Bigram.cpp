@@ -1,9 +1,11 @@
 #include "Utility/Bigram.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
@@ -33,6 +35,10 @@ struct bigram_elem {
   bigram_info pair;
 };
 
+struct FreeDeleter {
+  void operator()(void* p) const { free(p); }
+};
+
 // A malloc'ed array of count copies of fill (null when count is 0).
 template <class Record>
 Record* NewArray(size_t count, const Record& fill) {
@@ -43,11 +49,19 @@ Record* NewArray(size_t count, const Record& fill) {
   return records;
 }
 
-// An index entry is usable when it is empty (start -1 or start > end) or
-// lies inside the size pairs.
-bool IsValidRun(const index_t& run, int size) {
-  if (run.start == -1 || run.start > run.end) return true;
-  return run.start >= 0 && run.end < size;
+// Whether every run holds its pairs by ascending second handle, none below
+// -1 (the handle of a second word the dictionary did not know), as the
+// binary search of a lookup needs. The runs must tile the pairs.
+bool PairsAreOrdered(const bigram_info* pairs, const index_t* index, int bound) {
+  for (int handle = 0; handle < bound; ++handle) {
+    const index_t& run = index[handle];
+    if (run.start == -1) continue;
+    if (pairs[run.start].handle2 < -1) return false;
+    for (int i = run.start; i < run.end; ++i) {
+      if (pairs[i].handle2 > pairs[i + 1].handle2) return false;
+    }
+  }
+  return true;
 }
 
 }  // namespace
@@ -91,30 +105,22 @@ int CBigram::GetFreq(int handle1, int handle2) const {
 bool CBigram::Load(const char* path) {
   FilePtr fp = OpenFile(path, "rb");
   if (!fp) return false;
-  const int64_t file_size = FileSizeOf(fp.get());
-  if (file_size < kHeaderBytes) return false;
-
   BinaryReader in(fp.get());
   int size = 0, bound = 0;
-  if (!in.ReadInt(&size) || !in.ReadInt(&bound) || size < 0 || bound < 0) return false;
   // Check the counts against the file before allocating for them.
-  const size_t records = static_cast<size_t>(file_size - kHeaderBytes) / kRecordBytes;
-  if (static_cast<size_t>(size) > records ||
-      static_cast<size_t>(bound) > records - static_cast<size_t>(size)) {
+  if (!in.ReadInt(&size) || !in.ReadInt(&bound) || size < 0 || bound < 0 ||
+      !FileSizeIs(fp.get(), kHeaderBytes + int64_t{kRecordBytes} * (int64_t{size} + bound))) {
     return false;
   }
-  bigram_info* data = NewArray(size, kNoPair);
-  index_t* index = NewArray(bound, kNoRun);
-  const bool ok = in.ReadRecords(data, size) == static_cast<size_t>(size) &&
-                  in.ReadRecords(index, bound) == static_cast<size_t>(bound) &&
-                  std::all_of(index, index + bound,
-                              [size](const index_t& run) { return IsValidRun(run, size); });
-  if (!ok) {
-    free(data);
-    free(index);
+  std::unique_ptr<bigram_info, FreeDeleter> data(NewArray(size, kNoPair));
+  std::unique_ptr<index_t, FreeDeleter> index(NewArray(bound, kNoRun));
+  if (in.ReadRecords(data.get(), size) != static_cast<size_t>(size) ||
+      in.ReadRecords(index.get(), bound) != static_cast<size_t>(bound) ||
+      !RunsTile(index.get(), static_cast<size_t>(bound), size) ||
+      !PairsAreOrdered(data.get(), index.get(), bound)) {
     return false;
   }
-  Replace(size, data, bound, index);
+  Replace(size, data.release(), bound, index.release());
   return true;
 }
 

@@ -40,8 +40,11 @@ class CBigram {
   int GetItemCount() const { return m_nSize; }
 
   // Binary file. Load replaces the table; it returns false, keeping the old
-  // table, when the file cannot be opened, its counts do not fit its size or
-  // an index entry points outside the pairs.
+  // table, when the file cannot be opened, a count is negative, the file is
+  // not exactly as long as the counts say, the runs of the index (in handle
+  // order, skipping the -1, -1 of handles without pairs) do not cover the
+  // pairs exactly once and in order, or a run's second handles are not
+  // ascending or go below -1. Frequencies are not checked.
   bool Load(const char* path);
   bool Save(const char* path) const;
 

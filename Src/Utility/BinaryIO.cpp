@@ -26,6 +26,8 @@ int64_t FileSizeOf(FILE* fp) {
   return static_cast<int64_t>(st.st_size);
 }
 
+bool FileSizeIs(FILE* fp, int64_t bytes) { return bytes >= 0 && FileSizeOf(fp) == bytes; }
+
 void StoreLE32(unsigned char* p, int value) {
   const uint32_t v = static_cast<uint32_t>(value);
   p[0] = static_cast<unsigned char>(v);

@@ -28,9 +28,31 @@ using FilePtr = std::unique_ptr<FILE, FileCloser>;
 // fopen that returns an owning pointer (null when the file cannot be opened).
 FilePtr OpenFile(const char* path, const char* mode);
 
-// Size in bytes of an open file, -1 when it cannot be measured. Loaders check
-// the counts a header announces against it before allocating for them.
+// Size in bytes of an open file, -1 when it cannot be measured.
 int64_t FileSizeOf(FILE* fp);
+
+// Whether the open file is exactly `bytes` long. The formats carry no header
+// or checksum, so the size is the first thing their counts can be checked
+// against: loaders compare it with the size the counts announce before they
+// allocate anything, and refuse a file cut short or followed by stray bytes.
+bool FileSizeIs(FILE* fp, int64_t bytes);
+
+// Whether the runs of a key-grouped index, in key order and skipping the
+// (-1, -1) entries of keys without records, are inclusive ranges that cover
+// the records 0 .. size - 1 exactly once and in order: the layout every
+// builder of such a table writes, so that no lookup can reach another key's
+// records or leave the array.
+template <class Run>
+bool RunsTile(const Run* runs, size_t count, int size) {
+  int next = 0;
+  for (size_t i = 0; i < count; ++i) {
+    const Run& run = runs[i];
+    if (run.start == -1 && run.end == -1) continue;
+    if (run.start != next || run.end < run.start || run.end >= size) return false;
+    next = run.end + 1;
+  }
+  return next == size;
+}
 
 // Encodes/decodes one little-endian 32-bit integer at p.
 void StoreLE32(unsigned char* p, int value);

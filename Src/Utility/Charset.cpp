@@ -1,9 +1,13 @@
 #include "Utility/Charset.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "Utility/BinaryIO.h"
 #include "Utility/global_linux.h"
@@ -13,6 +17,9 @@ namespace {
 // Longest part of an import line that is looked at; the rest is ignored.
 constexpr size_t kMaxLine = 1024;
 
+// The binary file: the line count and one type per code.
+constexpr int64_t kFileBytes = 4 + CCharset::kCodeCount;
+
 // Code of the first character of a NUL-terminated string: a high-bit byte
 // opens a two-byte character unless it is the last byte.
 int FirstCharCode(const char* s) {
@@ -21,6 +28,35 @@ int FirstCharCode(const char* s) {
     return lead * 256 + static_cast<unsigned char>(s[1]);
   }
   return lead;
+}
+
+// The white space every Import gives kWhiteSpaceType.
+constexpr int kWhiteSpace[] = {'\t', '\n', '\r', ' '};
+
+bool IsBlank(int byte) { return byte == ' ' || (byte >= '\t' && byte <= '\r'); }
+
+// Whether an import line can name the code: its token holds neither NUL nor
+// white space, and only a lead byte of 0x80 or more opens a two-byte code.
+bool Nameable(int code) {
+  const int last = code & 0xFF;
+  return (code <= 0xFF || code >= 0x8000) && last != 0 && !IsBlank(last);
+}
+
+// The type every table Import builds has for the code, -1 when a line may
+// set it to anything.
+int FixedType(int code) {
+  if (Nameable(code)) return -1;
+  const bool white = std::find(std::begin(kWhiteSpace), std::end(kWhiteSpace), code) !=
+                     std::end(kWhiteSpace);
+  return white ? CCharset::kWhiteSpaceType : 0;
+}
+
+bool TypesAreValid(const std::vector<unsigned char>& types) {
+  for (int code = 0; code < CCharset::kCodeCount; ++code) {
+    const int fixed = FixedType(code);
+    if (fixed >= 0 && types[code] != fixed) return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -40,10 +76,16 @@ int CCharset::GetType(const char* s) const { return s == nullptr ? -1 : GetType(
 
 bool CCharset::Load(const char* path) {
   FilePtr fp = OpenFile(path, "rb");
-  if (!fp) return false;
+  if (!fp || !FileSizeIs(fp.get(), kFileBytes)) return false;
   BinaryReader in(fp.get());
-  in.ReadInt(&m_nSize);
-  in.ReadBytes(m_pData, kCodeCount);
+  int size = 0;
+  std::vector<unsigned char> types(kCodeCount);
+  if (!in.ReadInt(&size) || size < 0 ||
+      in.ReadBytes(types.data(), types.size()) != types.size() || !TypesAreValid(types)) {
+    return false;
+  }
+  std::copy(types.begin(), types.end(), m_pData);
+  m_nSize = size;
   return true;
 }
 
@@ -70,7 +112,7 @@ int CCharset::Import(const char* path) {
       m_pData[FirstCharCode(token)] = static_cast<unsigned char>(type);
     }
   }
-  for (const int code : {'\t', '\n', '\r', ' '}) m_pData[code] = kWhiteSpaceType;
+  for (const int code : kWhiteSpace) m_pData[code] = kWhiteSpaceType;
   return m_nSize;
 }
 

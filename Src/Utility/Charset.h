@@ -29,8 +29,13 @@ class CCharset {
   // is looked up by its own value.
   int GetType(const char* s) const;
 
-  // Binary file. A short file leaves the rest of the table as it was. False
-  // only when the file cannot be opened (or, for Save, written).
+  // Binary file. Load refuses (false, keeping the table as it was) a file
+  // that cannot be opened, is not exactly 65,540 bytes long or holds what
+  // Import cannot have built: a negative line count, white space of another
+  // type than kWhiteSpaceType, or a type other than 0 for a code no "CHAR
+  // TYPE" line can name (0, vertical tab, form feed, 0x0100 to 0x7FFF, and
+  // two-byte codes whose trail byte is 0 or white space). Save is false when
+  // the file cannot be written.
   bool Load(const char* path);
   bool Save(const char* path) const;
 

@@ -2,10 +2,13 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "Utility/BinaryIO.h"
 #include "Utility/POSmap.h"
@@ -30,6 +33,13 @@ void SortNamesInPlace(int n, char** names) {
       exchanged = true;
     }
   }
+}
+
+// Bytes of a statistics file of n symbols: n, the names when it has them,
+// the total, the frequencies and the matrix.
+int64_t FileBytes(int n, bool symbols) {
+  return 1 + (symbols ? int64_t{CContextStat::kSymbolNameLen} * n : 0) + 4 + 4 * int64_t{n} +
+         4 * int64_t{n} * n;
 }
 
 }  // namespace
@@ -76,20 +86,61 @@ bool CContextStat::Allocate(int n, bool with_symbols) {
 bool CContextStat::Load(const char* path, bool symbols) {
   FilePtr fp = OpenFile(path, "rb");
   if (!fp) return false;
-  Destroy();
-  m_nTotalFreq = 0;
   BinaryReader in(fp.get());
   unsigned char n = 0;
-  if (in.ReadBytes(&n, 1) != 1) return true;
-  if (!Allocate(n, symbols)) return false;
-  if (symbols) {
-    for (int i = 0; i < n; ++i) in.ReadBytes(m_pSymbolTable[i], kSymbolNameLen);
+  if (in.ReadBytes(&n, 1) != 1 || !FileSizeIs(fp.get(), FileBytes(n, symbols))) return false;
+  CContextStat loaded;
+  if (!loaded.Allocate(n, symbols) || !loaded.ReadTables(&in) || !loaded.CountsAddUp() ||
+      !loaded.SymbolsAreValid()) {
+    return false;
   }
-  in.ReadInt(&m_nTotalFreq);
-  in.ReadInts(m_aTagFreq, n);
-  for (int i = 0; i < n; ++i) in.ReadInts(m_aContextArray[i], n);
-  CacheLogPossibilities();
+  loaded.CacheLogPossibilities();
+  Swap(loaded);
   return true;
+}
+
+bool CContextStat::ReadTables(BinaryReader* in) {
+  const int n = m_nTableLen;
+  for (int i = 0; m_pSymbolTable != nullptr && i < n; ++i) {
+    if (in->ReadBytes(m_pSymbolTable[i], kSymbolNameLen) != size_t{kSymbolNameLen}) return false;
+  }
+  if (!in->ReadInt(&m_nTotalFreq) || in->ReadInts(m_aTagFreq, n) != size_t(n)) return false;
+  for (int i = 0; i < n; ++i) {
+    if (in->ReadInts(m_aContextArray[i], n) != size_t(n)) return false;
+  }
+  return true;
+}
+
+bool CContextStat::CountsAddUp() const {
+  int64_t total = 0;
+  for (int a = 0; a < m_nTableLen; ++a) {
+    int64_t row = 0;
+    for (int b = 0; b < m_nTableLen; ++b) row += m_aContextArray[a][b];
+    if (row != m_aTagFreq[a]) return false;
+    total += m_aTagFreq[a];
+  }
+  return total == m_nTotalFreq;
+}
+
+bool CContextStat::SymbolsAreValid() const {
+  for (int i = 0; m_pSymbolTable != nullptr && i < m_nTableLen; ++i) {
+    const char* name = m_pSymbolTable[i];
+    const size_t length = strnlen(name, kSymbolNameLen);
+    if (std::any_of(name + length, name + kSymbolNameLen, [](char c) { return c != '\0'; }) ||
+        (i > 0 && strcasecmp(m_pSymbolTable[i - 1], name) > 0)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+void CContextStat::Swap(CContextStat& other) {
+  std::swap(m_nTableLen, other.m_nTableLen);
+  std::swap(m_pSymbolTable, other.m_pSymbolTable);
+  std::swap(m_aContextArray, other.m_aContextArray);
+  std::swap(m_aTagFreq, other.m_aTagFreq);
+  std::swap(m_nTotalFreq, other.m_nTotalFreq);
+  m_aLogPossibility.swap(other.m_aLogPossibility);
 }
 
 void CContextStat::CacheLogPossibilities() {

@@ -22,6 +22,7 @@
 #include <cstdio>
 #include <vector>
 
+class BinaryReader;
 class CPOSmap;
 
 class CContextStat {
@@ -38,7 +39,13 @@ class CContextStat {
   CContextStat& operator=(const CContextStat&) = delete;
 
   // Reads a statistics file; `symbols` says whether it carries the names.
-  // False only when the file cannot be opened; a short file leaves zeros.
+  // False, keeping the previous table, when the file cannot be opened, is
+  // not exactly as long as its symbol count says (so a file with names read
+  // as one without, or the other way round, is refused too), its counts do
+  // not add up as Add keeps them (each symbol's frequency the sum of its row,
+  // the total the sum of the frequencies: a table saved after SetSymbol kept
+  // an earlier total does not load), or a name is not NUL-padded or out of
+  // the symbol table's order.
   bool Load(const char* path, bool symbols);
   // Writes the binary file and PATH.shw. Names in the .shw text come from the
   // symbol table when there is one, else from `map`.
@@ -86,6 +93,11 @@ class CContextStat {
 
  private:
   bool Allocate(int n, bool with_symbols);
+  // Load's steps: reading the allocated tables, and checking them.
+  bool ReadTables(BinaryReader* in);
+  bool CountsAddUp() const;
+  bool SymbolsAreValid() const;
+  void Swap(CContextStat& other);
   void WriteShow(FILE* fp, const CPOSmap* map) const;
   // Fills m_aLogPossibility from the counts.
   void CacheLogPossibilities();

@@ -5,8 +5,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <system_error>
 #include <vector>
 
 #include "Utility/BinaryIO.h"
@@ -112,24 +110,24 @@ int CFSA::NextState(int state, int symbol) const {
 bool CFSA::Load(const char* path) {
   FilePtr fp = OpenFile(path, "rb");
   if (!fp) return false;
-  std::error_code error;
-  const uintmax_t fileSize = std::filesystem::file_size(path, error);
   BinaryReader in(fp.get());
   int nInputs = 0, nStates = 0;
   // No states at all is only the empty automaton, which has no inputs either.
-  if (error || !in.ReadInt(&nInputs) || !in.ReadInt(&nStates) || nInputs < 0 || nStates < 0 ||
+  if (!in.ReadInt(&nInputs) || !in.ReadInt(&nStates) || nInputs < 0 || nStates < 0 ||
       (nStates == 0 && nInputs != 0)) {
     return false;
   }
   // Check the sizes against the file before allocating anything.
   const uint64_t cells = uint64_t(nStates) * uint64_t(nInputs);
-  if (cells > kMaxTransitions || 8 + 8 * uint64_t(nStates) + 4 * cells > fileSize) {
+  if (cells > kMaxTransitions ||
+      !FileSizeIs(fp.get(), int64_t(8 + 8 * uint64_t(nStates) + 4 * cells))) {
     return false;
   }
   CFSA loaded;
   loaded.Reset(nStates, nInputs);
   if (in.ReadInts(loaded.m_pStateAccepted.get(), nStates) != size_t(nStates) ||
-      in.ReadInts(loaded.m_pPosIdAccepted.get(), nStates) != size_t(nStates)) {
+      in.ReadInts(loaded.m_pPosIdAccepted.get(), nStates) != size_t(nStates) ||
+      !loaded.AcceptingStatesAreValid()) {
     return false;
   }
   for (int s = 0; s < nStates; ++s) {
@@ -140,6 +138,14 @@ bool CFSA::Load(const char* path) {
     }
   }
   MoveFrom(loaded);
+  return true;
+}
+
+bool CFSA::AcceptingStatesAreValid() const {
+  for (int s = 0; s < m_nStateCount; ++s) {
+    const int flag = m_pStateAccepted[s];
+    if ((flag != 0 && flag != 1) || (flag == 0 && m_pPosIdAccepted[s] != 0)) return false;
+  }
   return true;
 }
 

@@ -33,10 +33,12 @@ class CFSA {
   CFSA& operator=(const CFSA&) = delete;
   virtual ~CFSA();
 
-  // Reads the binary automaton. False when the file cannot be opened, or is
-  // too short for the sizes in its header, declares inputs without states, or
-  // holds a transition to a state that does not exist; the previous automaton
-  // is then kept.
+  // Reads the binary automaton. False, keeping the previous automaton, when
+  // the file cannot be opened, a size is negative, it declares inputs
+  // without states or more than 2^26 transitions, it is not exactly as long
+  // as its sizes say, an accepting flag is neither 0 nor 1, a state that
+  // does not accept has a tag id other than 0, or a transition leads to a
+  // state that does not exist.
   bool Load(const char* path);
   // Writes the binary automaton. False when the file cannot be written.
   bool Save(const char* path) const;
@@ -80,6 +82,9 @@ class CFSA {
   void Reset(int nStateCount, int nInputSetSize);
   // Takes over the tables of `other`, leaving it empty.
   void MoveFrom(CFSA& other);
+  // Whether every flag is 0 or 1 and only accepting states have a tag id,
+  // as Import leaves them.
+  bool AcceptingStatesAreValid() const;
 
   int m_nStateCount;
   std::unique_ptr<int[]> m_pStateAccepted;

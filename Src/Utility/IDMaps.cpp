@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
-#include <system_error>
 #include <utility>
 
 #include "Utility/BinaryIO.h"
@@ -55,37 +54,28 @@ const CIDMaps::idmaps_info* CIDMaps::GetMaps(int handle, int* nCount) const {
   return count > 0 ? &m_pData[range.start] : nullptr;
 }
 
-bool CIDMaps::IndexIsValid() const {
-  return std::all_of(m_pIndex.get(), m_pIndex.get() + m_nBound, [this](const index_t& r) {
-    return r.start == -1 || (r.start >= 0 && r.start <= r.end && r.end < m_nSize);
-  });
+bool CIDMaps::IsValid() const {
+  // A target unknown to the right dictionary is stored as -1, never lower.
+  return RunsTile(m_pIndex.get(), size_t(m_nBound), m_nSize) &&
+         std::all_of(m_pData.get(), m_pData.get() + m_nSize,
+                     [](const idmaps_info& target) { return target.handle2 >= -1; });
 }
 
 bool CIDMaps::Load(const char* sFilename) {
   FilePtr fp = OpenFile(sFilename, "rb");
   if (!fp) return false;
-  const int64_t fileSize = FileSizeOf(fp.get());
   BinaryReader in(fp.get());
-  int nSize = 0, nBound = 0;
-  if (fileSize < 8 || !in.ReadInt(&nSize) || !in.ReadInt(&nBound) || nSize < 0 ||
-      nBound < 0) {
+  CIDMaps loaded;
+  if (!in.ReadInt(&loaded.m_nSize) || !in.ReadInt(&loaded.m_nBound) || loaded.m_nSize < 0 ||
+      loaded.m_nBound < 0 ||
+      !FileSizeIs(fp.get(), 8 + 4 * int64_t(loaded.m_nSize) + 8 * int64_t(loaded.m_nBound))) {
     return false;
   }
-  // A short file keeps the whole records it holds; the arrays are sized by
-  // what is there, never by the header alone. The index follows the data, so
-  // it is present only when all the data is.
-  const uint64_t available = uint64_t(fileSize) - 8;
-  CIDMaps loaded;
-  loaded.m_nSize = static_cast<int>(std::min<uint64_t>(uint64_t(nSize), available / 4));
-  const uint64_t afterData = available - 4 * uint64_t(loaded.m_nSize);
-  loaded.m_nBound = loaded.m_nSize < nSize
-                        ? 0
-                        : static_cast<int>(std::min<uint64_t>(uint64_t(nBound), afterData / 8));
   loaded.m_pData = std::make_unique<idmaps_info[]>(size_t(loaded.m_nSize));
   loaded.m_pIndex = NoMappings(loaded.m_nBound);
   if (in.ReadRecords(loaded.m_pData.get(), size_t(loaded.m_nSize)) != size_t(loaded.m_nSize) ||
       in.ReadRecords(loaded.m_pIndex.get(), size_t(loaded.m_nBound)) != size_t(loaded.m_nBound) ||
-      !loaded.IndexIsValid()) {
+      !loaded.IsValid()) {
     return false;
   }
   Swap(loaded);

@@ -40,10 +40,12 @@ class CIDMaps {
   CIDMaps& operator=(const CIDMaps&) = delete;
   ~CIDMaps();
 
-  // Reads a binary map. A file cut short keeps what it holds: source handles
-  // whose index entries are missing have no mapping. False when the file
-  // cannot be opened, its counts are negative, or an index entry points
-  // outside the targets; the previous map is then kept.
+  // Reads a binary map. False, keeping the previous map, when the file
+  // cannot be opened, a count is negative, the file is not exactly as long
+  // as the counts say (a map cut short would quietly lose the translations
+  // of every handle past the cut), the runs of the index (in handle order,
+  // skipping the -1, -1 of unmapped handles) do not cover the targets
+  // exactly once and in order, or a target is below -1.
   bool Load(const char* sFilename);
   // Writes the binary map. False when the file cannot be written.
   bool Save(const char* sFilename) const;
@@ -78,8 +80,8 @@ class CIDMaps {
   // Replaces the map with the pairs, grouped by source handle in a stable
   // order.
   void Build(std::vector<idmaps_elem>* pairs, const CPDAT& left);
-  // Whether every index entry is (-1, ...) or a range inside the data.
-  bool IndexIsValid() const;
+  // Whether the index and the targets are laid out as Build lays them out.
+  bool IsValid() const;
   void Swap(CIDMaps& other);
 
   int m_nSize;

@@ -129,6 +129,121 @@ int EmitNgramRun(const CPDAT& dict, const char* text, int pos, int len, PieceWri
   return run;
 }
 
+// --- Load checks ---------------------------------------------------------
+
+struct FreeDeleter {
+  void operator()(void* p) const { free(p); }
+};
+using StateArray = std::unique_ptr<state, FreeDeleter>;
+
+// Whether a word can hold the character: words end at their NUL, ASCII
+// letters are folded (except in byte mode, where every byte is a character)
+// and a two-byte character has a lead byte of 0x80 or more.
+bool IsWordCharacter(int code, bool byteMode) {
+  if (byteMode) return code >= 1 && code <= 0xFF;
+  if (code >= 'A' && code <= 'Z') return false;
+  return (code >= 1 && code <= 0xFF) || (code >= 0x8000 && (code & 0xFF) != 0);
+}
+
+// Whether the character table is one a build numbers: indexes 0 .. K - 1,
+// each given to one character a word can hold. K goes to *indexed.
+bool CharacterTableIsValid(const std::vector<int>& charset, bool byteMode, int* indexed) {
+  std::vector<bool> taken(charset.size(), false);
+  int count = 0, highest = -1;
+  for (int code = 0; code < CPDAT::kCharCodes; ++code) {
+    const int index = charset[code];
+    if (index == -1) continue;
+    if (index < 0 || index >= CPDAT::kCharCodes || taken[index] ||
+        !IsWordCharacter(code, byteMode)) {
+      return false;
+    }
+    taken[index] = true;
+    highest = std::max(highest, index);
+    ++count;
+  }
+  *indexed = count;
+  return highest == count - 1;
+}
+
+// Checks a loaded state array against the shape a build gives it (PDAT.h):
+// unused states are all -1 and the last state is used (unless the
+// dictionary is empty); every used state sits where its parent's base (or
+// the root's, 0) and one of the K character indexes put it, below a used
+// parent that is not a leaf, and its checks lead to the root without a
+// cycle; a leaf has no children and every other used state has some; a word
+// end holds a handle from 0 to the item count, and there are no more word
+// ends than items; every other state's handle is -1.
+class StateChecker {
+ public:
+  StateChecker(const state* states, int count, int indexed, int items)
+      : s_(states), n_(count), indexed_(indexed), items_(items) {}
+
+  bool Valid() const {
+    std::vector<bool> hasChild(static_cast<size_t>(n_), false);
+    int wordEnds = 0;
+    for (int i = 0; i < n_; ++i) {
+      if (!IsWellFormed(i) || (Used(i) && !HasValidParent(i))) return false;
+      if (Used(i) && s_[i].check >= 0) hasChild[static_cast<size_t>(s_[i].check)] = true;
+      if (Used(i) && IsWordEnd(i)) ++wordEnds;
+    }
+    for (int i = 0; i < n_; ++i) {
+      if (Used(i) && IsLeaf(i) == hasChild[static_cast<size_t>(i)]) return false;
+    }
+    const bool lastUsed = Used(n_ - 1) || (n_ == 1 && indexed_ == 0);
+    return lastUsed && wordEnds <= items_ && ChecksReachTheRoot();
+  }
+
+ private:
+  bool Used(int i) const { return s_[i].check != -1; }
+  // A leaf's base is minus its index; at state 0 that is a base of 0.
+  bool IsLeaf(int i) const { return s_[i].base == -i; }
+  bool IsWordEnd(int i) const { return s_[i].base < 0 || IsLeaf(i); }
+
+  bool IsWellFormed(int i) const {
+    const state& s = s_[i];
+    if (!Used(i)) return s.base == -1 && s.handle == -1;
+    if (s.check < -2 || s.check >= n_ || s.check == i || (s.base == 0 && i != 0)) return false;
+    return IsWordEnd(i) ? s.handle >= 0 && s.handle <= items_ : s.handle == -1;
+  }
+
+  bool HasValidParent(int i) const {
+    const int parent = s_[i].check;
+    int64_t base = 0;
+    if (parent >= 0) {
+      if (!Used(parent) || IsLeaf(parent)) return false;
+      base = std::abs(int64_t{s_[parent].base});
+    }
+    const int64_t index = i - base;
+    return index >= 0 && index < indexed_;
+  }
+
+  // Follows the checks of every state; a walk that comes back to a state of
+  // its own path is a cycle. States already known to reach the root end a
+  // walk, so the whole pass is linear.
+  bool ChecksReachTheRoot() const {
+    enum : char { kUnseen, kOnPath, kReaches };
+    std::vector<char> mark(static_cast<size_t>(n_), kUnseen);
+    std::vector<int> path;
+    for (int i = 0; i < n_; ++i) {
+      int j = i;
+      while (Used(j) && s_[j].check >= 0 && mark[static_cast<size_t>(j)] == kUnseen) {
+        mark[static_cast<size_t>(j)] = kOnPath;
+        path.push_back(j);
+        j = s_[j].check;
+      }
+      if (mark[static_cast<size_t>(j)] == kOnPath) return false;
+      for (const int k : path) mark[static_cast<size_t>(k)] = kReaches;
+      path.clear();
+    }
+    return true;
+  }
+
+  const state* s_;
+  int n_;
+  int indexed_;
+  int items_;
+};
+
 }  // namespace
 
 CPDAT::CPDAT(bool bByteMode)
@@ -288,31 +403,28 @@ int CPDAT::GetWords(const char* s, unsigned int** handles, unsigned int** length
 bool CPDAT::Load(const char* path) {
   FilePtr fp = OpenFile(path, "rb");
   if (!fp) return false;
-  const int64_t size = FileSizeOf(fp.get());
-  if (size < kStatesOffset) return false;
-
   BinaryReader reader(fp.get());
   std::vector<int> charset(kCharCodes);
   int lowerBound = 0, itemCount = 0;
   if (reader.ReadInts(charset.data(), kCharCodes) != size_t{kCharCodes} ||
-      !reader.ReadInt(&lowerBound) || !reader.ReadInt(&itemCount) || lowerBound < 0) {
+      !reader.ReadInt(&lowerBound) || !reader.ReadInt(&itemCount) || lowerBound < 0 ||
+      lowerBound == INT32_MAX || itemCount < 0 ||
+      !FileSizeIs(fp.get(), kStatesOffset + kStateBytes * (int64_t{lowerBound} + 1))) {
     return false;
   }
-  // A short file keeps only the states it really holds; the array always has
-  // at least the one state an empty dictionary describes.
-  const int64_t present = (size - kStatesOffset) / kStateBytes;
-  const int states = static_cast<int>(
-      std::max<int64_t>(1, std::min({int64_t{lowerBound} + 1, present, int64_t{INT32_MAX}})));
-  const size_t bytes = static_cast<size_t>(states) * sizeof(state);
-  state* data = static_cast<state*>(malloc(bytes));
-  if (data == nullptr) return false;
-  memset(data, 0xff, bytes);
-  reader.ReadRecords(data, static_cast<size_t>(states));
-
+  const int states = lowerBound + 1;
+  StateArray data(static_cast<state*>(malloc(static_cast<size_t>(states) * sizeof(state))));
+  int indexed = 0;
+  if (data == nullptr ||
+      reader.ReadRecords(data.get(), static_cast<size_t>(states)) != static_cast<size_t>(states) ||
+      !CharacterTableIsValid(charset, m_bByteMode, &indexed) ||
+      !StateChecker(data.get(), states, indexed, itemCount).Valid()) {
+    return false;
+  }
   free(m_pData);
-  m_pData = data;
+  m_pData = data.release();
   m_nLength = states;
-  m_nLowerBound = states - 1;
+  m_nLowerBound = lowerBound;
   m_nItemCount = itemCount;
   std::copy(charset.begin(), charset.end(), m_charset);
   RecoverCharacterRange();

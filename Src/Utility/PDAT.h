@@ -63,8 +63,20 @@ class CPDAT {
   // Handle of the first len bytes of word, or -1 (also for len 0).
   virtual int Find(const char* word, unsigned int len) const;
 
-  // Reads a dictionary file. False when the file cannot be opened or is too
-  // damaged to hold a dictionary at all; the previous contents are then kept.
+  // Reads a dictionary file. False, keeping the previous contents, when the
+  // file cannot be opened or is not a dictionary this class can have built
+  // in its mode: a negative highest state or item count; a size other than
+  // the character table, the two counts and 12 bytes for each state up to
+  // the highest; a character table whose indexes are not 0 .. K - 1 once
+  // each, or that indexes a character no word can hold (code 0, 0x0100 to
+  // 0x7FFF, a trail byte of 0, upper-case ASCII; in byte mode any code above
+  // 0xFF); an unused state that is not all -1, an unused last state in a
+  // dictionary with characters; a check outside the array, on the state
+  // itself, on an unused state or a leaf, or one that does not lead back to
+  // the root; a state that no character index puts where it is; a leaf with
+  // children or another state without; a word end whose handle lies outside
+  // 0 .. the item count, more word ends than items, or a handle on a state
+  // that ends no word.
   virtual bool Load(const char* path);
   // Writes the dictionary file. False when it cannot be written.
   virtual bool Save(const char* path) const;
@@ -119,6 +131,8 @@ class CPDAT {
   // Starts a build: empties the character tree and the counts.
   bool AddWordInit();
   // Adds a word with its handle; adding a word again replaces its handle.
+  // Handles go from 0 to the number of words added, as Import numbers them:
+  // a dictionary with other handles is saved but refused by Load.
   bool AddWord(const char* word, int handle);
   // Packs the collected words into the double array and frees the tree.
   bool AddWordComplete();

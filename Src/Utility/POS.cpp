@@ -8,6 +8,7 @@
 #include <cstring>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "Utility/BinaryIO.h"
 #include "Utility/global_linux.h"
@@ -44,11 +45,12 @@ void EncodeRecord(const POS_info& record, unsigned char* out) {
   StoreLE32(out + 4, record.freq);
 }
 
-POS_info DecodeRecord(const unsigned char* in) {
-  POS_info record;
-  record.POS_id = in[0];
-  record.freq = LoadLE32(in + 4);
-  return record;
+// False when the padding, which every record is written with as zeros, is
+// not.
+bool DecodeRecord(const unsigned char* in, POS_info* record) {
+  record->POS_id = in[0];
+  record->freq = LoadLE32(in + 4);
+  return in[1] == 0 && in[2] == 0 && in[3] == 0;
 }
 
 // --- text lexicon parsing -------------------------------------------------
@@ -164,25 +166,50 @@ bool CPOS::Allocate(int n, int b) {
 bool CPOS::Load(const char* path) {
   FilePtr fp = OpenFile(path, "rb");
   if (!fp) return false;
-  Release();
   BinaryReader in(fp.get());
   int n = -1, b = -1;
-  in.ReadInt(&n);
-  in.ReadInt(&b);
-  const long long needed =
-      kHeaderBytes + kRecordBytes * (static_cast<long long>(n) + static_cast<long long>(b));
-  if (n < 0 || b < 0 || needed > FileSizeOf(fp.get())) return false;
-  if (!Allocate(n, b)) return false;
-
-  unsigned char block[kBlockRecords * kRecordBytes];
-  for (int done = 0; done < n;) {
-    const int want = std::min(n - done, kBlockRecords);
-    const int got = static_cast<int>(in.ReadBytes(block, want * kRecordBytes) / kRecordBytes);
-    for (int i = 0; i < got; ++i) m_pData[done + i] = DecodeRecord(block + i * kRecordBytes);
-    done += got;
-    if (got < want) break;
+  if (!in.ReadInt(&n) || !in.ReadInt(&b) || n < 0 || b < 0 || b == INT_MAX ||
+      !FileSizeIs(fp.get(), kHeaderBytes + kRecordBytes * (int64_t{n} + b))) {
+    return false;
   }
-  in.ReadRecords(m_pIndex, b);
+  CPOS loaded;
+  if (!loaded.Allocate(n, b) || !loaded.ReadRecords(&in) ||
+      in.ReadRecords(loaded.m_pIndex, b) != static_cast<size_t>(b) || !loaded.IndexIsValid()) {
+    return false;
+  }
+  std::swap(m_pData, loaded.m_pData);
+  std::swap(m_pIndex, loaded.m_pIndex);
+  std::swap(m_nSize, loaded.m_nSize);
+  std::swap(m_nBound, loaded.m_nBound);
+  return true;
+}
+
+bool CPOS::ReadRecords(BinaryReader* in) {
+  unsigned char block[kBlockRecords * kRecordBytes];
+  for (int done = 0; done < m_nSize;) {
+    const int want = std::min(m_nSize - done, kBlockRecords);
+    if (in->ReadBytes(block, want * kRecordBytes) != static_cast<size_t>(want * kRecordBytes)) {
+      return false;
+    }
+    for (int i = 0; i < want; ++i) {
+      if (!DecodeRecord(block + i * kRecordBytes, &m_pData[done + i])) return false;
+    }
+    done += want;
+  }
+  return true;
+}
+
+bool CPOS::IndexIsValid() const {
+  // Each handle's records form one run of their own: runs never overlap.
+  std::vector<bool> covered(static_cast<size_t>(m_nSize), false);
+  for (int h = 0; h < m_nBound; ++h) {
+    const index_t& entry = m_pIndex[h];
+    if (entry.start == -1 && entry.end == -1) continue;
+    if (entry.start < 0 || entry.end <= 0 || entry.start > m_nSize - entry.end) return false;
+    const auto first = covered.begin() + entry.start;
+    if (std::find(first, first + entry.end, true) != first + entry.end) return false;
+    std::fill(first, first + entry.end, true);
+  }
   return true;
 }
 

@@ -18,6 +18,7 @@
 
 #include "Utility/Global.h"
 
+class BinaryReader;
 class CPDAT;
 class CPOSmap;
 
@@ -45,10 +46,13 @@ class CPOS {
   CPOS(const CPOS&) = delete;
   CPOS& operator=(const CPOS&) = delete;
 
-  // Reads a lexicon file, replacing the current tables. False when the file
-  // cannot be opened or its header does not describe tables the file can
-  // hold (negative counts, counts beyond the file's size); the lexicon is
-  // then empty.
+  // Reads a lexicon file, replacing the current tables. False, keeping the
+  // previous lexicon, when the file cannot be opened, a count is negative,
+  // the file is not exactly as long as the counts say, a record's padding
+  // bytes are not zero, or an index entry other than -1, -1 does not name
+  // one or more records inside the table, or shares a record with another
+  // entry. Records no entry names are allowed (Import leaves the earlier
+  // run of a handle split in two unindexed), and counts are not checked.
   bool Load(const char* path);
   bool Save(const char* path) const;
 
@@ -79,6 +83,11 @@ class CPOS {
 
  private:
   void Release();
+  // Load's steps: the records from `in` into the allocated table, false when
+  // the file ends first or a record is damaged; whether the index entries
+  // name disjoint runs of records.
+  bool ReadRecords(BinaryReader* in);
+  bool IndexIsValid() const;
   // Fresh arrays of n records (tag 255, count 0) and b index entries
   // (-1, -1), plus one always-empty entry at position b.
   bool Allocate(int n, int b);

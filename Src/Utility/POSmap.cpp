@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "Utility/BinaryIO.h"
 #include "Utility/Global.h"
@@ -46,6 +47,16 @@ int FirstToken(const char* line, const char** start) {
   return len;
 }
 
+// Whether the file holds a NUL byte, which no text map does; the file is
+// then back at its start.
+bool HoldsNul(FILE* fp) {
+  for (int c = getc(fp); c != EOF; c = getc(fp)) {
+    if (c == '\0') return true;
+  }
+  rewind(fp);
+  return false;
+}
+
 char* CopyName(const char* name, int len) {
   char* copy = static_cast<char*>(malloc(len + 1));
   if (copy == nullptr) return nullptr;
@@ -69,25 +80,26 @@ void CPOSmap::Release() {
 
 bool CPOSmap::Load(const char* path) {
   FilePtr fp = OpenFile(path, "r");
-  if (!fp) return false;
+  if (!fp || HoldsNul(fp.get())) return false;
   // One slot per line (a line never yields more than one name) plus the
   // always-empty slot after the last name.
   const int lines = std::clamp(GetFileLinesCount(fp.get()), 0, kMaxNames);
-  const int slots = lines + 1;
-  char** table = static_cast<char**>(calloc(slots, sizeof(char*)));
-  if (table == nullptr) return false;
-  Release();
-  m_pData = table;
+  CPOSmap loaded;
+  loaded.m_pData = static_cast<char**>(calloc(lines + 1, sizeof(char*)));
+  if (loaded.m_pData == nullptr) return false;
 
   char line[kLineBufferSize];
-  while (m_nItemCount < slots - 1 && ReadLine(fp.get(), line, sizeof line)) {
+  while (loaded.m_nItemCount < lines && ReadLine(fp.get(), line, sizeof line)) {
     const char* name;
     const int len = FirstToken(line, &name);
     if (len == 0) continue;
     char* copy = CopyName(name, len);
     if (copy == nullptr) break;
-    m_pData[m_nItemCount++] = copy;
+    loaded.m_pData[loaded.m_nItemCount++] = copy;
   }
+  if (loaded.m_nItemCount == 0) return false;
+  std::swap(m_pData, loaded.m_pData);
+  std::swap(m_nItemCount, loaded.m_nItemCount);
   return true;
 }
 

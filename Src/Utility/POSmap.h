@@ -25,7 +25,8 @@ class CPOSmap {
   CPOSmap& operator=(const CPOSmap&) = delete;
 
   // Reads a map file. False, keeping the previous table, when it cannot be
-  // opened. At most 255 names are kept (identifier 255 means no tag).
+  // opened, holds a NUL byte (it is no text) or names no tag. At most 255
+  // names are kept (identifier 255 means no tag).
   bool Load(const char* path);
 
   unsigned char GetItemCount() const { return m_nItemCount; }

@@ -1,8 +1,11 @@
 #include "Utility/Unigram.h"
 
+#include <algorithm>
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <new>
 #include <string>
 
@@ -25,6 +28,10 @@ int* NewFrequencies(int bound) {
   if (data == nullptr) throw std::bad_alloc();
   return data;
 }
+
+struct FreeDeleter {
+  void operator()(int* p) const { free(p); }
+};
 
 int ClampToInt(long long value) {
   if (value > INT_MAX) return INT_MAX;
@@ -56,23 +63,19 @@ int CUnigram::GetFreq(int handle) const {
 bool CUnigram::Load(const char* path) {
   FilePtr fp = OpenFile(path, "rb");
   if (!fp) return false;
-  const int64_t file_size = FileSizeOf(fp.get());
-  if (file_size < kHeaderBytes) return false;
-
   BinaryReader in(fp.get());
   int header[3];
   if (in.ReadInts(header, 3) != 3) return false;
-  const int bound = header[1];
-  if (bound < -1) return false;
-  // Check the count against the file before allocating for it.
-  const size_t entries = static_cast<size_t>(bound) + 1;
-  if (entries > static_cast<size_t>(file_size - kHeaderBytes) / sizeof(int)) return false;
-  int* data = NewFrequencies(bound);
-  if (in.ReadInts(data, entries) != entries) {
-    free(data);
+  const int size = header[0], bound = header[1];
+  // Check the counts against the file before allocating for them.
+  const int64_t entries = int64_t{bound} + 1;
+  if (size < 0 || bound < -1 || !FileSizeIs(fp.get(), kHeaderBytes + entries * 4)) return false;
+  std::unique_ptr<int, FreeDeleter> data(NewFrequencies(bound));
+  if (in.ReadInts(data.get(), static_cast<size_t>(entries)) != static_cast<size_t>(entries) ||
+      std::count_if(data.get(), data.get() + entries, [](int freq) { return freq != 0; }) > size) {
     return false;
   }
-  Replace(header[0], bound, header[2], data);
+  Replace(size, bound, header[2], data.release());
   return true;
 }
 

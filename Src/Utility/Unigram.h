@@ -26,7 +26,11 @@ class CUnigram {
   int GetItemCount() const { return m_nSize; }
 
   // Binary file. Load replaces the table; it returns false, keeping the old
-  // table, when the file cannot be opened or its counts do not fit its size.
+  // table, when the file cannot be opened, a count is negative (the highest
+  // handle may be -1, for no entries), the file is not exactly as long as
+  // the counts say, or more handles have a frequency than lines were
+  // imported. Frequencies themselves are not checked: any value can have
+  // been imported.
   bool Load(const char* path);
   bool Save(const char* path) const;
 

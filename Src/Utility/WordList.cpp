@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -55,35 +54,55 @@ const char* CWordList::GetWord(int handle) const {
   return offset < 0 ? nullptr : m_pWordListBuf + offset;
 }
 
+bool CWordList::BufferIsValid() const {
+  // Import appends each word, never empty and without NUL bytes, with its
+  // NUL: one NUL per word, none leading and none doubled.
+  const char* const buffer = m_pWordListBuf;
+  const int size = m_nWordListDataSize;
+  if (size == 0) return m_nSize == 0;
+  if (buffer[0] == '\0' || buffer[size - 1] != '\0') return false;
+  int words = 0;
+  for (int i = 0; i < size; ++i) {
+    if (buffer[i] != '\0') continue;
+    if (i > 0 && buffer[i - 1] == '\0') return false;
+    ++words;
+  }
+  return words == m_nSize;
+}
+
 bool CWordList::OffsetsAreValid() const {
-  // An offset at or before the last NUL of the buffer starts a terminated
-  // string.
-  const void* lastNul = m_nWordListDataSize > 0
-                            ? memrchr(m_pWordListBuf, '\0', size_t(m_nWordListDataSize))
-                            : nullptr;
-  const long lastStart = lastNul ? static_cast<const char*>(lastNul) - m_pWordListBuf : -1;
-  return std::all_of(m_pData.get(), m_pData.get() + size_t(m_nBound) + 1, [lastStart](int offset) {
-    return offset == -1 || (offset >= 0 && offset <= lastStart);
-  });
+  // Every word of the buffer belongs to at most one handle, at its start.
+  std::vector<bool> taken(size_t(m_nWordListDataSize), false);
+  const auto startsWord = [this, &taken](int offset) {
+    if (offset < 0 || offset >= m_nWordListDataSize || taken[size_t(offset)] ||
+        (offset > 0 && m_pWordListBuf[offset - 1] != '\0')) {
+      return false;
+    }
+    taken[size_t(offset)] = true;
+    return true;
+  };
+  return m_pData[m_nBound] == -1 &&
+         std::all_of(m_pData.get(), m_pData.get() + m_nBound,
+                     [&](int offset) { return offset == -1 || startsWord(offset); });
 }
 
 bool CWordList::Load(const char* sFilename) {
   FilePtr fp = OpenFile(sFilename, "rb");
   if (!fp) return false;
-  const int64_t size = FileSizeOf(fp.get());
-  const uint64_t fileSize = size < 0 ? 0 : uint64_t(size);
+  const int64_t fileSize = FileSizeOf(fp.get());
   BinaryReader in(fp.get());
   CWordList loaded;
-  if (size < 0 || !in.ReadInt(&loaded.m_nSize) || !in.ReadInt(&loaded.m_nBound) ||
-      loaded.m_nSize < 0 || loaded.m_nBound < 0 ||
-      8 + 4 * (uint64_t(loaded.m_nBound) + 1) + 4 > fileSize) {
+  // The offsets and the buffer's byte count must fit the file before
+  // anything is allocated for them.
+  if (!in.ReadInt(&loaded.m_nSize) || !in.ReadInt(&loaded.m_nBound) || loaded.m_nSize < 0 ||
+      loaded.m_nBound < 0 || 12 + 4 * (int64_t(loaded.m_nBound) + 1) > fileSize) {
     return false;
   }
   const size_t nOffsets = size_t(loaded.m_nBound) + 1;
   loaded.m_pData = std::make_unique<int[]>(nOffsets);
   int nDataSize = 0;
   if (in.ReadInts(loaded.m_pData.get(), nOffsets) != nOffsets || !in.ReadInt(&nDataSize) ||
-      nDataSize < 0 || 8 + 4 * uint64_t(nOffsets) + 4 + uint64_t(nDataSize) > fileSize) {
+      nDataSize < 0 || !FileSizeIs(fp.get(), 12 + 4 * int64_t(nOffsets) + nDataSize)) {
     return false;
   }
   if (nDataSize > 0) {
@@ -94,7 +113,7 @@ bool CWordList::Load(const char* sFilename) {
       return false;
     }
   }
-  if (!loaded.OffsetsAreValid()) return false;
+  if (!loaded.BufferIsValid() || !loaded.OffsetsAreValid()) return false;
   Swap(loaded);
   return true;
 }

@@ -34,9 +34,12 @@ class CWordList {
   CWordList& operator=(const CWordList&) = delete;
   ~CWordList();
 
-  // Reads a binary word list. False when the file cannot be opened or is
-  // damaged (too short for its counts, an offset outside the word buffer or
-  // not followed by a NUL within it); the previous list is then kept.
+  // Reads a binary word list. False, keeping the previous list, when the
+  // file cannot be opened or is damaged: a negative count or byte count, a
+  // size other than the counts say, a buffer that does not hold exactly
+  // `size` non-empty NUL-terminated words, an offset that is not -1 and not
+  // the start of a word, two handles with one word, or a spare last offset
+  // other than -1.
   bool Load(const char* sFilename);
   // Writes the binary word list. False when the file cannot be written.
   bool Save(const char* sFilename) const;
@@ -66,8 +69,10 @@ class CWordList {
   // Appends word and its NUL to the buffer and returns its offset; -1 when
   // the buffer cannot grow.
   int AppendWord(const char* word);
-  // Checks that every offset is -1 or starts a NUL-terminated string inside
-  // the buffer.
+  // Load's checks: the buffer holds m_nSize words as Import appends them;
+  // every offset is -1 or the start of a word no other handle has, and the
+  // spare one is -1.
+  bool BufferIsValid() const;
   bool OffsetsAreValid() const;
   void Swap(CWordList& other);
 

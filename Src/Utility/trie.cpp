@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -62,10 +63,58 @@ void AppendCode(unsigned int code, std::string* text) {
 // A word ends at the node (a deleted word has handle -1).
 bool HasWord(const trie_elem& e) { return e.handle >= 0; }
 
+// Bytes before the nodes in a dictionary file: the trie's three counts and
+// the node array's count and capacity.
+constexpr int64_t kFileHeaderBytes = 5 * 4;
+
+// Whether the code can label an edge: GetCharCode's code for a character of
+// a word, which holds neither NUL nor white space, has its ASCII letters
+// folded, and opens a two-byte code only with a byte of 0x80 or more.
+bool IsEdgeCode(unsigned int code) {
+  if (code > 0xFFFF || (code > 0xFF && code < 0x8000) || (code >= 'A' && code <= 'Z')) {
+    return false;
+  }
+  const char last = static_cast<char>(code & 0xFF);
+  return last != '\0' && !IsBlank(last);
+}
+
+// Whether a node's word fields are as adding and deleting leave them: a
+// node no word was ever added to has handle -1 and an empty tag; a word's
+// tag is not empty; every tag is NUL-padded, every handle -1 (deleted) or
+// above.
+bool WordFieldsAreValid(const trie_elem& e) {
+  const size_t length = strnlen(e.sPos, sizeof e.sPos);
+  if (std::any_of(e.sPos + length, std::end(e.sPos), [](char c) { return c != '\0'; })) {
+    return false;
+  }
+  if (e.freq == 0) return e.handle == -1 && length == 0;
+  return e.freq > 0 && e.handle >= -1 && length > 0;
+}
+
+// Whether the nodes carry words as adding and deleting leave them: fields
+// as WordFieldsAreValid wants, edge codes on every node but the root, which
+// holds no word, one deletion per deleted word and no more handles handed
+// out than words added (Import numbers again from 0, so fewer is possible).
+bool NodesAreValid(const CDynamicArry& nodes, int head, int items, int deletions) {
+  int count = 0;
+  nodes.GetElemNum(count);
+  int words = 0, deleted = 0;
+  for (int i = 0; i < count; ++i) {
+    const trie_elem* e = nullptr;
+    nodes.GetElem(i, e);
+    const bool edgeValid = i == head ? e->node == 0 && e->freq == 0 : IsEdgeCode(e->node);
+    if (!edgeValid || !WordFieldsAreValid(*e)) return false;
+    if (e->freq > 0) ++words;
+    if (e->freq > 0 && e->handle == -1) ++deleted;
+  }
+  return items <= words && deletions == deleted;
+}
+
 // Whether the loaded nodes form one tree below `head`, as every trie we write
 // does: every link reaches a node no other link reaches (so walks can neither
-// loop nor meet), every node is reached, and every child_count matches its
-// list. Stores the byte length of the deepest path.
+// loop nor meet), every node is reached, every child_count matches its list
+// and no two siblings share a code. Stores the byte length of the deepest
+// path.
 bool CheckTree(const CDynamicArry& nodes, int head, int* depth_bytes) {
   const trie_elem* root = nullptr;
   if (!nodes.GetElem(head, root) || root->nextNode != -1) return false;
@@ -75,24 +124,29 @@ bool CheckTree(const CDynamicArry& nodes, int head, int* depth_bytes) {
   seen[static_cast<size_t>(head)] = true;
   int reached = 1;
   std::vector<std::pair<int, int>> pending = {{head, 0}};  // node, its depth
+  std::vector<unsigned int> codes;  // of one node's children
   *depth_bytes = 0;
   while (!pending.empty()) {
     const auto [index, depth] = pending.back();
     pending.pop_back();
     const trie_elem* parent = nullptr;
     nodes.GetElem(index, parent);
-    int children = 0;
+    codes.clear();
     const trie_elem* child = nullptr;
     for (int c = parent->children; nodes.GetElem(c, child); c = child->nextNode) {
       if (seen[static_cast<size_t>(c)]) return false;
       seen[static_cast<size_t>(c)] = true;
       ++reached;
-      ++children;
+      codes.push_back(child->node);
       const int child_depth = depth + CodeBytes(child->node);
       *depth_bytes = std::max(*depth_bytes, child_depth);
       pending.emplace_back(c, child_depth);
     }
-    if (children != parent->child_count) return false;
+    std::sort(codes.begin(), codes.end());
+    if (static_cast<int>(codes.size()) != parent->child_count ||
+        std::adjacent_find(codes.begin(), codes.end()) != codes.end()) {
+      return false;
+    }
   }
   return reached == count;
 }
@@ -408,11 +462,13 @@ bool CTrie::Load(const char* path) {
 
   CDynamicArry nodes;
   if (!nodes.Load(fp.get())) return false;
-  // Each handle, and so each deletion, belongs to a node of its own.
   int count = 0;
   nodes.GetElemNum(count);
   int depth = 0;
-  if (items > count || deletions > count || !CheckTree(nodes, head, &depth)) return false;
+  if (!FileSizeIs(fp.get(), kFileHeaderBytes + int64_t{CDynamicArry::kNodeBytes} * count) ||
+      !CheckTree(nodes, head, &depth) || !NodesAreValid(nodes, head, items, deletions)) {
+    return false;
+  }
 
   *m_pDynamicArry = std::move(nodes);
   m_nItemCount = items;

@@ -17,7 +17,8 @@
 // out, the number of deletions, the root index, then the node array (count,
 // capacity, 64-byte nodes; see CDynamicArry). Load refuses a file whose
 // counts or links are inconsistent (out of range, shared or cyclic), so no
-// lookup on a loaded trie can leave the array or loop.
+// lookup on a loaded trie can leave the array or loop, and one that adding
+// and deleting words cannot have written (see Load).
 //
 // Threads. Lookups never change the trie. The classic interface keeps the tag
 // of the last word found by GetMaxWord or GetFreq in m_sCurPos, to be fetched
@@ -92,7 +93,14 @@ class CTrie {
   int GetWordNum() const { return m_nItemCount + 1; }
 
   // Binary file. Load returns false, leaving the trie as it was, when the
-  // file cannot be opened, holds no word or is inconsistent. Save returns
+  // file cannot be opened, holds no word or is inconsistent: a negative or
+  // out-of-range count or link, a size other than the counts and nodes, a
+  // node that is not in the one tree below the root or is in it twice, a
+  // child count other than the node's list, two siblings with one code, a
+  // code no character of a word has, a word or tag on the root, a handle
+  // below -1, a handle or tag on a node no word was added to, a word without
+  // a tag, a tag not NUL-padded, more handles handed out than words, or a
+  // deletion count other than the number of deleted words. Save returns
   // false (and writes nothing) when no word was ever added.
   bool Load(const char* path);
   bool Save(const char* path) const;

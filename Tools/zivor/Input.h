@@ -29,9 +29,10 @@ class InputReader {
   // Checks a file that the library is to read itself. A file that cannot be
   // opened is left for the library to refuse.
   void CheckFile(const std::string& path);
+  // Checks a text read by other means.
+  void Check(const std::string& text);
 
  private:
-  void Check(const std::string& text);
 
   const Encoding encoding_;
   bool warned_ = false;

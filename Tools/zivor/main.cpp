@@ -16,6 +16,7 @@
 #include "DataStage.h"
 #include "Input.h"
 #include "KeyWordJobs.h"
+#include "LinePieces.h"
 #include "NewWordJob.h"
 #include "Options.h"
 #include "UserDictJobs.h"
@@ -202,29 +203,45 @@ int ParseArguments(int argc, char** argv, Options* options) {
   return kGoOn;
 }
 
-void PrintRecords(const std::string& line) {
+// Prints the records of a piece of a line that starts at `offset` in it.
+bool PrintRecords(const std::string& piece, size_t offset) {
   int count = 0;
-  const result_t* records = ZIVOR_ParagraphProcessA(line.c_str(), &count, true);
-  for (int i = 0; records != nullptr && i < count; ++i) {
+  const result_t* records = ZIVOR_ParagraphProcessA(piece.c_str(), &count, true);
+  if (records == nullptr) return false;
+  for (int i = 0; i < count; ++i) {
     const result_t& r = records[i];
-    printf("%d\t%d\t%.*s\t%d\t%d\t%.6f\n", r.start, r.length,
+    printf("%zu\t%d\t%.*s\t%d\t%d\t%.6f\n", offset + static_cast<size_t>(r.start), r.length,
            static_cast<int>(strnlen(r.sPOS, sizeof r.sPOS)), r.sPOS, r.word_ID, r.word_type,
            r.weight);
   }
-  putchar('\n');
+  return true;
 }
 
-// Analyses every line of `in`.
-void ProcessStream(std::istream& in, const Options& options, InputReader* input) {
-  std::string line;
-  while (input->ReadLine(in, &line)) {
+// Analyses every line of `in`, a long line piece by piece with the result of
+// the whole. False, with the reason on standard error, when an analysis
+// fails: nothing of the input is ever left out silently.
+bool ProcessStream(std::istream& in, const Options& options, InputReader* input) {
+  LinePieces pieces(in, input);
+  std::string piece;
+  bool lineEnd = false;
+  size_t lineStart = 0;
+  while (pieces.Next(&piece, &lineEnd, &lineStart)) {
+    bool analysed = false;
     if (options.records) {
-      PrintRecords(line);
-    } else {
-      const char* result = ZIVOR_ParagraphProcess(line.c_str(), options.tags ? 1 : 0);
-      printf("%s\n", result != nullptr ? result : "");
+      analysed = PrintRecords(piece, lineStart);
+    } else if (const char* result = ZIVOR_ParagraphProcess(piece.c_str(), options.tags ? 1 : 0)) {
+      fputs(result, stdout);
+      analysed = true;
     }
+    if (!analysed) {
+      fflush(stdout);
+      fprintf(stderr, "zivor: the analysis failed; the reason is in %s\n",
+              LogFileName(nullptr).c_str());
+      return false;
+    }
+    if (lineEnd) putchar('\n');
   }
+  return true;
 }
 
 std::string CurrentDirectory() {
@@ -271,10 +288,7 @@ bool Initialise(const Options& options, DataStage* stage) {
 // Analyses the files, or standard input when none is given. Returns the exit
 // status.
 int Analyse(const Options& options, InputReader* input) {
-  if (options.files.empty()) {
-    ProcessStream(std::cin, options, input);
-    return 0;
-  }
+  if (options.files.empty()) return ProcessStream(std::cin, options, input) ? 0 : 1;
   int result = 0;
   for (const std::string& file : options.files) {
     std::ifstream in(file, std::ios::binary);
@@ -283,7 +297,7 @@ int Analyse(const Options& options, InputReader* input) {
       result = 1;
       continue;
     }
-    ProcessStream(in, options, input);
+    if (!ProcessStream(in, options, input)) return 1;
   }
   return result;
 }
@@ -309,9 +323,7 @@ bool OnlyUserDict(const Options& options) {
   return !options.dict_actions.empty() && options.files.empty() && isatty(0) != 0;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
   Options options;
   options.dir = kDefaultDir;
   const int status = ParseArguments(argc, argv, &options);
@@ -325,4 +337,16 @@ int main(int argc, char** argv) {
   if (result == 0 && !OnlyUserDict(options)) result = RunJob(options);
   ZIVOR_Exit();
   return result;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& e) {
+    fflush(stdout);
+    fprintf(stderr, "zivor: stopped: %s\n", e.what());
+  }
+  return 1;
 }
