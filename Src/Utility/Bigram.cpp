@@ -35,10 +35,6 @@ struct bigram_elem {
   bigram_info pair;
 };
 
-struct FreeDeleter {
-  void operator()(void* p) const { free(p); }
-};
-
 // A malloc'ed array of count copies of fill (null when count is 0).
 template <class Record>
 Record* NewArray(size_t count, const Record& fill) {
@@ -112,8 +108,8 @@ bool CBigram::Load(const char* path) {
       !FileSizeIs(fp.get(), kHeaderBytes + int64_t{kRecordBytes} * (int64_t{size} + bound))) {
     return false;
   }
-  std::unique_ptr<bigram_info, FreeDeleter> data(NewArray(size, kNoPair));
-  std::unique_ptr<index_t, FreeDeleter> index(NewArray(bound, kNoRun));
+  MallocPtr<bigram_info> data(NewArray(size, kNoPair));
+  MallocPtr<index_t> index(NewArray(bound, kNoRun));
   if (in.ReadRecords(data.get(), size) != static_cast<size_t>(size) ||
       in.ReadRecords(index.get(), bound) != static_cast<size_t>(bound) ||
       !RunsTile(index.get(), static_cast<size_t>(bound), size) ||

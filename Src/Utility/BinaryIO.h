@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <type_traits>
 
@@ -24,6 +25,14 @@ struct FileCloser {
   }
 };
 using FilePtr = std::unique_ptr<FILE, FileCloser>;
+
+// Owns a malloc'ed array while a loader fills and checks it, until the
+// table it is for takes it over.
+struct FreeDeleter {
+  void operator()(void* p) const { free(p); }
+};
+template <class T>
+using MallocPtr = std::unique_ptr<T, FreeDeleter>;
 
 // fopen that returns an owning pointer (null when the file cannot be opened).
 FilePtr OpenFile(const char* path, const char* mode);

@@ -131,11 +131,6 @@ int EmitNgramRun(const CPDAT& dict, const char* text, int pos, int len, PieceWri
 
 // --- Load checks ---------------------------------------------------------
 
-struct FreeDeleter {
-  void operator()(void* p) const { free(p); }
-};
-using StateArray = std::unique_ptr<state, FreeDeleter>;
-
 // Whether a word can hold the character: words end at their NUL, ASCII
 // letters are folded (except in byte mode, where every byte is a character)
 // and a two-byte character has a lead byte of 0x80 or more.
@@ -148,7 +143,7 @@ bool IsWordCharacter(int code, bool byteMode) {
 // Whether the character table is one a build numbers: indexes 0 .. K - 1,
 // each given to one character a word can hold. K goes to *indexed.
 bool CharacterTableIsValid(const std::vector<int>& charset, bool byteMode, int* indexed) {
-  std::vector<bool> taken(charset.size(), false);
+  std::vector<char> taken(charset.size(), 0);
   int count = 0, highest = -1;
   for (int code = 0; code < CPDAT::kCharCodes; ++code) {
     const int index = charset[code];
@@ -157,7 +152,7 @@ bool CharacterTableIsValid(const std::vector<int>& charset, bool byteMode, int* 
         !IsWordCharacter(code, byteMode)) {
       return false;
     }
-    taken[index] = true;
+    taken[index] = 1;
     highest = std::max(highest, index);
     ++count;
   }
@@ -179,15 +174,15 @@ class StateChecker {
       : s_(states), n_(count), indexed_(indexed), items_(items) {}
 
   bool Valid() const {
-    std::vector<bool> hasChild(static_cast<size_t>(n_), false);
+    std::vector<char> hasChild(static_cast<size_t>(n_), 0);
     int wordEnds = 0;
     for (int i = 0; i < n_; ++i) {
       if (!IsWellFormed(i) || (Used(i) && !HasValidParent(i))) return false;
-      if (Used(i) && s_[i].check >= 0) hasChild[static_cast<size_t>(s_[i].check)] = true;
+      if (Used(i) && s_[i].check >= 0) hasChild[static_cast<size_t>(s_[i].check)] = 1;
       if (Used(i) && IsWordEnd(i)) ++wordEnds;
     }
     for (int i = 0; i < n_; ++i) {
-      if (Used(i) && IsLeaf(i) == hasChild[static_cast<size_t>(i)]) return false;
+      if (Used(i) && IsLeaf(i) == (hasChild[static_cast<size_t>(i)] != 0)) return false;
     }
     const bool lastUsed = Used(n_ - 1) || (n_ == 1 && indexed_ == 0);
     return lastUsed && wordEnds <= items_ && ChecksReachTheRoot();
@@ -413,7 +408,8 @@ bool CPDAT::Load(const char* path) {
     return false;
   }
   const int states = lowerBound + 1;
-  StateArray data(static_cast<state*>(malloc(static_cast<size_t>(states) * sizeof(state))));
+  const size_t bytes = static_cast<size_t>(states) * sizeof(state);
+  MallocPtr<state> data(static_cast<state*>(malloc(bytes)));
   int indexed = 0;
   if (data == nullptr ||
       reader.ReadRecords(data.get(), static_cast<size_t>(states)) != static_cast<size_t>(states) ||

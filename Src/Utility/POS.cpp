@@ -201,14 +201,15 @@ bool CPOS::ReadRecords(BinaryReader* in) {
 
 bool CPOS::IndexIsValid() const {
   // Each handle's records form one run of their own: runs never overlap.
-  std::vector<bool> covered(static_cast<size_t>(m_nSize), false);
+  std::vector<char> covered(static_cast<size_t>(m_nSize), 0);
   for (int h = 0; h < m_nBound; ++h) {
     const index_t& entry = m_pIndex[h];
     if (entry.start == -1 && entry.end == -1) continue;
     if (entry.start < 0 || entry.end <= 0 || entry.start > m_nSize - entry.end) return false;
-    const auto first = covered.begin() + entry.start;
-    if (std::find(first, first + entry.end, true) != first + entry.end) return false;
-    std::fill(first, first + entry.end, true);
+    for (int i = entry.start; i < entry.start + entry.end; ++i) {
+      if (covered[static_cast<size_t>(i)] != 0) return false;
+      covered[static_cast<size_t>(i)] = 1;
+    }
   }
   return true;
 }

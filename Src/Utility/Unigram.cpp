@@ -29,10 +29,6 @@ int* NewFrequencies(int bound) {
   return data;
 }
 
-struct FreeDeleter {
-  void operator()(int* p) const { free(p); }
-};
-
 int ClampToInt(long long value) {
   if (value > INT_MAX) return INT_MAX;
   if (value < INT_MIN) return INT_MIN;
@@ -70,7 +66,7 @@ bool CUnigram::Load(const char* path) {
   // Check the counts against the file before allocating for them.
   const int64_t entries = int64_t{bound} + 1;
   if (size < 0 || bound < -1 || !FileSizeIs(fp.get(), kHeaderBytes + entries * 4)) return false;
-  std::unique_ptr<int, FreeDeleter> data(NewFrequencies(bound));
+  MallocPtr<int> data(NewFrequencies(bound));
   if (in.ReadInts(data.get(), static_cast<size_t>(entries)) != static_cast<size_t>(entries) ||
       std::count_if(data.get(), data.get() + entries, [](int freq) { return freq != 0; }) > size) {
     return false;

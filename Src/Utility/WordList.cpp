@@ -72,13 +72,13 @@ bool CWordList::BufferIsValid() const {
 
 bool CWordList::OffsetsAreValid() const {
   // Every word of the buffer belongs to at most one handle, at its start.
-  std::vector<bool> taken(size_t(m_nWordListDataSize), false);
+  std::vector<char> taken(size_t(m_nWordListDataSize), 0);
   const auto startsWord = [this, &taken](int offset) {
-    if (offset < 0 || offset >= m_nWordListDataSize || taken[size_t(offset)] ||
+    if (offset < 0 || offset >= m_nWordListDataSize || taken[size_t(offset)] != 0 ||
         (offset > 0 && m_pWordListBuf[offset - 1] != '\0')) {
       return false;
     }
-    taken[size_t(offset)] = true;
+    taken[size_t(offset)] = 1;
     return true;
   };
   return m_pData[m_nBound] == -1 &&
