@@ -16,17 +16,12 @@ using testutil::Code;
 
 TEST(CharsetTest, ImportParsesLinesSafelyAndForcesWhiteSpaceTypes) {
   testutil::TempDir dir;
-  // A loaded table that gives the white-space codes another type.
-  std::string binary(4 + 65536, '\0');
-  for (const int code : {9, 10, 13, 32}) binary[4 + code] = 5;
-  testutil::WriteFile(dir.File("t.type"), binary);
   testutil::WriteFile(dir.File("c.txt"),
                       Gbk("中 7\n字典 5\r\n") + "a 3\n\xB0 9\nq 300\nno-type\n\n" +
                           std::string(5000, 'x') + " 5\n" +        // no type in 1,024 bytes
                           "y 6" + std::string(3000, ' ') + "\n" +  // type in 1,024 bytes
                           std::string("w\0 2\n", 5) + "z 1");      // NUL ends the text
   CCharset charset;
-  ASSERT_TRUE(charset.Load(dir.File("t.type").c_str()));
   EXPECT_EQ(charset.Import(dir.File("c.txt").c_str()), 11);  // every line counts
 
   EXPECT_EQ(charset.GetType(Gbk("中文").c_str()), 7);
@@ -42,7 +37,7 @@ TEST(CharsetTest, ImportParsesLinesSafelyAndForcesWhiteSpaceTypes) {
   EXPECT_EQ(charset.GetType('a'), 3);
 }
 
-TEST(CharsetTest, SaveLoadRoundTripAndShortFiles) {
+TEST(CharsetTest, SaveLoadRoundTripAndDamagedFiles) {
   testutil::TempDir dir;
   testutil::WriteFile(dir.File("c.txt"), Gbk("中 7\n文 8\n") + "a 3\nb 4\n");
   CCharset charset;
@@ -61,15 +56,21 @@ TEST(CharsetTest, SaveLoadRoundTripAndShortFiles) {
   EXPECT_FALSE(loaded.Save((dir.path() + "/no/dir/x").c_str()));
   EXPECT_EQ(loaded.Export((dir.path() + "/no/dir/x").c_str()), 0);
 
-  // A short file replaces only what it holds: the count and codes 0..'a'.
-  std::string part(4 + 'a' + 1, '\0');
-  StoreLE32(reinterpret_cast<unsigned char*>(part.data()), 77);
-  part.back() = 9;
-  testutil::WriteFile(dir.File("part.type"), part);
-  ASSERT_TRUE(loaded.Load(dir.File("part.type").c_str()));
-  EXPECT_EQ(loaded.GetType('a'), 9);
-  EXPECT_EQ(loaded.GetType('b'), 4);
-  EXPECT_EQ(loaded.Export(dir.File("e.txt").c_str()), 77);
+  // Refused, keeping the table: a wrong size, a negative count, white space
+  // of another type, and a type on a code no line can name (0, form feed,
+  // 0x0100, a two-byte code with trail byte 0 or blank).
+  const auto with = [&bytes](int code, char type) {
+    std::string bad = bytes;
+    bad[4 + code] = type;
+    return bad;
+  };
+  testutil::ExpectEachRefused(
+      dir.File("bad.type"),
+      {bytes.substr(0, 4 + 'a'), bytes + '\0', testutil::Patched(bytes, 0, -1), with(' ', 0),
+       with('\t', 7), with(0, 1), with('\f', 1), with(0x100, 1), with(0xB000, 1), with(0xB020, 1)},
+      [&](const char* path) { return loaded.Load(path); });
+  EXPECT_EQ(loaded.GetType(Code(Gbk("文"))), 8);
+  EXPECT_EQ(loaded.Export(dir.File("e.txt").c_str()), 4);
 }
 
 TEST(CharsetTest, ExportWritesEveryCodeAndGbkCodesReimport) {

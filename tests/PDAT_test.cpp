@@ -15,6 +15,7 @@
 
 namespace {
 
+using testutil::Code;
 using testutil::Gbk;
 
 // Builds a dictionary giving words[i] the handle i + 1.
@@ -264,40 +265,82 @@ void ExerciseLookups(CPDAT* dict, unsigned seed) {
   }
 }
 
-TEST_F(SmallDictTest, DamagedFilesNeverLeadOutsideTheArray) {
+// The state array of a saved dictionary as (base, check, handle) triples.
+std::vector<std::array<int, 3>> States(const std::string& file) {
+  std::vector<std::array<int, 3>> states((file.size() - 262152) / 12);
+  for (size_t i = 0; i < states.size(); ++i)
+    for (size_t k = 0; k < 3; ++k)
+      states[i][k] = LoadLE32((const unsigned char*)file.data() + 262152 + 12 * i + 4 * k);
+  return states;
+}
+
+TEST_F(SmallDictTest, DamagedFilesAreRefusedAndTheDictionaryKept) {
   testutil::TempDir dir;
   const std::string good = SavedBytes(*dict_);
-  const std::string path = dir.File("bad.pdat");
-  std::mt19937 rng(7);
-
-  // Truncated inside the states: what is left loads, the bound shrinks.
-  testutil::WriteFile(path, good.substr(0, good.size() - 30));
-  CPDAT cut;
-  ASSERT_TRUE(cut.Load(path.c_str()));
-  EXPECT_LE(262152 + 12L * (cut.GetLowerBound() + 1), long(good.size()) - 30);
-  ExerciseLookups(&cut, 1);
-
-  // Too short for the header, negative bound: refused.
-  CPDAT refused;
-  testutil::ExpectEachRefused(path, {good.substr(0, 1000), testutil::Patched(good, 262144, -7)},
-                              [&](const char* p) { return refused.Load(p); });
-
-  // Absurd bound with few states, garbage states and garbage character table.
-  std::string garbage = testutil::Patched(good, 262144, 0x7FFFFFFF);
-  for (size_t i = 262152; i < garbage.size(); ++i) garbage[i] = char(rng());
-  for (int i = 0; i < 65536; ++i) StoreLE32((unsigned char*)&garbage[i * 4], int(rng() % 64) - 8);
-  testutil::WriteFile(path, garbage);
-  CPDAT wild;
-  ASSERT_TRUE(wild.Load(path.c_str()));
-  EXPECT_EQ(wild.GetLowerBound(), int((good.size() - 262152) / 12) - 1);
-  ExerciseLookups(&wild, 2);
-  testutil::WriteFile(path, testutil::Patched(garbage, 262152, int(0x80000000u)));  // base INT_MIN
-  ASSERT_TRUE(wild.Load(path.c_str()));
-  ExerciseLookups(&wild, 3);
-
-  CPDAT fresh;  // never loaded or built
-  EXPECT_EQ(fresh.Find("a"), -1);
-  ExerciseLookups(&fresh, 4);
+  const auto states = States(good);
+  const size_t last = states.size() - 1;
+  const auto field = [](size_t state, size_t k) { return 262152 + 12 * state + 4 * k; };
+  const auto with = [&good](size_t offset, int value) { return testutil::Patched(good, offset, value); };
+  // States by role: a leaf below another state, an inner state that ends no
+  // word; the indexed characters.
+  size_t leaf = 0, inner = 0;
+  for (size_t i = 0; i < states.size(); ++i) {
+    const auto& [base, check, handle] = states[i];
+    if (check >= 0 && base == -int(i)) leaf = i;
+    if (check >= 0 && base > 0) inner = i;
+  }
+  const auto index = [&good](int code) { return LoadLE32((const unsigned char*)good.data() + 4 * code); };
+  int chars = 0;
+  for (int code = 0; code < 65536; ++code) chars += index(code) >= 0;
+  ASSERT_TRUE(leaf > 0 && inner > 0);
+  // "a", the top character, starts no word: state 0 stays unused.
+  const std::string hole = SavedBytes(*Build({"xa", "ya"}));
+  ASSERT_EQ(States(hole)[0], (std::array<int, 3>{-1, -1, -1}));
+  const size_t xa = size_t(States(hole)[1][0]);  // where "x" puts its "a"
+  // 'h' moved to another code.
+  const auto moved = [&](int code) { return testutil::Patched(with(4 * 'h', -1), 4 * code, index('h')); };
+  // "a" at state 0, and states 1 and 2 each other's parent: a cycle.
+  std::vector<int> cycle(65536, -1);
+  cycle['a'] = 0;
+  cycle.insert(cycle.end(), {2, 1, 0, -2, 1, 2, 2, -1, 1, 1, -1});
+  const std::vector<std::string> damaged = {
+      good.substr(0, good.size() - 1), good + '\0', std::string(), good.substr(0, 1000),
+      with(262144, -7), with(262144, int(last) + 1), with(262148, -1),
+      with(262148, 8),                       // nine word ends
+      with(4 * Code(Gbk("国")), index(Code(Gbk("人")))),  // two characters, one index
+      with(4 * Code(Gbk("国")), chars),      // an index skipped
+      moved('H'), moved(0x0141),             // no word holds these codes
+      with(field(leaf, 1), -5), with(field(leaf, 1), int(last) + 1),  // checks outside
+      with(field(leaf, 1), int(leaf)),       // its own parent
+      testutil::Patched(hole, field(xa, 1), 0),  // an unused parent
+      with(field(states[leaf][1], 1), int(leaf)),  // a leaf's child
+      // A word under the root at state 5, where no character index puts one.
+      testutil::Patched(testutil::Patched(hole, 262144, 5), 262148, 3) + testutil::Ints({-5, -2, 1}),
+      with(field(leaf, 0), -1 - int(leaf)),  // a word end that is no leaf, without children
+      with(field(inner, 0), -int(inner)),    // a leaf with children
+      with(field(leaf, 2), -1), with(field(leaf, 2), 10),  // handles outside 0 .. 9
+      with(field(inner, 2), 3), testutil::Patched(hole, field(0, 0), 0),  // unused, not all -1
+      testutil::Patched(hole, field(0, 2), 1),
+      with(262144, int(last) + 1) + testutil::Ints({-1, -1, -1}),  // an unused last state
+      testutil::Ints(cycle)};
+  CPDAT loaded;
+  testutil::ExpectEachRefused(dir.File("bad.pdat"), damaged, [&](const char* p) { return loaded.Load(p); });
+  EXPECT_TRUE(loaded.IsEmpty());
+  testutil::WriteFile(dir.File("good.pdat"), good);
+  ASSERT_TRUE(loaded.Load(dir.File("good.pdat").c_str()));
+  testutil::ExpectEachRefused(dir.File("bad.pdat"), damaged, [&](const char* p) { return loaded.Load(p); });
+  EXPECT_EQ(SavedBytes(loaded), good);
+  // A dictionary of two-byte characters is no byte-mode dictionary.
+  CPDAT bytes(true);
+  EXPECT_FALSE(bytes.Load(dir.File("good.pdat").c_str()));
+  ExerciseLookups(&bytes, 4);
+  // A dictionary with an unused state loads, and so does one of nothing.
+  testutil::WriteFile(dir.File("hole.pdat"), hole);
+  ASSERT_TRUE(loaded.Load(dir.File("hole.pdat").c_str()));
+  EXPECT_EQ(loaded.Find("ya"), 2);
+  ASSERT_TRUE(Build({})->Save(dir.File("empty.pdat").c_str()));
+  ASSERT_TRUE(loaded.Load(dir.File("empty.pdat").c_str()));
+  EXPECT_EQ(loaded.Find("ya"), -1);
 }
 
 std::string Segment(CPDAT* dict, const std::string& text, std::vector<int>* handles = nullptr,
