@@ -135,10 +135,10 @@ TEST(ContextStatTest, SaveWritesBothLayoutsAndLoadNeedsToBeTold) {
   ASSERT_TRUE(back.Load(dir.File("s.ctx").c_str(), true));
   EXPECT_EQ(back.GetContextCount(uchar{0}, uchar{1}), 7);
   EXPECT_EQ(back.GetFrequency("b"), 7);
-  // Without the flag the first name is read as the total.
-  ASSERT_TRUE(back.Load(dir.File("s.ctx").c_str(), false));
-  EXPECT_EQ(back.GetTotalFreq(), 'B');
-  EXPECT_EQ(back.GetSymbolID("B"), -1);
+  // Read in the other layout, neither file has the size its count gives.
+  EXPECT_FALSE(back.Load(dir.File("s.ctx").c_str(), false));
+  EXPECT_FALSE(back.Load(dir.File("t.ctx").c_str(), true));
+  EXPECT_EQ(back.GetFrequency("b"), 7);
 }
 
 TEST(ContextStatTest, CompanionTextIsExact) {
@@ -170,26 +170,42 @@ TEST(ContextStatTest, CompanionTextIsExact) {
             "No. 1= yy:     3     0 total=3:\n");
 }
 
-TEST(ContextStatTest, DamagedFilesLoadWithoutCrashing) {
+TEST(ContextStatTest, DamagedFilesAreRefusedAndTheTableKept) {
   TempDir dir;
   CContextStat stat;
   FillExample(&stat);
   EXPECT_FALSE(stat.Load(dir.File("missing.ctx").c_str(), false));
-  EXPECT_EQ(stat.GetTableLen(), 3);  // a failed open keeps the table
+  CPOSmap map;
+  ASSERT_TRUE(stat.Save(dir.File("t.ctx").c_str(), map));
+  const std::string good = ReadFileBytes(dir.File("t.ctx"));
+  Names names({"nr", "B", "E"});
+  CContextStat named;
+  ASSERT_TRUE(named.SetSymbol(3, names.pointers.data()));
+  ASSERT_TRUE(named.Save(dir.File("s.ctx").c_str(), map));
+  const std::string withNames = ReadFileBytes(dir.File("s.ctx"));
 
-  testutil::WriteFile(dir.File("empty.ctx"), "");
-  EXPECT_TRUE(stat.Load(dir.File("empty.ctx").c_str(), true));
+  // Offsets of the plain file: total 1, frequencies 5, matrix 17. Counts
+  // that no longer add up: a cell, a frequency, the total; a short table;
+  // names out of order or with bytes after their NUL.
+  std::string unsorted = withNames, unpadded = withNames;
+  unsorted.replace(1, 2, "zz");
+  unpadded[1 + 99] = 'x';
+  const std::vector<std::string> bad = {
+      std::string(), good.substr(0, good.size() - 1), good + '\0', "\xFF" + Ints({50, 20, 30}),
+      testutil::Patched(good, 17 + 4, 6), testutil::Patched(good, 5, 11),
+      testutil::Patched(good, 1, 999)};
+  testutil::ExpectEachRefused(dir.File("bad.ctx"), bad,
+                              [&](const char* p) { return stat.Load(p, false); });
+  testutil::ExpectEachRefused(dir.File("bad.ctx"), {unsorted, unpadded},
+                              [&](const char* p) { return stat.Load(p, true); });
+  EXPECT_EQ(stat.GetTableLen(), 3);
+  EXPECT_EQ(stat.GetContextCount(uchar{0}, uchar{1}), 5);
+
+  // No symbols at all is a table; negative counts that add up load, and
+  // like a zero total they score the floor, never below it.
+  testutil::WriteFile(dir.File("none.ctx"), std::string(1, '\0') + Ints({0}));
+  EXPECT_TRUE(stat.Load(dir.File("none.ctx").c_str(), true));
   EXPECT_EQ(stat.GetTableLen(), 0);
-  EXPECT_FALSE(stat.Add(uchar{0}, uchar{0}, 1));
-
-  // N = 255 with the total and two frequencies only: the rest stays 0.
-  testutil::WriteFile(dir.File("short.ctx"), "\xFF" + Ints({50, 20, 30}) + "\x01");
-  EXPECT_TRUE(stat.Load(dir.File("short.ctx").c_str(), false));
-  EXPECT_EQ(stat.GetFrequency(uchar{1}), 30);
-  EXPECT_EQ(stat.GetFrequency(uchar{254}), 0);
-  EXPECT_EQ(stat.GetContextPossibility(uchar{254}, uchar{254}), kFloor);
-
-  // Negative counts and a zero total score the floor, never below it.
   testutil::WriteFile(dir.File("neg.ctx"), "\x02" + Ints({0, 5, -5, 3, 2, -1, -4}));
   EXPECT_TRUE(stat.Load(dir.File("neg.ctx").c_str(), false));
   for (int a = 0; a < 2; ++a)

@@ -110,6 +110,10 @@ TEST(FSATest, BadInputIsRejectedAndThePreviousAutomatonKept) {
     damaged.push_back(Ints({m, s}) + good.substr(8));
   }
   for (int target : {4, -2}) damaged.push_back(testutil::Patched(good, 40, target));  // no such state
+  // A stray byte, an accepting flag other than 0 or 1, a tag on a state that
+  // does not accept.
+  damaged.insert(damaged.end(), {good + '\0', testutil::Patched(good, 16, 2),
+                                 testutil::Patched(good, 24, 7)});
   testutil::ExpectEachRefused(dir.File("bad.fsa"), damaged, [&](const char* p) { return fsa.Load(p); });
   EXPECT_FALSE(fsa.Load(dir.File("missing.fsa").c_str()));
   ExpectNames(fsa);

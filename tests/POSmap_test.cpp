@@ -93,8 +93,12 @@ TEST(POSmapTest, LookupsAroundTheCountAndByName) {
   // First match, case ignored.
   const std::pair<const char*, int> ids[] = {{"V", 1}, {"ag", 0}, {"VN", 2}, {"vnx", 255}, {"", 255}, {nullptr, 255}};
   for (const auto& [name, id] : ids) EXPECT_EQ(map.GetID(name), id) << (name ? name : "null");
-  // A failed load keeps the table.
+  // A failed load keeps the table: a missing file, one that names no tag,
+  // and one with a NUL byte, which is no text.
   EXPECT_FALSE(map.Load(dir.File("missing.map").c_str()));
+  testutil::ExpectEachRefused(dir.File("bad.map"), {"", "\n \t\n", Lines({"n", std::string("v\0x", 3)})},
+                              [&](const char* path) { return map.Load(path); });
+  EXPECT_FALSE(map.Load(dir.path().c_str()));
   EXPECT_EQ(map.GetID("v"), 1);
 }
 
