@@ -195,13 +195,21 @@ TEST(TrieTest, InconsistentFilesAreRejectedAndChangeNothing) {
   // outside, none, leaving nodes unreached; node count negative, past the
   // file, above capacity; sibling outside the array; sibling cycle c -> b ->
   // c; own child; child link back to the root; a node reached twice; wrong
-  // child count; root with a sibling.
+  // child count; root with a sibling. Then what adding and deleting cannot
+  // leave: more handles than words, a deletion without a deleted word or a
+  // deleted word without its deletion; siblings with one code, an upper-case
+  // or impossible code; a word on the root; a handle or a tag where no word
+  // was added, a word without a tag, a tag not NUL-padded, a handle below
+  // -1, a negative count.
   const std::vector<std::pair<size_t, int>> damages = {
       {0, 0}, {0, -3}, {0, 5}, {4, -1}, {8, 4}, {8, -1}, {8, 1}, {12, -1}, {12, 5}, {16, 3},
       {field(3, 56), 4}, {field(3, 56), -2}, {field(3, 56), 2}, {field(1, 8), 1}, {field(2, 8), 0},
-      {field(2, 8), 3}, {field(1, 4), 3}, {field(0, 56), 1}};
-  std::vector<std::string> bad = {good.substr(0, good.size() - 1), good.substr(0, 14), std::string(),
-                                  std::string(4096, '\xFF')};
+      {field(2, 8), 3}, {field(1, 4), 3}, {field(0, 56), 1},
+      {0, 3}, {4, 1}, {field(2, 12), -1}, {field(3, 0), 'b'}, {field(3, 0), 'C'}, {field(3, 0), 0x141},
+      {field(0, 60), 1}, {field(1, 12), 0}, {field(1, 16), 'n'}, {field(2, 16), 0}, {field(2, 20), 1},
+      {field(2, 12), -2}, {field(2, 60), -1}};
+  std::vector<std::string> bad = {good.substr(0, good.size() - 1), good + '\0', good.substr(0, 14),
+                                  std::string(), std::string(4096, '\xFF')};
   for (const auto& [offset, value] : damages) bad.push_back(Patched(good, offset, value));
   CTrie trie;
   ASSERT_TRUE(LoadBytes(trie, dir, good));
