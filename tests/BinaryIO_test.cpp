@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "TestUtil.h"
 
 namespace {
@@ -54,24 +51,6 @@ TEST(BinaryIOTest, ShortFileLeavesRestUntouched) {
   EXPECT_EQ(in.ReadInts(values, 3), 1u);
   EXPECT_EQ(values[0], 5);
   EXPECT_EQ(values[2], -9);
-}
-
-TEST(BinaryIOTest, ExactSizesAndTilingRuns) {
-  testutil::TempDir dir;
-  testutil::WriteFile(dir.File("six"), std::string(6, 'x'));
-  FilePtr fp = OpenFile(dir.File("six").c_str(), "rb");
-  EXPECT_TRUE(FileSizeIs(fp.get(), 6));
-  EXPECT_FALSE(FileSizeIs(fp.get(), 5) || FileSizeIs(fp.get(), 7) || FileSizeIs(nullptr, 0));
-
-  struct Run { int start, end; };
-  const struct { std::vector<Run> runs; int size; bool tile; } cases[] = {
-      {{}, 0, true}, {{{-1, -1}, {0, 1}, {-1, -1}, {2, 2}}, 3, true},
-      {{{0, 1}}, 3, false},            // the last record in no run
-      {{{0, 1}, {1, 2}}, 3, false},    // one record in two
-      {{{1, 2}, {0, 0}}, 3, false},    // out of order
-      {{{0, 2}, {3, 2}}, 3, false},    // an empty run written as start > end
-      {{{0, 3}}, 3, false}, {{{-1, 0}, {0, 0}}, 1, false}};
-  for (const auto& c : cases) EXPECT_EQ(RunsTile(c.runs.data(), c.runs.size(), c.size), c.tile) << c.size;
 }
 
 TEST(BinaryIOTest, StoreAndLoadRoundTripExtremes) {
