@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build needs, only those that are missing.
 set -euo pipefail
-packages=(cmake make g++ g++-multilib googletest libgtest-dev libgmock-dev libbenchmark-dev)
+# clang-14 and its runtimes (libFuzzer, the sanitizers) build the fuzz harnesses.
+packages=(cmake make g++ g++-multilib googletest libgtest-dev libgmock-dev libbenchmark-dev
+          clang-14 libclang-rt-14-dev)
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")
