@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Builds and runs every test: a normal build, the same tests under
 # AddressSanitizer + UndefinedBehaviorSanitizer, the concurrency tests under
-# ThreadSanitizer, and a 32-bit (-m32) build.
+# ThreadSanitizer, a 32-bit (-m32) build, and a short run of every fuzz
+# harness (scripts/fuzz.sh) that replays fuzz/regressions/.
 #   scripts/test.sh            all of them
-#   scripts/test.sh normal     only some variants (normal, asan, tsan, m32)
+#   scripts/test.sh normal     only some variants (normal, asan, tsan, m32, fuzz)
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 "$root/scripts/deps.sh"
@@ -29,7 +30,7 @@ run_variant() {
   (cd "$dir" && ctest --output-on-failure -j"$jobs" $ctest_args)
 }
 
-variants=${*:-normal asan tsan m32}
+variants=${*:-normal asan tsan m32 fuzz}
 for v in $variants; do
   case $v in
     normal) run_variant normal "" "" -DCMAKE_BUILD_TYPE=Release ;;
@@ -38,6 +39,7 @@ for v in $variants; do
     tsan)   run_variant tsan "-L concurrency" "$(concurrency_targets)" \
               -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZIVOR_SANITIZE=thread ;;
     m32)    run_variant m32 "" "" -DCMAKE_BUILD_TYPE=Release -DZIVOR_M32=ON ;;
+    fuzz)   ZIVOR_FUZZ_BUILD="$root/build-ci-fuzz" "$root/scripts/fuzz.sh" --ci ;;
     *) echo "unknown variant $v" >&2; exit 2 ;;
   esac
 done
