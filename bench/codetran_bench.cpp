@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "BenchUtil.h"
 #include "Utility/CodeTran.h"
 

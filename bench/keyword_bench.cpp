@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "BenchUtil.h"
 #include "Corpus.h"
 

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "API/ZIVORState.h"
 #include "API/ZIVORWorker.h"
 #include "MiniData.h"

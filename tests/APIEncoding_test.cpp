@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "TestUtil.h"
 #include "Utility/CharScan.h"
 

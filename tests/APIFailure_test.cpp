@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <string>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "MiniData.h"
 #include "TestUtil.h"
 

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <string>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "API/ZIVORState.h"
 #include "MiniData.h"
 #include "System/MainSystem.h"

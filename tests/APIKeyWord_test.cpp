@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "MiniData.h"
 #include "TestUtil.h"
 

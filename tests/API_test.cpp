@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "API/ZIVORState.h"
 #include "API/ZIVORWorker.h"
 #include "MiniData.h"
@@ -88,7 +88,7 @@ TEST_F(ApiTest, EveryEntryPointFailsBeforeInitAndAfterExit) {
 TEST_F(ApiTest, HeaderCompilesAsC) {
   if (system("cc --version > /dev/null 2>&1") != 0) GTEST_SKIP() << "no C compiler";
   // Every declaration is taken with its exact C type.
-  testutil::WriteFile(work_.File("api.c"), R"(#include "API/ZIVOR.h"
+  testutil::WriteFile(work_.File("api.c"), R"(#include "zivor/ZIVOR.h"
 bool (*init)(const char*, int) = ZIVOR_Init;
 bool (*exit_)(void) = ZIVOR_Exit;
 const char* (*process)(const char*, int) = ZIVOR_ParagraphProcess;
@@ -103,7 +103,7 @@ double (*prob)(const char*) = ZIVOR_GetUniProb;
   for (const char* standard : {"c99", "c11"}) {
     const std::string command = std::string("cc -std=") + standard +
                                 " -pedantic -Wall -Wextra -Werror -fsyntax-only -I" +
-                                ZIVOR_SOURCE_DIR + "/Src " + work_.File("api.c");
+                                ZIVOR_SOURCE_DIR + "/include " + work_.File("api.c");
     EXPECT_EQ(0, system(command.c_str())) << command;
   }
 }

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "MiniData.h"
 #include "TestUtil.h"
 #include "Utility/Bigram.h"

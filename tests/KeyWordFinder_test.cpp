@@ -15,7 +15,6 @@
 #include <string>
 #include <vector>
 
-#include "API/ZIVORState.h"
 #include "MainSystemFixture.h"
 #include "MiniData.h"
 #include "TestUtil.h"
@@ -41,11 +40,8 @@ const Tok kAround[4][2] = {{{"他", "rr"}, {"。", "wj"}}, {{"在", "p"}, {"了"
 
 class KeyWordFinderTest : public testutil::MiniSystemTest {
  public:
-  void SetUp() override {
-    MiniSystemTest::SetUp();
-    g_pZIVOR = sys_.get();
-  }
-  void TearDown() override { g_pZIVOR = nullptr; }
+  // The mini data's dictionary statistics, which the finders consult.
+  const CWordStats* Stats() const { return &sys_->m_wordStats; }
 
   // Fills text_ and records_ with the tokens laid end to end.
   void Analyse(const std::vector<Tok>& tokens) {
@@ -129,7 +125,7 @@ TEST(NeighbourListTest, AddKeepsSortedCountsAndFindGivesTheInsertionPoint) {
 }
 
 TEST_F(KeyWordFinderTest, ScanCountsPositionsAndNeighbours) {
-  CKeyWordFinder finder(&r_->unigram);
+  CKeyWordFinder finder(&r_->unigram, Stats());
   Analyse({{"他", "rr"}, {"学习", "v"}, {"经济", "n"}, {"。", "wj"}});
   for (int run = 1; run <= 2; ++run) {
     ASSERT_EQ(ScanInto(finder), 1);
@@ -154,7 +150,7 @@ TEST_F(KeyWordFinderTest, ScanCountsPositionsAndNeighbours) {
 }
 
 TEST_F(KeyWordFinderTest, BlanksCollapseIntoOneBoundary) {
-  CKeyWordFinder finder(&r_->unigram);
+  CKeyWordFinder finder(&r_->unigram, Stats());
   Analyse({{"\n", "w", false}, {"学习", "v"}, {"\n", "w", false}, {"\r\n", "w", false},
            {"经济", "n"}, {" ", "w", false}, {"　", "w", false}, {"\n", "w", false}});
   ASSERT_EQ(ScanInto(finder), 1);
@@ -168,7 +164,7 @@ TEST_F(KeyWordFinderTest, BlanksCollapseIntoOneBoundary) {
 }
 
 TEST_F(KeyWordFinderTest, PunctuationOnlyTextHasNoNeighbours) {
-  CKeyWordFinder finder(&r_->unigram);
+  CKeyWordFinder finder(&r_->unigram, Stats());
   Analyse({{" ", "w", false}, {"，", "wd"}, {"。", "wj"}, {"<", "x", false}});
   ASSERT_EQ(ScanInto(finder), 1);
   EXPECT_EQ(finder.GetWordAV().size(), 4u);
@@ -193,7 +189,7 @@ TEST_F(KeyWordFinderTest, NumeralsAndTimesAreNormalised) {
       {{"一二三四五六七八九十一二三四五六", "n", false}, "末##末", true},  // 32 bytes
   };
   for (const Case& c : cases) {
-    CKeyWordFinder finder(&r_->unigram);
+    CKeyWordFinder finder(&r_->unigram, Stats());
     Analyse({{"学习", "v"}, c.token});
     ASSERT_EQ(ScanInto(finder), 1);
     ASSERT_GE(Id(finder, c.candidate), 0) << c.candidate;
@@ -224,7 +220,7 @@ TEST_F(KeyWordFinderTest, FrequentKnownWordsBecomeStopWords) {
       {{"都", "n", false}, false},  // no dictionary handle
   };
   for (const Case& c : cases) {
-    CKeyWordFinder finder(&unigram);
+    CKeyWordFinder finder(&unigram, Stats());
     Analyse({c.token});
     ASSERT_EQ(ScanInto(finder), 1);
     EXPECT_EQ(Word(finder, c.token.text).is_stopword, c.stop) << c.token.text << "/" << c.token.pos;
@@ -232,7 +228,7 @@ TEST_F(KeyWordFinderTest, FrequentKnownWordsBecomeStopWords) {
 }
 
 TEST_F(KeyWordFinderTest, QuotationMarksAreSeenThrough) {
-  CKeyWordFinder finder(&r_->unigram);
+  CKeyWordFinder finder(&r_->unigram, Stats());
   Analyse({{"会议", "n"}, {"学习", "v"}, {"“", "wyz"}, {"经济", "n"}, {"”", "wyy"}, {"研究生", "n"}});
   ASSERT_EQ(ScanInto(finder), 1);
   EXPECT_EQ(Seen(finder, Word(finder, "学习").vecRV, "“"), 1);
@@ -247,7 +243,7 @@ TEST_F(KeyWordFinderTest, QuotationMarksAreSeenThrough) {
 }
 
 TEST_F(KeyWordFinderTest, BadArgumentsChangeNothingAndResetKeepsPositions) {
-  CKeyWordFinder finder(&r_->unigram);
+  CKeyWordFinder finder(&r_->unigram, Stats());
   Analyse({{"学习", "v"}, {"经济", "n"}});
   const int count = static_cast<int>(records_.size());
   EXPECT_EQ(finder.Scan(text_.c_str(), 0, records_.data()), 0);
@@ -283,7 +279,7 @@ TEST(IntersectionTest, KeepsStartsFollowedAtTheDistance) {
       {{0, 4}, {}, 1, {}},
       {{2, 3, 4}, {1, 2}, 1, {}},
   };
-  CKeyWordFinder finder(nullptr);
+  CKeyWordFinder finder(nullptr, nullptr);
   for (const Case& c : cases) {
     std::vector<int> out = {-7};  // appended to, not replaced
     EXPECT_EQ(finder.Intersection(c.prev, c.next, c.dist, out), static_cast<int>(c.expected.size()) + 1);
@@ -312,7 +308,7 @@ TEST_F(KeyWordFinderTest, AdjacentPairsMergeUnlessARuleRefuses) {
       {{"今天", "t"}, {"上午", "t"}, 3, false},    // two time words
   };
   for (const Case& c : cases) {
-    CKeyWordFinder finder(&r_->unigram);
+    CKeyWordFinder finder(&r_->unigram, Stats());
     ScanInContexts(finder, {c.left, c.right}, c.texts);
     const std::string joined = std::string(c.left.text) + c.right.text;
     const int count = finder.GenerateNewWordList();
@@ -336,7 +332,7 @@ TEST_F(KeyWordFinderTest, PairMustCarryHalfOfOnePart) {
   const Tok l{"经济", "n"}, r{"学生", "n"};
   struct Case { int pair, leftAlone, rightAlone, expected; };
   for (const Case& c : {Case{3, 7, 4, 0}, Case{4, 6, 4, 1}}) {  // 3 of 10 and 7; 4 of 10 and 8
-    CKeyWordFinder finder(&r_->unigram);
+    CKeyWordFinder finder(&r_->unigram, Stats());
     ScanInContexts(finder, {l, r}, c.pair);
     ScanInContexts(finder, {l}, c.leftAlone);
     ScanInContexts(finder, {r}, c.rightAlone);
@@ -355,7 +351,7 @@ TEST_F(KeyWordFinderTest, CommonPartsOfGuardedTagPairsDoNotMerge) {
   ASSERT_TRUE(big.Load(path.c_str()));
   struct Case { CUnigram* table; int leftPosId; int expected; };
   for (const Case& c : {Case{&big, 3, 0}, Case{&big, 0, 1}, Case{&r_->unigram, 12, 1}}) {
-    CKeyWordFinder finder(c.table);
+    CKeyWordFinder finder(c.table, Stats());
     ScanInContexts(finder, {{"经济", "n", true, c.leftPosId}, {"重要", "a"}}, 3);
     EXPECT_EQ(finder.GenerateNewWordList(), c.expected) << c.leftPosId;
   }
@@ -365,7 +361,7 @@ TEST_F(KeyWordFinderTest, CommonPartsOfGuardedTagPairsDoNotMerge) {
 // into words of at most seven.
 TEST_F(KeyWordFinderTest, NewWordsSpanAtMostSevenTokens) {
   const char* chain[] = {"经济", "学生", "国家", "人民", "生活", "老师", "和平", "研究"};
-  CKeyWordFinder finder(&r_->unigram);
+  CKeyWordFinder finder(&r_->unigram, Stats());
   std::vector<Tok> words;
   for (const char* w : chain) words.push_back({w, "n"});
   ScanInContexts(finder, words, 4);
@@ -377,7 +373,7 @@ TEST_F(KeyWordFinderTest, NewWordsSpanAtMostSevenTokens) {
 }
 
 TEST_F(KeyWordFinderTest, RankedCandidatesAreNotScannedIntoUntilReset) {
-  CKeyWordFinder finder(&r_->unigram);
+  CKeyWordFinder finder(&r_->unigram, Stats());
   ScanTokens(finder, {{"经济", "n"}, {"学生", "n"}});
   finder.GetKeyWordListE();
   Analyse({{"经济", "n"}});
@@ -388,7 +384,7 @@ TEST_F(KeyWordFinderTest, RankedCandidatesAreNotScannedIntoUntilReset) {
 }
 
 TEST_F(KeyWordFinderTest, ExportListsEachRecordWithItsNeighbours) {
-  CKeyWordFinder finder(&r_->unigram);
+  CKeyWordFinder finder(&r_->unigram, Stats());
   ScanTokens(finder, {{"学习", "v"}, {"经济", "n"}});
   std::vector<_tWordAV> list = {Word(finder, "经济")};
   list[0].vecRV.push_back({99, 1});  // a handle beyond the list prints no word
@@ -408,7 +404,7 @@ TEST_F(KeyWordFinderTest, ManyCandidatesAreLogged) {
   testutil::TempDir dir;
   const std::string old = std::filesystem::current_path();
   std::filesystem::current_path(dir.path());
-  CKeyWordFinder finder(&r_->unigram);
+  CKeyWordFinder finder(&r_->unigram, Stats());
   std::vector<Tok> tokens;
   std::vector<std::string> texts;
   for (int k = 0; k < 10000; ++k) texts.push_back("w" + std::to_string(k));
@@ -421,7 +417,7 @@ TEST_F(KeyWordFinderTest, ManyCandidatesAreLogged) {
 }
 
 TEST_F(KeyWordFinderTest, RefusedStringStaysRefusedAndLookupStaysRight) {
-  CKeyWordFinder finder(&r_->unigram);
+  CKeyWordFinder finder(&r_->unigram, Stats());
   Analyse({{"学习", "v"}, {"“", "wyz"}, {"经济", "n"}});
   ASSERT_EQ(ScanInto(finder), 1);
   ASSERT_EQ(Seen(finder, Word(finder, "学习").vecRV, "经济"), 1);  // seen across the quote
@@ -485,7 +481,7 @@ TEST_F(KeyWordFinderTest, ScoreCombinesEntropySpanLengthAndTag) {
       {{"电", "n", 10, 5.0}, false, -1},                             // one character
       {{"他们", "rr", 10, 5.0}, false, -1},                          // stop word
   };
-  CKeyWordFinder finder(&r_->unigram);
+  CKeyWordFinder finder(&r_->unigram, Stats());
   for (const Case& c : cases) {
     std::vector<_tWordAV> list = Records({c.rec});
     EXPECT_EQ(finder.ComputeKeyWord(list, c.newWords), 1);
@@ -505,7 +501,7 @@ TEST_F(KeyWordFinderTest, FilterDropsWeakAndContainedWordsAndDampsTagGroups) {
       {"生活", "n", 10, -0.5},  {"提高", "v", 29, 2.5}, {"经济学生", "n_new", 32, 3.0, 2},
       {"人民", "n", 52, 0.2},   {"研究", "v", 29, 4.0}, {"学习", "v", 10, 3.0, 1, false, {4}, {1, 1, 1}},
       {"经济", "n", 10, 3.0},   {"发展", "v", 30, 3.0}, {"经济学生研究", "n_new", 32, 3.0, 3}});
-  CKeyWordFinder(&r_->unigram).ComputeKeyWord(list, false);
+  CKeyWordFinder(&r_->unigram, Stats()).ComputeKeyWord(list, false);
   const std::pair<const char*, double> expected[] = {
       {"经济学生研究", (3.0 + kH) * 3 * 1.2}, {"研究", (4.0 + kH) * 1.1}, {"经济", 3.0 + kH},
       {"发展", (3.0 + kH) * 1.1 / 1.2},  {"提高", (2.5 + kH) * 1.1 / 2.2}, {"人民", (0.2 + kH) * 1.1}};
@@ -515,7 +511,7 @@ TEST_F(KeyWordFinderTest, FilterDropsWeakAndContainedWordsAndDampsTagGroups) {
     EXPECT_NEAR(list[k].weight, expected[k].second, 1e-9) << k;
   }
   list = Records({{"经济", "n", 10, 3.0}, {"学习", "v", 10, 0.5, 1, false, {4}, {1, 1, 1}}});
-  CKeyWordFinder(&r_->unigram).ComputeKeyWord(list, false);
+  CKeyWordFinder(&r_->unigram, Stats()).ComputeKeyWord(list, false);
   EXPECT_EQ(list.size(), 1u);  // one-sided, though last
 }
 
@@ -525,7 +521,7 @@ TEST_F(KeyWordFinderTest, ResultStringKeepsOneEntryMoreThanTheLimit) {
   const std::string plain[] = {"经济  ", "学生  ", "赵钱  "};
   const std::string weighted[] = {"经济/n/2.50  ", "学生/n_new/1.25  ", "赵钱/nr/3.33  "};
   const std::pair<int, size_t> limits[] = {{-1, 3}, {0, 1}, {1, 2}, {2, 3}, {7, 3}, {-2, 3}};
-  CKeyWordFinder finder(nullptr);
+  CKeyWordFinder finder(nullptr, Stats());
   for (const auto& [limit, count] : limits) {
     std::string p, w;
     for (size_t k = 0; k < count; ++k) p += plain[k], w += weighted[k];
@@ -546,7 +542,7 @@ unsigned long FingerOf(KeyWordFinderTest& t, CKeyWordFinder& finder, const Tok& 
 }
 
 TEST_F(KeyWordFinderTest, FingerprintFollowsTheTopWords) {
-  CKeyWordFinder a(&r_->unigram), b(&r_->unigram), c(&r_->unigram);
+  CKeyWordFinder a(&r_->unigram, Stats()), b(&r_->unigram, Stats()), c(&r_->unigram, Stats());
   const unsigned long fa = FingerOf(*this, a, {"经济", "n"}, {"学生", "n"}, {{"学习", "v"}});
   EXPECT_EQ(a.GetKeyWordList(false, -1), Gbk("经济学生  "));
   EXPECT_NE(fa, 0u);

@@ -10,7 +10,7 @@
 #include <sstream>
 #include <vector>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "TestUtil.h"
 #include "Utility/global_linux.h"
 

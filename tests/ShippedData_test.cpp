@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "TestUtil.h"
 
 namespace {

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "MiniData.h"
 #include "TestUtil.h"
 #include "Utility/global_linux.h"
@@ -48,15 +48,23 @@ bool BuildData(const std::string& dir, testutil::MiniDataOptions options = {}) {
 class ZivorCliTest : public ::testing::Test {
  protected:
   // The library in the test process reads UTF-8, like the command by default.
+  // Its data has no user dictionary, which the command would load.
   static void SetUpTestSuite() {
     data_ = new testutil::TempDir;
     ASSERT_TRUE(BuildData(data_->path()));
+    ASSERT_EQ(0, std::remove(data_->File("Data/UserDict.pdat").c_str()));
     ASSERT_TRUE(ZIVOR_Init(data_->path().c_str(), 1));
   }
   static void TearDownTestSuite() {
     ZIVOR_Exit();
     delete data_;
     data_ = nullptr;
+  }
+  // Each test's runs keep their state (saved dictionaries, logs) apart.
+  void SetUp() override { setenv("XDG_STATE_HOME", state_.path().c_str(), 1); }
+  // The state directory of the runs on data directory `data`.
+  std::string StateOf(const std::string& data) const {
+    return state_.path() + "/zivor/data" + data;
   }
   // Runs zivor in the scratch directory with `input` on standard input.
   CliRun Run(const std::vector<std::string>& args, const std::string& input = "") const {
@@ -69,6 +77,7 @@ class ZivorCliTest : public ::testing::Test {
 
   static testutil::TempDir* data_;
   testutil::TempDir work_;
+  testutil::TempDir state_;
 };
 
 testutil::TempDir* ZivorCliTest::data_ = nullptr;
@@ -219,19 +228,22 @@ TEST_F(ZivorCliTest, UserDictionaryWordsOverrideTheSegmentation) {
   // A line in another encoding is left out with a warning.
   testutil::WriteFile(work_.File("words.txt"), "经济发展 nz\n" + Gbk("学生会 n\n") + "热爱和平 vl\n");
   const std::string input = "我们要经济发展。\n中国人民热爱和平。\n";
+  const std::string before = Run(WithData({}), input).out;
   const CliRun run = Run(WithData({"--user-dict", work_.File("words.txt")}), input);
   ASSERT_EQ(0, run.status) << run.err;
   EXPECT_EQ("我们/rr 要/v 经济发展/nz 。/wj \n中国/ns 人民/n 热爱和平/vl 。/wj \n", run.out);
   EXPECT_EQ("zivor: " + work_.File("words.txt") + ":2 is not valid UTF-8; left out\n", run.err);
   // The data directory itself is left as it was.
-  EXPECT_EQ("我们/rr 要/v 经济/n 发展/v 。/wj ", SplitLines(Run(WithData({}), input).out)[0]);
+  EXPECT_EQ("我们/rr 要/v 经济/n 发展/v 。/wj ", SplitLines(before)[0]);
+  EXPECT_EQ(before, Run(WithData({}), input).out);
   // The file is read in the encoding of the run.
   testutil::WriteFile(work_.File("big5.txt"), Big5("經濟發展 nz\n"));
   EXPECT_EQ(Big5("我們/rr 要/v 經濟發展/nz 。/wj \n"),
             Run(WithData({"-e", "big5", "--user-dict", "big5.txt"}), Big5("我們要經濟發展。\n")).out);
   const CliRun missing = Run(WithData({"--user-dict", "missing.txt"}), input);
   EXPECT_EQ(1, missing.status);
-  EXPECT_EQ("zivor: cannot open missing.txt\n", missing.err);
+  EXPECT_EQ("zivor: cannot open " + work_.File("missing.txt") + ": No such file or directory\n",
+            missing.err);
 }
 
 TEST_F(ZivorCliTest, ReadsFilesInOrderAndReportsMissingOnes) {
@@ -240,7 +252,7 @@ TEST_F(ZivorCliTest, ReadsFilesInOrderAndReportsMissingOnes) {
   const CliRun run = Run(WithData({"--no-tags", "a.txt", "missing.txt", "b.txt"}));
   EXPECT_EQ(1, run.status);
   EXPECT_EQ("中国 \n北京 \n", run.out);
-  EXPECT_EQ("zivor: cannot open missing.txt\n", run.err);
+  EXPECT_EQ("zivor: cannot open missing.txt: No such file or directory\n", run.err);
 }
 
 TEST_F(ZivorCliTest, BinaryAndHugeLinesAreAnalysedWholeWithoutCrashing) {
@@ -268,14 +280,53 @@ TEST_F(ZivorCliTest, BinaryAndHugeLinesAreAnalysedWholeWithoutCrashing) {
   }
 }
 
-TEST_F(ZivorCliTest, FailedInitialisationPointsAtTheLog) {
-  const CliRun run = Run({"-d", work_.File("nowhere")}, Input());
-  EXPECT_EQ(1, run.status);
-  EXPECT_EQ("", run.out);
-  EXPECT_NE(std::string::npos, run.err.find("cannot initialise from " + work_.File("nowhere/Data"))) << run.err;
-  const std::string log = work_.File(LogFileName(nullptr));
-  EXPECT_NE(std::string::npos, run.err.find(log)) << run.err;
-  EXPECT_NE(std::string::npos, testutil::ReadFileBytes(log).find("Cannot Open Configure file"));
+// A data directory that cannot be used is named with what is wrong with it,
+// the library's reasons read back from its log, which is kept in the state
+// directory rather than the working one.
+TEST_F(ZivorCliTest, DataFailuresAreNamed) {
+  struct Case {
+    const char* name;
+    void (*damage)(const std::string& data);  // data: the Data directory
+    std::string message;                      // DATA stands for the Data directory
+  };
+  const Case cases[] = {
+      {"no Data", [](const std::string& data) { fs::remove_all(data); },
+       "no data directory DATA: No such file or directory; give the directory that holds Data with -d"},
+      {"Data a file", [](const std::string& data) {
+         fs::remove_all(data);
+         testutil::WriteFile(data, "");
+       }, "no data directory DATA: not a directory; give the directory that holds Data with -d"},
+      {"no configuration", [](const std::string& data) { fs::remove(data + "/Configure.xml"); },
+       "cannot read DATA/Configure.xml: No such file or directory"},
+      {"empty configuration",
+       [](const std::string& data) { testutil::WriteFile(data + "/Configure.xml", ""); },
+       "DATA/Configure.xml is damaged: it is empty"},
+      {"cut configuration",
+       [](const std::string& data) { testutil::WriteFile(data + "/Configure.xml", "<Configure>\n<TagS"); },
+       "DATA/Configure.xml is damaged: it holds no <Configure> ... </Configure> element"},
+      {"no core dictionary", [](const std::string& data) { fs::remove(data + "/CoreDict.pdat"); },
+       "cannot initialise from DATA: Cannot open file DATA/CoreDict.pdat"},
+      {"cut core dictionary", [](const std::string& data) {
+         fs::resize_file(data + "/CoreDict.pdat", fs::file_size(data + "/CoreDict.pdat") / 2);
+       }, "cannot initialise from DATA: Cannot open file DATA/CoreDict.pdat"},
+      {"tag set missing", [](const std::string& data) {
+         testutil::WriteFile(data + "/Configure.xml", "<Configure><TagSet>gone.map</TagSet></Configure>");
+       }, "cannot initialise from DATA: Cannot open file DATA/gone.map"},
+  };
+  for (const Case& c : cases) {
+    testutil::TempDir dir;
+    ASSERT_TRUE(BuildData(dir.path()));
+    const std::string data = dir.File("Data");
+    c.damage(data);
+    const CliRun run = Run({"-d", dir.path()}, Input());
+    EXPECT_EQ(1, run.status) << c.name;
+    EXPECT_EQ("", run.out) << c.name;
+    std::string message = c.message;
+    for (size_t at; (at = message.find("DATA")) != std::string::npos;) message.replace(at, 4, data);
+    EXPECT_EQ("zivor: " + message + "\n", run.err) << c.name;
+  }
+  EXPECT_TRUE(fs::is_empty(work_.path())) << "nothing is written into the working directory";
+  EXPECT_TRUE(fs::exists(state_.path() + "/zivor/" + LogFileName(nullptr)));
 }
 
 // The library starts without its translation tables (reading every
@@ -416,17 +467,20 @@ TEST_F(ZivorCliTest, EveryJobReportsMissingFilesAndGoesOn) {
     args.insert(args.end(), {"a.txt", "missing.txt", "b.txt"});
     const CliRun run = Run(WithData(args));
     EXPECT_EQ(1, run.status) << job[0];
-    EXPECT_EQ("zivor: cannot open missing.txt\n", run.err) << job[0];
+    EXPECT_EQ("zivor: cannot open missing.txt: No such file or directory\n", run.err) << job[0];
     EXPECT_EQ(job[0] == "--new-words" ? 1u : 2u, SplitLines(run.out).size()) << job[0];
   }
   EXPECT_EQ("经济学生\n", Run(WithData({"--new-words", "a.txt", "b.txt"})).out);
 }
 
+// Changes saved go to the state directory and every later run on the same
+// data loads them, although the data's configuration leaves the user
+// dictionary off; the data directory itself is never written.
 TEST_F(ZivorCliTest, UserDictionaryChangesAreReportedAndSaved) {
   testutil::TempDir own;
-  testutil::MiniDataOptions config;
-  config.user_dict = true;
-  ASSERT_TRUE(BuildData(own.path(), config));
+  ASSERT_TRUE(BuildData(own.path()));
+  const std::string data = own.File("Data");
+  const std::string shipped = testutil::ReadFileBytes(data + "/UserDict.pdat");
   testutil::WriteFile(work_.File("words.txt"), "经济发展 nz\n物联网 n\n");
   const std::string input = "云计算和经济发展\n";
   const CliRun run =
@@ -435,23 +489,32 @@ TEST_F(ZivorCliTest, UserDictionaryChangesAreReportedAndSaved) {
            "--save-user-dict", "--no-tags"},
           input);
   ASSERT_EQ(0, run.status) << run.err;
+  const std::string saved = StateOf(data) + "/UserDict.pdat; later runs on " + data + " use it\n";
   EXPECT_EQ(
-      "zivor: imported 2 words from words.txt\n"
+      "zivor: imported 2 words from " + work_.File("words.txt") + ", saved as " + saved +
       "zivor: added 云计算 vn\n"
       "zivor: not added 云计算 vn: already present (tag replaced) or tag too long\n"
       "zivor: deleted 物联网\n"
       "zivor: not deleted 物联网: not in the user dictionary\n"
-      "zivor: saved the user dictionary\n",
+      "zivor: saved the user dictionary as " + saved,
       run.err);
+  EXPECT_EQ(shipped, testutil::ReadFileBytes(data + "/UserDict.pdat"));
   EXPECT_EQ("云计算 和 经济发展 \n", run.out);
   // The saved dictionary is the one a later run loads, in any encoding.
   EXPECT_EQ("云计算/vn 和/cc 经济发展/nz \n", Run({"-d", own.path()}, input).out);
   EXPECT_EQ(Gbk("云计算/vn 和/cc 经济发展/nz \n"), Run({"-d", own.path(), "-e", "gbk"}, Gbk(input)).out);
 
+  // Words shown are in the terminal's encoding (UTF-8 here), whatever -e says.
+  const CliRun gbk = Run({"-d", own.path(), "-e", "gbk", "--add-user-word", Gbk("区块链 n")}, Gbk(input));
+  EXPECT_EQ("zivor: added 区块链 n\n"
+            "zivor: the changes last for this run only; --save-user-dict keeps them\n",
+            gbk.err);
+
   const CliRun failed = Run({"-d", own.path(), "--import-user-dict", "missing.txt"}, input);
   EXPECT_EQ(1, failed.status);
   EXPECT_EQ("", failed.out);
-  EXPECT_EQ("zivor: cannot open missing.txt\n", failed.err);
+  EXPECT_EQ("zivor: cannot open " + work_.File("missing.txt") + ": No such file or directory\n",
+            failed.err);
 }
 
 }  // namespace

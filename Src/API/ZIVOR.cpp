@@ -1,6 +1,6 @@
 // ZIVOR.cpp: the process-wide state, the exported analysis functions and
 // ZIVOR_Exit. Initialisation is in ZIVORInit.cpp.
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 
 #include <cstdlib>
 #include <cstring>

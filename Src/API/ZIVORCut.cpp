@@ -1,6 +1,6 @@
 // ZIVORCut.cpp: ZIVOR_GetSafeCut, which lets a caller analyse a text of any
 // length in pieces of bounded size with the result of the whole.
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "API/ZIVORState.h"
 #include "API/ZIVORWorker.h"
 #include "System/MainSystem.h"

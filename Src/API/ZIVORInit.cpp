@@ -14,7 +14,7 @@
 #include <new>
 #include <string>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "API/ZIVORState.h"
 #include "System/MainSystem.h"
 #include "Utility/Bigram.h"

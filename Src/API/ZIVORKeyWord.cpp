@@ -4,7 +4,7 @@
 // collection calls (ZIVOR_NWI_*) and the fingerprint use the main instance.
 #include <cstdio>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "API/ZIVORState.h"
 #include "API/ZIVORWorker.h"
 #include "System/MainSystem.h"

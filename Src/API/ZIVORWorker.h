@@ -12,7 +12,7 @@
 #include <atomic>
 #include <climits>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "API/ZIVORState.h"
 
 class CMainSystem;

@@ -74,10 +74,11 @@ CMainSystem::CMainSystem(CCharset* pCharset, CPDAT* pCoreDict, CUnigram* pUnigra
       m_pGranDict(pGranDict), m_pCorePOS(pCorePOS), m_pFieldPOS(pFieldPOS),
       m_pGranPOS(pGranPOS), m_ppPOSmap(ppPOSmap), m_pPOSContext(pPOSContext),
       m_pPersonRole(pPersonRole), m_pPersonContext(pPersonContext),
-      m_pPersonFSA(pFSA), m_pCodeTranslator(pCodeTrans) {
+      m_pPersonFSA(pFSA), m_pCodeTranslator(pCodeTrans),
+      m_wordStats(pCoreDict, pUnigram, pBiDict) {
   pthread_mutex_init(&m_mutex, nullptr);
   pthread_cond_init(&m_idle, nullptr);
-  m_pKeyWordFinder = new CKeyWordFinder(m_pUnigram);
+  m_pKeyWordFinder = new CKeyWordFinder(m_pUnigram, &m_wordStats);
   m_pPreProcess = new (std::nothrow) CPreProcess(m_pCharset, m_pCoreDict, m_pUserDict);
   if (m_pPreProcess == nullptr) {
     WriteLog("Cannot build object CPreProcess.\n", nullptr);

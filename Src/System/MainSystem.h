@@ -24,6 +24,7 @@
 
 #include "Utility/CharScan.h"
 #include "Utility/Global.h"
+#include "Utility/WordStats.h"
 
 class CBigram;
 class CCharset;
@@ -166,6 +167,7 @@ class CMainSystem {
   CHMMTagger* m_pPERTagger = nullptr;
   CFSA* m_pPersonFSA;
   CCodeTran* m_pCodeTranslator;
+  CWordStats m_wordStats;  // over the core dictionary and the frequency tables
   bool m_bWordMerged = false;
   int m_nPOSPresent = 0;
   FILE* m_fpLog = nullptr;

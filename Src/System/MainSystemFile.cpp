@@ -14,12 +14,6 @@ namespace {
 
 // A source line is analysed in pieces of at most this many bytes minus one.
 constexpr int kFilePieceBytes = 10240;
-// Additive smoothing per vocabulary item.
-constexpr double kSmoothing = 0.05;
-// Pair frequency below which two words are never associated; the pair must
-// also reach a tenth of either word's frequency.
-constexpr int kMinAssociatedPairs = 4;
-constexpr long long kAssociationShareInverse = 10;
 
 double LogOpenFailure(const char* path) {
   WriteLog("Error read file", nullptr);
@@ -110,36 +104,12 @@ bool CMainSystem::FileProcessEx(const char* /*sSrcFilename*/, const char* /*sDsn
   return true;
 }
 
-bool CMainSystem::IsWord(const char* sWord) {
-  return sWord != nullptr && m_pCoreDict != nullptr && m_pCoreDict->Find(sWord) != -1;
-}
+bool CMainSystem::IsWord(const char* sWord) { return m_wordStats.IsWord(sWord); }
 
-double CMainSystem::GetUniProb(int nHandle) {
-  if (m_pUnigram == nullptr) return 0.0;
-  const double frequency = nHandle >= 0 ? m_pUnigram->GetFreq(nHandle) : 0;
-  const double total = m_pUnigram->GetTotalFreq();
-  const double items = m_pUnigram->GetItemCount();
-  return (frequency + kSmoothing) / (total + kSmoothing * items);
-}
+double CMainSystem::GetUniProb(int nHandle) { return m_wordStats.GetUniProb(nHandle); }
 
-double CMainSystem::GetUniProb(const char* sWord) {
-  const int handle = sWord != nullptr && m_pCoreDict != nullptr ? m_pCoreDict->Find(sWord) : -1;
-  return GetUniProb(handle);
-}
+double CMainSystem::GetUniProb(const char* sWord) { return m_wordStats.GetUniProb(sWord); }
 
 bool CMainSystem::IsFreqAssociate(const char* sPrevWord, const char* sNextWord) {
-  if (sPrevWord == nullptr || sNextWord == nullptr || m_pCoreDict == nullptr ||
-      m_pBiDict == nullptr || m_pUnigram == nullptr) {
-    return false;
-  }
-  const int prev = m_pCoreDict->Find(sPrevWord);
-  const int next = m_pCoreDict->Find(sNextWord);
-  if (prev == -1 || next == -1) return false;
-  const int pairs = m_pBiDict->GetFreq(prev, next);
-  if (pairs < kMinAssociatedPairs) return false;
-  // B >= 0.1 F, compared in integers: in floating point the product 0.1 F
-  // is not exact and x87 and SSE round it differently, so a pair of exactly
-  // a tenth would be associated on one build and not on the other.
-  const long long scaled = kAssociationShareInverse * pairs;
-  return scaled >= m_pUnigram->GetFreq(prev) || scaled >= m_pUnigram->GetFreq(next);
+  return m_wordStats.IsFreqAssociate(sPrevWord, sNextWord);
 }

@@ -82,7 +82,7 @@ const char* CMainSystem::Rank(CKeyWordFinder* pFinder, Ranking ranking, int nMax
 const char* CMainSystem::RankText(const char* sText, Ranking ranking, int nMaxKeyLimit,
                                   bool bWeightOut) {
   Busy busy(this);
-  CKeyWordFinder finder(m_pUnigram);
+  CKeyWordFinder finder(m_pUnigram, &m_wordStats);
   ScanText(&finder, sText);
   return Rank(&finder, ranking, nMaxKeyLimit, bWeightOut);
 }
@@ -92,7 +92,7 @@ const char* CMainSystem::RankFile(const char* sFilename, Ranking ranking, int nM
   const FilePtr fp = OpenFile(sFilename, "r");
   if (!fp) return nullptr;
   Busy busy(this);
-  CKeyWordFinder finder(m_pUnigram);
+  CKeyWordFinder finder(m_pUnigram, &m_wordStats);
   ScanFile(&finder, fp.get(), false);
   return Rank(&finder, ranking, nMaxKeyLimit, bWeightOut);
 }
@@ -117,7 +117,7 @@ const char* CMainSystem::GetFileNewWords(const char* sFilename, int nMaxKeyLimit
 
 unsigned long CMainSystem::GetFinger(const char* sLine) {
   Busy busy(this);
-  CKeyWordFinder finder(m_pUnigram);
+  CKeyWordFinder finder(m_pUnigram, &m_wordStats);
   ScanText(&finder, sLine);
   if (m_bFailed) return 0;
   finder.GenerateNewWordList();

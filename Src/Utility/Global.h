@@ -3,7 +3,7 @@
 //
 // `word_t` is one atom or word of the atom list, the word lattice and the
 // chosen path; `POS_info` is one tag of a word with its count; `result_t`, the
-// record handed to callers, is declared with the public interface. The
+// record handed to callers, is one of the public interface's plain types. The
 // pseudo-word handles are looked up in the core dictionary once, at
 // initialisation, and only read afterwards.
 #ifndef ZIVOR_UTILITY_GLOBAL_H_
@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <string>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVORTypes.h"
 
 // The identifier that means "no tag" or "no type" in the 8-bit fields.
 constexpr unsigned char kNoTag = 255;

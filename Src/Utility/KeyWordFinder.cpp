@@ -8,8 +8,7 @@
 #include <cstring>
 #include <iterator>
 
-#include "API/ZIVORState.h"
-#include "System/MainSystem.h"
+#include "Utility/WordStats.h"
 #include "Utility/BinaryIO.h"
 #include "Utility/Hash.h"
 #include "Utility/Unigram.h"
@@ -58,15 +57,17 @@ bool Initial(const std::string& pos, const char* letters) {
   return !pos.empty() && std::strchr(letters, pos[0]) != nullptr;
 }
 
-bool IsKnownWord(const char* word) { return g_pZIVOR != nullptr && g_pZIVOR->IsWord(word); }
-
-// A scanned token of four bytes or more that no dictionary knows.
-bool IsSingleUnknownUnit(const _tWordAV& w) {
-  return w.unit_count == 1 && w.word.size() >= 4 && !IsKnownWord(w.word.c_str());
+bool IsKnownWord(const CWordStats* stats, const char* word) {
+  return stats != nullptr && stats->IsWord(word);
 }
 
-double EntropyTerm(const char* word) {
-  const double p = g_pZIVOR != nullptr ? g_pZIVOR->GetUniProb(word) : 0.0;
+// A scanned token of four bytes or more that no dictionary knows.
+bool IsSingleUnknownUnit(const CWordStats* stats, const _tWordAV& w) {
+  return w.unit_count == 1 && w.word.size() >= 4 && !IsKnownWord(stats, w.word.c_str());
+}
+
+double EntropyTerm(const CWordStats* stats, const char* word) {
+  const double p = stats != nullptr ? stats->GetUniProb(word) : 0.0;
   return p > 0.0 ? -p * std::log(p) : 0.0;
 }
 
@@ -99,8 +100,8 @@ void CorrectLength(_tWordAV& r) {
   }
 }
 
-void CorrectTag(_tWordAV& r) {
-  const bool known = IsKnownWord(r.word.c_str());
+void CorrectTag(const CWordStats* stats, _tWordAV& r) {
+  const bool known = IsKnownWord(stats, r.word.c_str());
   if (OneOf(r.pos_id, kFavouredPosIds)) {
     r.weight *= 1.1;
     if (!known) r.weight *= 1.2;
@@ -164,8 +165,8 @@ int Add(int nHandle, std::vector<_word_freq>& vecList) {
   return nMid;
 }
 
-CKeyWordFinder::CKeyWordFinder(CUnigram* pUnigram)
-    : m_trie(std::make_unique<CTrie>()), m_pUnigram(pUnigram) {}
+CKeyWordFinder::CKeyWordFinder(CUnigram* pUnigram, const CWordStats* pStats)
+    : m_trie(std::make_unique<CTrie>()), m_pUnigram(pUnigram), m_pStats(pStats) {}
 
 CKeyWordFinder::~CKeyWordFinder() = default;
 
@@ -222,7 +223,7 @@ _tWordAV CKeyWordFinder::NewCandidate(const char* sWord, const result_t& r,
   if (bClassToken || (!candidate.is_stopword && IsFrequentStopWord(sWord, r))) {
     candidate.is_stopword = true;
   }
-  candidate.weight = EntropyTerm(sWord);
+  candidate.weight = EntropyTerm(m_pStats, sWord);
   return candidate;
 }
 
@@ -236,7 +237,7 @@ int CKeyWordFinder::GetWord(const char* sLine, int /*nCount*/, const result_t* r
   } else {
     std::strcpy(sWord, kMarker);
   }
-  if (!IsKnownWord(sWord) && (r.sPOS[0] == 'm' || r.sPOS[0] == 't')) {
+  if (!IsKnownWord(m_pStats, sWord) && (r.sPOS[0] == 'm' || r.sPOS[0] == 't')) {
     std::strcpy(sWord, r.sPOS[0] == 'm' ? kNumeralClass : kTimeClass);
     classToken = true;
   }
@@ -316,7 +317,7 @@ int CKeyWordFinder::Intersection(const std::vector<int>& vecPrevList,
 }
 
 bool CKeyWordFinder::IsSeed(const _tWordAV& candidate) const {
-  return !candidate.is_stopword && candidate.freq > 1 && !IsSingleUnknownUnit(candidate) &&
+  return !candidate.is_stopword && candidate.freq > 1 && !IsSingleUnknownUnit(m_pStats, candidate) &&
          !OneOf(candidate.pos_id, kUnmergedPosIds);
 }
 
@@ -326,7 +327,7 @@ bool CKeyWordFinder::IsPartner(const _tWordAV& seed, const _word_freq& neighbour
   if (other.is_stopword || neighbour.freq <= 1) return false;
   if (f < 0.5 * seed.freq && f < 0.5 * other.freq) return false;
   if (other.vecLV.size() + other.vecRV.size() < 4) return false;
-  return !IsSingleUnknownUnit(other) && !OneOf(other.pos_id, kUnmergedPosIds);
+  return !IsSingleUnknownUnit(m_pStats, other) && !OneOf(other.pos_id, kUnmergedPosIds);
 }
 
 int CKeyWordFinder::GenerateNewWordList() {
@@ -355,8 +356,8 @@ int CKeyWordFinder::GenerateNewWordList() {
 
 bool CKeyWordFinder::IsCommon(const std::string& word) const {
   const double total = m_pUnigram != nullptr ? m_pUnigram->GetTotalFreq() : 0.0;
-  if (total <= 0.0 || g_pZIVOR == nullptr) return false;
-  return g_pZIVOR->GetUniProb(word.c_str()) > kRareFreq / total;
+  if (total <= 0.0 || m_pStats == nullptr) return false;
+  return m_pStats->GetUniProb(word.c_str()) > kRareFreq / total;
 }
 
 bool CKeyWordFinder::IsRefusedPair(const _tWordAV& left, const _tWordAV& right) const {
@@ -375,7 +376,7 @@ _tWordAV CKeyWordFinder::NewWord(const _tWordAV& left, const _tWordAV& right, in
   word.weight = f / right.freq * right.weight + f / left.freq * left.weight;
   word.is_stopword = false;
   word.is_freq_bigram =
-      g_pZIVOR != nullptr && g_pZIVOR->IsFreqAssociate(left.word.c_str(), right.word.c_str());
+      m_pStats != nullptr && m_pStats->IsFreqAssociate(left.word.c_str(), right.word.c_str());
   word.unit_count = left.unit_count + right.unit_count;
   Intersection(left.vecInvertList, right.vecInvertList, left.unit_count, word.vecInvertList);
   return word;
@@ -401,7 +402,7 @@ int CKeyWordFinder::SetNewWord(int nPrev, int nNext, int nFreq) {
   const _tWordAV& left = m_vecWordAV[nPrev];
   const _tWordAV& right = m_vecWordAV[nNext];
   const std::string joined = left.word + right.word;
-  if (IsKnownWord(joined.c_str())) return 0;
+  if (IsKnownWord(m_pStats, joined.c_str())) return 0;
   if (left.unit_count + right.unit_count > kMaxUnits) return 0;
   if (IsRefusedPair(left, right)) return 0;
   // The trie cannot tell longer strings apart; such a pair is not merged.
@@ -424,7 +425,7 @@ void CKeyWordFinder::Score(_tWordAV& r, bool bNewWordExtract) const {
   AddContextEntropy(r);
   r.weight *= r.unit_count;
   CorrectLength(r);
-  CorrectTag(r);
+  CorrectTag(m_pStats, r);
   if (r.is_freq_bigram && bNewWordExtract) r.weight *= 0.1;
 }
 

@@ -11,9 +11,9 @@
 // keyword and new-word lists are handed out as text or as the vector itself,
 // and FingerPrint hashes the words at the top of a ranked list.
 //
-// Normalisation and weights consult the main analysis instance (g_pZIVOR) for
-// dictionary membership and unigram probabilities; without one, every string
-// counts as unknown with probability 0. Text boundaries and blanks become the
+// Normalisation and weights consult the word statistics the finder is given
+// for dictionary membership and unigram probabilities; without them, every
+// string counts as unknown with probability 0. Text boundaries and blanks become the
 // sentence-end marker candidate, which is a stop word.
 //
 // A candidate's index in the candidate list is its identifier. Strings are
@@ -27,9 +27,10 @@
 #include <string>
 #include <vector>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVORTypes.h"
 
 class CTrie;
+class CWordStats;
 class CUnigram;
 
 // One entry of a neighbour list: a candidate and how often it was seen there.
@@ -81,7 +82,10 @@ class CKeyWordFinder {
   // A new word spans at most this many scanned tokens.
   static constexpr int kMaxUnits = 7;
 
-  explicit CKeyWordFinder(CUnigram* pUnigram);
+  // The unigram table judges stop words and rare words by their counts, the
+  // word statistics dictionary membership, probabilities and associated
+  // pairs (both not owned; null: every word unknown).
+  CKeyWordFinder(CUnigram* pUnigram, const CWordStats* pStats);
   ~CKeyWordFinder();
   CKeyWordFinder(const CKeyWordFinder&) = delete;
   CKeyWordFinder& operator=(const CKeyWordFinder&) = delete;
@@ -201,6 +205,7 @@ class CKeyWordFinder {
   std::string m_sLine;                      // buffer of result strings
   std::vector<_tWordAV> m_vecNewWordInfo;   // new words found
   CUnigram* m_pUnigram;                     // not owned
+  const CWordStats* m_pStats;               // not owned, may be null
   std::vector<int> m_vecEntryIndex;         // trie entry number -> identifier or -1
   size_t m_nFirstPosition = 0;              // positions scanned before the last Reset
   bool m_bRanked = false;                   // candidates ranked since the last Reset

@@ -10,7 +10,7 @@
 #include <sstream>
 #include <system_error>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 
 namespace eval {
 namespace {

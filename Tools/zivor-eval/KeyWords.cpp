@@ -9,7 +9,7 @@
 #include <set>
 #include <sstream>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 #include "Corpus.h"
 
 namespace eval {

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <vector>
 
+#include "InputFiles.h"
 #include "Utility/CodeTran.h"
 
 GbkDictCopy::~GbkDictCopy() {
@@ -16,9 +17,11 @@ GbkDictCopy::~GbkDictCopy() {
 
 bool GbkDictCopy::Make(const std::string& source, const Encoding& encoding,
                        const std::string& data_dir, std::string* error) {
-  std::ifstream in(source, std::ios::binary);
-  if (!in) {
-    *error = "cannot open " + source;
+  const std::string unreadable = Unreadable(source);
+  std::ifstream in;
+  if (unreadable.empty()) in.open(source, std::ios::binary);
+  if (!in.is_open()) {
+    *error = "cannot open " + source + ": " + (unreadable.empty() ? "read error" : unreadable);
     return false;
   }
   std::string pattern = (std::filesystem::temp_directory_path() / "zivor-dict-XXXXXX").string();

@@ -50,7 +50,3 @@ std::string TrimList(const char* list) {
   text.resize(end == std::string::npos ? 0 : end + 1);
   return text;
 }
-
-void ReportUnreadable(const std::string& path) {
-  fprintf(stderr, "zivor: cannot open %s\n", path.c_str());
-}

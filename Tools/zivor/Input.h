@@ -33,15 +33,11 @@ class InputReader {
   void Check(const std::string& text);
 
  private:
-
   const Encoding encoding_;
   bool warned_ = false;
 };
 
 // A word list of the library ("word  word  ") without its trailing blanks.
 std::string TrimList(const char* list);
-
-// Prints "zivor: cannot open PATH" on standard error.
-void ReportUnreadable(const std::string& path);
 
 #endif  // ZIVOR_TOOLS_ZIVOR_INPUT_H_

@@ -4,53 +4,63 @@
 #include <iostream>
 #include <string>
 
-#include "API/ZIVOR.h"
 #include "Input.h"
+#include "InputFiles.h"
+#include "zivor/ZIVOR.h"
 
 namespace {
 
-void PrintForFile(const std::string& result, const std::string& path) {
-  printf("%s\t%s\n", result.c_str(), path.c_str());
+void PrintForFile(const std::string& result, const std::string& name) {
+  printf("%s\t%s\n", result.c_str(), name.c_str());
+}
+
+// Runs `each_line` on every line of standard input.
+template <class EachLine>
+void ForEachLine(InputReader* input, EachLine each_line) {
+  std::string line;
+  while (input->ReadLine(std::cin, &line)) each_line(line);
 }
 
 }  // namespace
 
 int RunKeyWords(const Options& options, InputReader* input) {
   const int limit = options.keyword_limit;
-  if (options.files.empty()) {
-    std::string line;
-    while (input->ReadLine(std::cin, &line)) {
-      printf("%s\n", TrimList(ZIVOR_GetKeyWords(line.c_str(), limit, options.weights)).c_str());
-    }
-    return 0;
-  }
   int status = 0;
-  for (const std::string& file : options.files) {
-    input->CheckFile(file);
-    const char* list = ZIVOR_GetFileKeyWords(file.c_str(), limit, options.weights);
+  for (const InputFile& file : options.inputs) {
+    if (file.IsStandardInput()) {
+      ForEachLine(input, [&](const std::string& line) {
+        printf("%s\n", TrimList(ZIVOR_GetKeyWords(line.c_str(), limit, options.weights)).c_str());
+      });
+      continue;
+    }
+    const char* list = nullptr;
+    if (Unreadable(file.path).empty()) {
+      input->CheckFile(file.path);
+      list = ZIVOR_GetFileKeyWords(file.path.c_str(), limit, options.weights);
+    }
     if (list == nullptr) {
-      ReportUnreadable(file);
+      ReportUnreadable(file.name, file.path);
       status = 1;
     } else {
-      PrintForFile(TrimList(list), file);
+      PrintForFile(TrimList(list), file.name);
     }
   }
   return status;
 }
 
 int RunFingerprints(const Options& options, InputReader* input) {
-  std::string text;
-  if (options.files.empty()) {
-    while (input->ReadLine(std::cin, &text)) printf("%lu\n", ZIVOR_FingerPrint(text.c_str()));
-    return 0;
-  }
   int status = 0;
-  for (const std::string& file : options.files) {
-    if (!input->ReadWholeFile(file, &text)) {
-      ReportUnreadable(file);
+  std::string text;
+  for (const InputFile& file : options.inputs) {
+    if (file.IsStandardInput()) {
+      ForEachLine(input, [](const std::string& line) {
+        printf("%lu\n", ZIVOR_FingerPrint(line.c_str()));
+      });
+    } else if (!Unreadable(file.path).empty() || !input->ReadWholeFile(file.path, &text)) {
+      ReportUnreadable(file.name, file.path);
       status = 1;
     } else {
-      PrintForFile(std::to_string(ZIVOR_FingerPrint(text.c_str())), file);
+      PrintForFile(std::to_string(ZIVOR_FingerPrint(text.c_str())), file.name);
     }
   }
   return status;

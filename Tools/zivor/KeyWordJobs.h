@@ -1,7 +1,7 @@
 // KeyWordJobs.h: the keywords and the fingerprint of each input.
 //
-// Each FILE is one text; standard input (when no FILE is given) is one text
-// per line. Results are printed one line per text, for files followed by a
+// Each file is one text; standard input ("-", or when no FILE is given) is
+// one text per line. Results are printed one line per text, for files followed by a
 // tab and the file name.
 #ifndef ZIVOR_TOOLS_ZIVOR_KEYWORDJOBS_H_
 #define ZIVOR_TOOLS_ZIVOR_KEYWORDJOBS_H_

@@ -3,7 +3,7 @@
 #include <climits>
 #include <streambuf>
 
-#include "API/ZIVOR.h"
+#include "zivor/ZIVOR.h"
 
 void LinePieces::Fill(size_t want) {
   std::streambuf* buffer = in_.rdbuf();

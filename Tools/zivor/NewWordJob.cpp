@@ -8,77 +8,51 @@
 #include <string>
 #include <system_error>
 
-#include "API/ZIVOR.h"
 #include "Input.h"
+#include "InputFiles.h"
+#include "Progress.h"
+#include "zivor/ZIVOR.h"
 
 namespace {
-
-// Standard-input lines between two updates of the progress line.
-constexpr unsigned long kLinesPerUpdate = 1000;
-
-// The "\r"-updated progress line on standard error, shown only on a terminal.
-class Progress {
- public:
-  explicit Progress(const char* unit) : unit_(unit), shown_(isatty(2) != 0) {}
-  ~Progress() {
-    if (shown_ && count_ > 0) fputc('\n', stderr);
-  }
-  void Add(unsigned long long bytes, bool update) {
-    ++count_;
-    bytes_ += bytes;
-    if (update) Show();
-  }
-  void Show() const {
-    if (!shown_) return;
-    fprintf(stderr, "\rzivor: %lu %s, %llu bytes", count_, unit_, bytes_);
-    fflush(stderr);
-  }
-
- private:
-  const char* unit_;
-  bool shown_;
-  unsigned long count_ = 0;
-  unsigned long long bytes_ = 0;
-};
 
 void ReportFull(const std::string& input) {
   fprintf(stderr, "zivor: the new-word collection is full; %s and what follows were left out\n",
           input.c_str());
 }
 
-int AddLines(std::istream& in, InputReader* input) {
-  Progress progress("lines");
+void AddLines(std::istream& in, InputReader* input, Progress* progress) {
   std::string line;
-  unsigned long number = 0;
   while (input->ReadLine(in, &line)) {
-    ++number;
     // The library reports 1 for a text even when the collection is full (and
     // 0 for an empty one), so only files can tell that they were left out.
     ZIVOR_NWI_AddMem(line.c_str());
-    progress.Add(line.size() + 1, number % kLinesPerUpdate == 0);
+    progress->Add(static_cast<int64_t>(line.size() + 1));
   }
-  progress.Show();
-  return 0;
 }
 
-int AddFiles(const Options& options, InputReader* input) {
-  Progress progress("inputs");
+// Adds the inputs to the collection. Returns the exit status.
+int AddInputs(const Options& options, InputReader* input) {
+  Progress progress(TotalBytes(options.inputs), isatty(2) != 0);
   int status = 0;
-  for (const std::string& file : options.files) {
-    input->CheckFile(file);
-    const int added = ZIVOR_NWI_AddFile(file.c_str());
+  for (const InputFile& file : options.inputs) {
+    if (file.IsStandardInput()) {
+      AddLines(std::cin, input, &progress);
+      continue;
+    }
+    const int added = Unreadable(file.path).empty() ? ZIVOR_NWI_AddFile(file.path.c_str()) : 0;
     if (added == 0) {
-      ReportUnreadable(file);
+      ReportUnreadable(file.name, file.path);
       status = 1;
       continue;
     }
     if (added < 0) {
-      ReportFull(file);
+      ReportFull(file.name);
       return 1;
     }
+    input->CheckFile(file.path);
     std::error_code ec;
-    const auto size = std::filesystem::file_size(file, ec);
-    progress.Add(ec ? 0 : size, true);
+    const auto size = std::filesystem::file_size(file.path, ec);
+    progress.Add(ec ? 0 : static_cast<int64_t>(size));
   }
   return status;
 }
@@ -87,8 +61,7 @@ int AddFiles(const Options& options, InputReader* input) {
 
 int RunNewWords(const Options& options, InputReader* input) {
   ZIVOR_NWI_Start();
-  const int status =
-      options.files.empty() ? AddLines(std::cin, input) : AddFiles(options, input);
+  const int status = AddInputs(options, input);
   ZIVOR_NWI_Complete();
   printf("%s\n", TrimList(ZIVOR_NWI_GetResult(options.weights)).c_str());
   fflush(stdout);

@@ -1,9 +1,9 @@
 // NewWordJob.h: the new words of all inputs together.
 //
-// Every FILE (or every line of standard input when none is given) is added
-// to the library's new-word collection; the new words found in the whole
-// collection are printed on one line. While standard error is a terminal a
-// progress line there counts the inputs (or lines) and bytes read.
+// Every file (or every line of standard input, "-" or when no FILE is
+// given) is added to the library's new-word collection; the new words found
+// in the whole collection are printed on one line. Large inputs show their
+// progress on standard error when it is a terminal (Progress).
 #ifndef ZIVOR_TOOLS_ZIVOR_NEWWORDJOB_H_
 #define ZIVOR_TOOLS_ZIVOR_NEWWORDJOB_H_
 
