@@ -47,17 +47,20 @@ Record* NewArray(size_t count, const Record& fill) {
 
 // Whether every run holds its pairs by ascending second handle, none below
 // -1 (the handle of a second word the dictionary did not know), as the
-// binary search of a lookup needs. The runs must tile the pairs.
-bool PairsAreOrdered(const bigram_info* pairs, const index_t* index, int bound) {
-  for (int handle = 0; handle < bound; ++handle) {
-    const index_t& run = index[handle];
-    if (run.start == -1) continue;
-    if (pairs[run.start].handle2 < -1) return false;
-    for (int i = run.start; i < run.end; ++i) {
-      if (pairs[i].handle2 > pairs[i + 1].handle2) return false;
-    }
+// binary search of a lookup needs. The runs must tile the pairs, so the
+// second handles may fall only where a run starts. One branch-free pass over
+// all the pairs, then one over the run starts: the table is large.
+bool PairsAreOrdered(const bigram_info* pairs, int size, const index_t* index, int bound) {
+  int falls = 0, lowest = size > 0 ? pairs[0].handle2 : 0;
+  for (int i = 1; i < size; ++i) {
+    falls += pairs[i].handle2 < pairs[i - 1].handle2;
+    lowest = std::min(lowest, pairs[i].handle2);
   }
-  return true;
+  for (int handle = 0; handle < bound; ++handle) {
+    const int start = index[handle].start;
+    if (start > 0) falls -= pairs[start].handle2 < pairs[start - 1].handle2;
+  }
+  return falls == 0 && lowest >= -1;
 }
 
 }  // namespace
@@ -113,7 +116,7 @@ bool CBigram::Load(const char* path) {
   if (in.ReadRecords(data.get(), size) != static_cast<size_t>(size) ||
       in.ReadRecords(index.get(), bound) != static_cast<size_t>(bound) ||
       !RunsTile(index.get(), static_cast<size_t>(bound), size) ||
-      !PairsAreOrdered(data.get(), index.get(), bound)) {
+      !PairsAreOrdered(data.get(), size, index.get(), bound)) {
     return false;
   }
   Replace(size, data.release(), bound, index.release());

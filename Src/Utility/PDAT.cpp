@@ -212,23 +212,19 @@ class StateChecker {
     return index >= 0 && index < indexed_;
   }
 
-  // Follows the checks of every state; a walk that comes back to a state of
-  // its own path is a cycle. States already known to reach the root end a
-  // walk, so the whole pass is linear.
+  // Follows the checks up from every state, marking each state with the
+  // first walk that passes it: a walk that meets its own mark has gone round
+  // a cycle, one that meets an earlier walk's mark reaches the root as that
+  // walk did. Every state is marked once, so the pass is linear.
   bool ChecksReachTheRoot() const {
-    enum : char { kUnseen, kOnPath, kReaches };
-    std::vector<char> mark(static_cast<size_t>(n_), kUnseen);
-    std::vector<int> path;
+    std::vector<int> walk(static_cast<size_t>(n_), -1);
     for (int i = 0; i < n_; ++i) {
       int j = i;
-      while (Used(j) && s_[j].check >= 0 && mark[static_cast<size_t>(j)] == kUnseen) {
-        mark[static_cast<size_t>(j)] = kOnPath;
-        path.push_back(j);
+      while (Used(j) && s_[j].check >= 0 && walk[static_cast<size_t>(j)] == -1) {
+        walk[static_cast<size_t>(j)] = i;
         j = s_[j].check;
       }
-      if (mark[static_cast<size_t>(j)] == kOnPath) return false;
-      for (const int k : path) mark[static_cast<size_t>(k)] = kReaches;
-      path.clear();
+      if (walk[static_cast<size_t>(j)] == i) return false;
     }
     return true;
   }
