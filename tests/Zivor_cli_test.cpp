@@ -10,10 +10,11 @@
 #include <string>
 #include <vector>
 
-#include "zivor/ZIVOR.h"
+#include "JsonReader.h"
 #include "MiniData.h"
 #include "TestUtil.h"
 #include "Utility/global_linux.h"
+#include "zivor/ZIVOR.h"
 
 namespace {
 
@@ -367,16 +368,22 @@ TEST_F(ZivorCliTest, BadOptionsAreRefused) {
   for (const std::vector<std::string>& args :
        {std::vector<std::string>{"-e", "latin1"}, {"-e", "utf"}, {"-e"}, {"--map", "4"}, {"--map"},
         {"--bogus"}, {"-d"}, {"--keywords", "2x"}, {"--keywords"}, {"--new-words", "--fingerprint"},
-        {"--save-new-words"}, {"--add-user-word"}}) {
+        {"--save-new-words"}, {"--add-user-word"}, {"--jobs", "0"}, {"--jobs", "257"}, {"--jobs"},
+        {"--format", "xml"}, {"--format"}, {"--delimiter", "ab"}, {"--delimiter", "、"}, {"--boundary", ""},
+        {"--delimiter", "_", "--format", "json"}, {"--boundary", "|", "--keywords", "1"}, {"-o"}}) {
     const CliRun run = Run(WithData(args), Input());
     EXPECT_EQ(2, run.status) << args[0];
     EXPECT_EQ("", run.out) << args[0];
     EXPECT_NE("", run.err) << args[0];
   }
   EXPECT_EQ(0u, Run({"-e", "big-5"}).err.find("zivor: -e needs utf8, gbk, big5 or gbkc\n"));
+  const CliRun version = Run({"--version"});
+  EXPECT_EQ(0, version.status);
+  EXPECT_EQ(0u, version.out.find("zivor ")) << version.out;
   const CliRun help = Run({"-h"});
   EXPECT_EQ(0, help.status);
-  for (const char* option : {"--records", "--keywords", "--new-words", "--fingerprint",
+  for (const char* option : {"--records", "--keywords", "--new-words", "--fingerprint", "--jobs",
+                             "--format", "json", "tsv", "--delimiter", "--boundary", "-o FILE",
                              "--import-user-dict", "--save-user-dict", "big5", "gbkc"}) {
     EXPECT_NE(std::string::npos, help.out.find(option)) << option;
   }
@@ -517,4 +524,227 @@ TEST_F(ZivorCliTest, UserDictionaryChangesAreReportedAndSaved) {
             failed.err);
 }
 
+// Lines over several batches and a line of some megabytes (analysed in
+// pieces) come out of any number of threads exactly as out of one, in every
+// format; the text is the library's own.
+TEST_F(ZivorCliTest, JobsGiveTheOutputOfOneThreadInEveryFormat) {
+  std::string input, expected;
+  for (size_t i = 0; input.size() < (size_t{600} << 10); ++i) {
+    const std::string line = std::string(kSentences[i % 4]) + kSentences[(i + 1) % 2];
+    input += line + "\n";
+    expected += std::string(ZIVOR_ParagraphProcess(line.c_str(), 1)) + "\n";
+  }
+  std::string huge;
+  while (huge.size() < (size_t{3} << 19)) huge += kSentences[1];
+  input += huge + "\n";
+  expected += std::string(ZIVOR_ParagraphProcess(huge.c_str(), 1)) + "\n";
+  for (const char* format : {"text", "records", "json", "tsv"}) {
+    const CliRun one = Run(WithData({"--format", format, "--jobs", "1"}), input);
+    ASSERT_EQ(0, one.status) << format << ": " << one.err;
+    if (std::string(format) == "text") {
+      EXPECT_EQ(expected, one.out);
+    }
+    const CliRun three = Run(WithData({"--format", format, "--jobs", "3"}), input);
+    ASSERT_EQ(0, three.status) << format << ": " << three.err;
+    EXPECT_TRUE(one.out == three.out) << format << ": the output of 3 threads differs";
+  }
+}
+
+// The decoded tokens of a JSON output line: word bytes, tag, offsets.
+struct Token {
+  std::string word, tag;
+  size_t start, end, byte_start, byte_end;
+};
+
+std::vector<Token> JsonTokens(const std::string& line, bool latin1) {
+  testutil::JsonValue value;
+  std::string error;
+  EXPECT_TRUE(testutil::ParseJson(line, &value, &error)) << error << ": " << line;
+  std::vector<Token> tokens;
+  for (const testutil::JsonValue& t : value["tokens"].items) {
+    Token token{t["word"].text, t["tag"].text, static_cast<size_t>(t["start"].number),
+                static_cast<size_t>(t["end"].number), static_cast<size_t>(t["byte_start"].number),
+                static_cast<size_t>(t["byte_end"].number)};
+    EXPECT_EQ(testutil::JsonValue::kNumber, t["weight"].kind) << line;
+    if (latin1) {
+      EXPECT_TRUE(testutil::Latin1Bytes(t["word"].text, &token.word)) << line;
+    }
+    tokens.push_back(token);
+  }
+  return tokens;
+}
+
+std::string TsvUnescaped(const std::string& field) {
+  std::string text;
+  for (size_t i = 0; i < field.size(); ++i) {
+    if (field[i] != '\\' || i + 1 == field.size()) {
+      text += field[i];
+      continue;
+    }
+    const char c = field[++i];
+    text += c == 't' ? '\t' : c == 'n' ? '\n' : c == 'r' ? '\r' : c;
+  }
+  return text;
+}
+
+// The tokens of the TSV rows of one input line.
+std::vector<Token> TsvTokens(const std::vector<std::string>& rows) {
+  std::vector<Token> tokens;
+  for (const std::string& row : rows) {
+    std::vector<std::string> fields;
+    std::istringstream in(row);
+    for (std::string field; std::getline(in, field, '\t');) fields.push_back(field);
+    EXPECT_EQ(6u, fields.size()) << row;
+    if (fields.size() != 6) continue;
+    tokens.push_back({TsvUnescaped(fields[0]), TsvUnescaped(fields[1]), std::stoul(fields[2]),
+                      std::stoul(fields[3]), std::stoul(fields[4]), std::stoul(fields[5])});
+  }
+  return tokens;
+}
+
+// The tokens tile the line: the words are its bytes in turn, the offsets
+// run on without gaps, and characters are counted as `chars` counts them.
+void ExpectTiling(const std::vector<Token>& tokens, const std::string& line, size_t chars,
+                  const std::string& what) {
+  size_t bytes = 0, at = 0;
+  std::string joined;
+  for (const Token& t : tokens) {
+    EXPECT_EQ(bytes, t.byte_start) << what;
+    EXPECT_EQ(at, t.start) << what;
+    EXPECT_EQ(t.byte_end - t.byte_start, t.word.size()) << what << " " << t.word;
+    EXPECT_LT(t.start, t.end) << what;
+    bytes = t.byte_end;
+    at = t.end;
+    joined += t.word;
+  }
+  EXPECT_EQ(line, joined) << what;
+  EXPECT_EQ(chars, at) << what;
+}
+
+TEST_F(ZivorCliTest, JsonAndTsvTokensTileEachLineInTheInputsEncoding) {
+  struct Case {
+    const char* encoding;
+    std::vector<std::string> lines;  // in the encoding
+    std::vector<size_t> chars;       // characters of each line
+    bool latin1;                     // JSON carries the bytes as U+0000-U+00FF
+  };
+  const std::string quoted = "他说：“a\"b\\c\td”。\x01 😀";
+  const std::vector<Case> cases = {
+      {"utf8", {kSentences[1], quoted, "", std::string(kSentences[0]) + " 和平"}, {24, 16, 0, 12}, false},
+      {"gbk", {Gbk(kSentences[1]), Gbk("他说：“a\"b\\c\td”。")}, {24, 13}, true},
+      {"big5", {Big5(kTraditional[1]), Big5(kTraditional[0])}, {24, 9}, true},
+  };
+  for (const Case& c : cases) {
+    std::string input;
+    for (const std::string& line : c.lines) input += line + "\n";
+    const CliRun json = Run(WithData({"-e", c.encoding, "--format", "json"}), input);
+    ASSERT_EQ(0, json.status) << c.encoding << ": " << json.err;
+    const std::vector<std::string> objects = SplitLines(json.out);
+    ASSERT_EQ(c.lines.size(), objects.size()) << c.encoding;
+    const CliRun tsv = Run(WithData({"-e", c.encoding, "--format", "tsv"}), input);
+    ASSERT_EQ(0, tsv.status) << c.encoding << ": " << tsv.err;
+    std::vector<std::vector<std::string>> rows(1);
+    for (const std::string& row : SplitLines(tsv.out)) {
+      if (row.empty()) rows.emplace_back(); else rows.back().push_back(row);
+    }
+    rows.pop_back();  // after the last empty row
+    ASSERT_EQ(c.lines.size(), rows.size()) << c.encoding;
+    for (size_t i = 0; i < c.lines.size(); ++i) {
+      const std::vector<Token> tokens = JsonTokens(objects[i], c.latin1);
+      ExpectTiling(tokens, c.lines[i], c.chars[i], std::string(c.encoding) + " json " + objects[i]);
+      const std::vector<Token> rowTokens = TsvTokens(rows[i]);
+      ExpectTiling(rowTokens, c.lines[i], c.chars[i], std::string(c.encoding) + " tsv");
+      ASSERT_EQ(tokens.size(), rowTokens.size());
+      for (size_t t = 0; t < tokens.size(); ++t) EXPECT_EQ(tokens[t].tag, rowTokens[t].tag);
+    }
+  }
+  // A malformed byte is U+FFFD in JSON and itself in TSV, at the same offsets.
+  const std::string broken = "中国\xff人民";
+  const std::vector<Token> json = JsonTokens(Run(WithData({"--format", "json"}), broken).out, false);
+  const std::vector<std::string> rows = SplitLines(Run(WithData({"--format", "tsv"}), broken).out);
+  ExpectTiling(TsvTokens({rows.begin(), rows.end() - 1}), broken, 5, "malformed");
+  std::string joined;
+  for (const Token& t : json) joined += t.word;
+  EXPECT_EQ("中国\uFFFD人民", joined);
+}
+
+// --delimiter and --boundary change the text without touching the data.
+TEST_F(ZivorCliTest, DelimiterAndBoundaryReplaceTheConfiguredOnes) {
+  const std::string input = testutil::Lines({kSentences[0], kSentences[1]});  // no blanks
+  const std::string plain = Run(WithData({}), input).out;
+  const CliRun run = Run(WithData({"--delimiter", "_", "--boundary", "|"}), input);
+  ASSERT_EQ(0, run.status) << run.err;
+  std::string expected = plain;
+  std::replace(expected.begin(), expected.end(), '/', '_');
+  std::replace(expected.begin(), expected.end(), ' ', '|');
+  EXPECT_EQ(expected, run.out);
+  const CliRun tab = Run(WithData({"--boundary", "\\t", "--no-tags"}), "中国人民\n");
+  EXPECT_EQ("中国\t人民\t\n", tab.out);
+  EXPECT_EQ(plain, Run(WithData({}), input).out);
+}
+
+// Directories stand for the files below them, in path order; "-" is
+// standard input; -o writes where it is told and never over an input.
+TEST_F(ZivorCliTest, DirectoriesStandardInputAndOutputFiles) {
+  fs::create_directories(work_.File("dir/sub"));
+  fs::create_directories(work_.File("empty"));
+  testutil::WriteFile(work_.File("dir/b.txt"), "北京\n");
+  testutil::WriteFile(work_.File("dir/a.txt"), "中国\n");
+  testutil::WriteFile(work_.File("dir/sub/c.txt"), std::string(kEconomyStudents) + "\n");
+  const CliRun run = Run(WithData({"--no-tags", "dir", "-", "dir/a.txt"}), "人民\n");
+  EXPECT_EQ(0, run.status) << run.err;
+  EXPECT_EQ("中国 \n北京 \n" + std::string(ZIVOR_ParagraphProcess(kEconomyStudents, 0)) +
+                "\n人民 \n中国 \n",
+            run.out);
+  const CliRun prints = Run(WithData({"--fingerprint", "dir"}));
+  EXPECT_EQ(0, prints.status) << prints.err;
+  const std::vector<std::string> lines = SplitLines(prints.out);
+  ASSERT_EQ(3u, lines.size()) << prints.out;
+  EXPECT_NE(std::string::npos, lines[2].find("\tdir/sub/c.txt")) << lines[2];
+  const CliRun keywords = Run(WithData({"--keywords", "1", "dir/sub"}));
+  EXPECT_EQ("经济学生\tdir/sub/c.txt\n", keywords.out);
+  const CliRun empty = Run(WithData({"empty"}));
+  EXPECT_EQ(0, empty.status);
+  EXPECT_EQ("", empty.out);
+  EXPECT_EQ("zivor: empty holds no files\n", empty.err);
+
+  const CliRun written = Run(WithData({"--no-tags", "-o", "out.txt", "dir/a.txt"}));
+  EXPECT_EQ(0, written.status) << written.err;
+  EXPECT_EQ("", written.out);
+  EXPECT_EQ("中国 \n", testutil::ReadFileBytes(work_.File("out.txt")));
+  const CliRun over = Run(WithData({"-o", "dir/a.txt", "dir"}));
+  EXPECT_EQ(1, over.status);
+  EXPECT_EQ("zivor: the output dir/a.txt is also an input\n", over.err);
+  EXPECT_EQ("中国\n", testutil::ReadFileBytes(work_.File("dir/a.txt")));
+  const CliRun nowhere = Run(WithData({"-o", "no/such/dir.txt", "dir"}));
+  EXPECT_EQ(1, nowhere.status);
+  EXPECT_EQ("zivor: cannot write no/such/dir.txt: No such file or directory\n", nowhere.err);
+}
+
+// A run keeps what it writes in the state directory, the new-word log the
+// library opens included; and a dictionary the data itself holds is loaded although
+// its configuration leaves the user dictionary off.
+TEST_F(ZivorCliTest, WritesGoToTheStateDirectoryAndTheDatasDictionaryIsLoaded) {
+  testutil::TempDir own;
+  ASSERT_TRUE(BuildData(own.path()));
+  const std::string data = own.File("Data");
+  testutil::WriteFile(work_.File("words.txt"), "经济发展 nz\n");
+  // The data's own dictionary, saved as a program using the library would.
+  const CliRun saved = Run({"-d", own.path(), "--import-user-dict", "words.txt"});
+  ASSERT_EQ(0, saved.status) << saved.err;
+  fs::copy_file(StateOf(data) + "/UserDict.pdat", data + "/UserDict.pdat",
+                fs::copy_options::overwrite_existing);
+  fs::remove_all(state_.path());
+  EXPECT_EQ("我们/rr 要/v 经济发展/nz 。/wj \n", Run({"-d", own.path()}, "我们要经济发展。\n").out);
+
+  const CliRun words = Run({"-d", own.path(), "--new-words"}, testutil::Lines({kEconomyStudents, kMarketBanks}));
+  ASSERT_EQ(0, words.status) << words.err;
+  EXPECT_FALSE(fs::exists(data + "/NewWord.lst"));
+  EXPECT_TRUE(fs::exists(StateOf(data) + "/NewWord.lst"));
+  for (const auto& entry : fs::directory_iterator(work_.path())) {
+    EXPECT_EQ("words.txt", entry.path().filename()) << "written into the working directory";
+  }
+}
+
 }  // namespace
+

@@ -54,6 +54,7 @@ bool ExpandInputs(const std::vector<std::string>& names, std::vector<InputFile>*
     }
     std::vector<std::string> files;
     complete = Walk(name, &files) && complete;
+    if (files.empty()) fprintf(stderr, "zivor: %s holds no files\n", name.c_str());
     std::sort(files.begin(), files.end());
     for (const std::string& file : files) inputs->push_back({file, AbsolutePath(file)});
   }
