@@ -4,6 +4,8 @@ set -euo pipefail
 # clang-14 and its runtimes (libFuzzer, the sanitizers) build the fuzz harnesses.
 packages=(cmake make g++ g++-multilib googletest libgtest-dev libgmock-dev libbenchmark-dev
           clang-14 libclang-rt-14-dev)
+# The Java bindings and their JUnit tests.
+packages+=(default-jdk-headless junit4)
 # The Python package: its install (pip, setuptools, wheel), its tests (pytest)
 # and the Dask scale-out, all for Debian's /usr/bin/python3.
 packages+=(python3-pip python3-setuptools python3-wheel python3-pytest python3-dask
