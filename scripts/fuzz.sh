@@ -16,7 +16,8 @@
 # $ZIVOR_FUZZ_WORK/<harness>/corpus (default ZIVOR_FUZZ_WORK:
 # ${TMPDIR:-/tmp}/zivor-fuzz), which keeps growing from run to run; the
 # library's log goes to <harness>/run and what a harness finds to
-# <harness>/findings/<date-time>. With --runs a fresh working directory is
+# <harness>/findings/<date-time>. ZIVOR_FUZZ_OPTIONS adds libFuzzer options
+# (for example -len_control=0 to try long inputs at once). With --runs a fresh working directory is
 # used, and removed unless something was found. The exit status is 1 when any
 # harness found anything.
 set -euo pipefail
@@ -93,8 +94,8 @@ summarise() {
   printf '%-10s %10s executions  %-22s %s finding(s)  %4d s\n' "$h" "${execs:-?}" \
     "${cov:-cov: ?}" "$found" "$took"
   if ((found)); then
-    grep -a -E '^==zivor-fuzz==|^SUMMARY:|ERROR: (AddressSanitizer|LeakSanitizer|libFuzzer)|runtime error' \
-      "$log" | head -5 | sed 's/^/    /'
+    local report='^==zivor-fuzz==|^SUMMARY:|ERROR: (Address|Leak)Sanitizer|ERROR: libFuzzer'
+    grep -a -E "$report|runtime error" "$log" | head -5 | sed 's/^/    /'
     find "$findings" -type f | sed 's/^/    input: /'
   fi
 }
@@ -108,6 +109,8 @@ fuzz_one() {
   local findings="$dir/findings/$stamp"
   mkdir -p "$dir/corpus" "$findings" "$dir/run"
   local common=(-timeout=25 -print_final_stats=1 "-artifact_prefix=$findings/")
+  # shellcheck disable=SC2206
+  common+=(${ZIVOR_FUZZ_OPTIONS:-})
   local status=0
   local regressions=("$root/fuzz/regressions/$h"/*)
   if [[ -e ${regressions[0]} ]]; then
@@ -128,6 +131,7 @@ fuzz_one() {
   (cd "$dir/run" && "$binary" "${common[@]}" $(harness_options "$h") "${budget[@]}" \
     "$dir/corpus" "$root/fuzz/corpus/$h") >"$dir/fuzz.log" 2>&1 || status=1
   summarise "$h" "$dir/fuzz.log" "$findings" $((SECONDS - start))
+  rmdir "$findings" 2>/dev/null || true  # nothing found
   return $status
 }
 
