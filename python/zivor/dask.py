@@ -5,10 +5,10 @@
     import zivor.dask
 
     client = Client("tcp://scheduler:8786")
-    zivor.dask.register(client)                 # optional: initialise every worker now
-    docs = db.read_text("hdfs:///news/*.txt")   # one document a line
-    words = zivor.dask.cut_bag(docs)            # a bag of word lists
-    words.compute()
+    zivor.dask.register(client)       # optional: initialise every worker now
+    docs = db.read_text("/shared/news/*.txt").map(str.rstrip)  # a document a line
+    words = zivor.dask.cut_bag(docs)  # a bag of word lists
+    words.take(3)
 
 Every worker process initialises ZIVOR once, on its first task (or when
 register() runs), and its threads then analyse in parallel. The package
