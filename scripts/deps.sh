@@ -10,6 +10,8 @@ packages+=(default-jdk-headless junit4)
 # and the Dask scale-out, all for Debian's /usr/bin/python3.
 packages+=(python3-pip python3-setuptools python3-wheel python3-pytest python3-dask
            python3-distributed python3-pandas)
+# The install test builds a C program against the installed library through pkg-config.
+packages+=(pkgconf)
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

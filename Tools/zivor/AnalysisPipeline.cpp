@@ -1,5 +1,6 @@
 #include "AnalysisPipeline.h"
 
+#include <exception>
 #include <utility>
 
 #include "Progress.h"
@@ -24,11 +25,17 @@ AnalysisPipeline::~AnalysisPipeline() {
 }
 
 void AnalysisPipeline::Analyse(Batch* batch) const {
-  for (const Piece& piece : batch->pieces) {
-    if (!formatter_.Append(piece, &batch->output)) {
-      batch->failed = true;
-      return;
+  try {
+    for (const Piece& piece : batch->pieces) {
+      if (!formatter_.Append(piece, &batch->output)) {
+        batch->failed = true;
+        return;
+      }
     }
+  } catch (const std::exception& e) {  // the output of a piece did not fit in memory
+    batch->failed = true;
+    batch->output.clear();
+    batch->error = e.what();
   }
 }
 
@@ -84,8 +91,12 @@ bool AnalysisPipeline::Write(const Batch& batch) {
   fwrite(batch.output.data(), 1, batch.output.size(), out_);
   if (batch.failed) {
     fflush(out_);
-    fprintf(stderr, "zivor: the analysis failed; the reason is in %s\n",
-            LibraryLogPath().c_str());
+    if (batch.error.empty()) {
+      fprintf(stderr, "zivor: the analysis failed; the reason is in %s\n",
+              LibraryLogPath().c_str());
+    } else {
+      fprintf(stderr, "zivor: the analysis stopped: %s\n", batch.error.c_str());
+    }
     failed_ = true;
     return false;
   }

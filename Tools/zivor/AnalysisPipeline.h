@@ -52,6 +52,7 @@ class AnalysisPipeline {
     int64_t bytes = 0;
     std::string output;
     bool failed = false;
+    std::string error;  // why, when not the library's analysis
     bool done = false;
   };
 

@@ -49,8 +49,13 @@ std::vector<std::string> LogMark::Messages(size_t limit) const {
   return messages;
 }
 
-std::string LogMark::Reason() const {
+std::string LogMark::Reason(const std::string& given, const std::string& named) const {
   std::string reason;
   for (const std::string& message : Messages()) reason += (reason.empty() ? "" : "; ") + message;
-  return reason.empty() ? "see " + path_ : reason;
+  if (reason.empty()) return "see " + path_;
+  for (size_t at = given.empty() ? std::string::npos : reason.find(given); at != std::string::npos;
+       at = reason.find(given, at + named.size())) {
+    reason.replace(at, given.size(), named);
+  }
+  return reason;
 }

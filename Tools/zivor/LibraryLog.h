@@ -23,8 +23,10 @@ class LogMark {
   // /usr/share/zivor/Data/CoreDict.pdat"); at most the last `limit`.
   std::vector<std::string> Messages(size_t limit = 5) const;
 
-  // The messages joined by "; ", or a pointer to the log when there are none.
-  std::string Reason() const;
+  // The messages joined by "; ", or a pointer to the log when there are none;
+  // each mention of `given` (a path the library was handed for the user's
+  // own, a private copy say) reads `named` instead.
+  std::string Reason(const std::string& given = "", const std::string& named = "") const;
 
  private:
   std::string path_;

@@ -73,16 +73,6 @@ bool HasTables(const std::string& data, const Encoding& encoding) {
   return true;
 }
 
-// `text` with every mention of the staged data directory replaced by the
-// real one, which is the one the user knows.
-std::string Unstaged(std::string text, const std::string& staged, const std::string& real) {
-  for (size_t at = text.find(staged); at != std::string::npos; at = text.find(staged, at)) {
-    text.replace(at, staged.size(), real);
-    at += real.size();
-  }
-  return text;
-}
-
 std::string ExecutableDir() {
   std::error_code ec;
   const fs::path exe = fs::read_symlink("/proc/self/exe", ec);
@@ -130,7 +120,7 @@ bool Session::Initialise(const Options& options) {
   const LogMark mark;
   if (!ZIVOR_Init(stage_.dir().c_str(), options.encoding.code)) {
     return Report("cannot initialise from " + data + ": " +
-                  Unstaged(mark.Reason(), DataDir(stage_.dir()), data));
+                  mark.Reason(DataDir(stage_.dir()), data));
   }
   started_ = true;
   return HasTables(data, options.encoding);

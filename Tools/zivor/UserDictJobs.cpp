@@ -28,7 +28,7 @@ bool Import(const std::string& file, const Options& options, const DataStage& st
   const unsigned int count = ZIVOR_ImportUserDict(gbk.path().c_str());
   if (count == 0) {
     fprintf(stderr, "zivor: cannot import the user dictionary %s: %s\n", file.c_str(),
-            mark.Reason().c_str());
+            mark.Reason(gbk.path(), file).c_str());
     return false;
   }
   fprintf(stderr, "zivor: imported %u words from %s, saved as %s\n", count, file.c_str(),

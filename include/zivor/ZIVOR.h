@@ -22,6 +22,12 @@
  *             working directory. No C++ exception leaves the library, and
  *             every call before ZIVOR_Init or after ZIVOR_Exit returns its
  *             failure value.
+ *   Files     the library reads the data directory given to ZIVOR_Init and
+ *             writes into it only the new-word log NewWord.lst (opened by
+ *             ZIVOR_Init, appended by ZIVOR_GetNewWords) and UserDict.pdat
+ *             (written by the calls that import or save the user
+ *             dictionary). A read-only data directory works: those writes
+ *             then fail, are logged, and the calls say so by their values.
  *   Threads   ZIVOR_Init and ZIVOR_Exit run alone. The analysis, keyword and
  *             new-word calls may run on any number of threads at once; the
  *             calls marked "one thread at a time" share the main instance
@@ -52,7 +58,9 @@ extern "C" {
  * Initialisation and exit.
  *
  * ZIVOR_Init loads the data directory `sInitDirPath`/Data (null or empty: the
- * current working directory) as "Data/Configure.xml" describes it. `encode`
+ * current working directory) as "Data/Configure.xml" describes it; an
+ * installed library's data lies in PREFIX/share/zivor (pkg-config's
+ * "datadir" variable, CMake's ZIVOR_DATA_DIR). `encode`
  * is the caller's encoding, that of every text passed to and returned by the
  * calls below:
  *   0  GBK (the analysis's own encoding: nothing is converted);
