@@ -263,17 +263,6 @@ void CheckResultText(const std::string& text, const std::vector<result_t>& recor
   }
 }
 
-// Whether the tags of the records can be compared with those of the result
-// text. The tag of a user word may hold any characters; in the encodings the
-// translator converts, the result text gives it in the caller's encoding but
-// the records keep it in GBK.
-bool TagsComparable(const std::vector<result_t>& records, int encoding) {
-  if (encoding != kUTF8 && encoding != kBIG5 && encoding != kGBKC) return true;
-  return std::none_of(records.begin(), records.end(), [](const result_t& r) {
-    return std::any_of(r.sPOS, r.sPOS + strlen(r.sPOS),
-                       [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
-  });
-}
 
 }  // namespace
 
@@ -284,7 +273,7 @@ void AnalyseAndCheck(const std::string& text, int encoding) {
   const std::string boundary = tiles ? WordBoundary() : "";
   CheckResultText(text, withUserDict, false, tiles ? &boundary : nullptr);
   CheckResultText(text, withUserDict, true,
-                  tiles && TagsComparable(withUserDict, encoding) ? &boundary : nullptr);
+                  tiles ? &boundary : nullptr);
   // The count-and-copy pair analyses on the main instance, with the user
   // dictionary: the same records.
   const int count = ZIVOR_GetParagraphProcessAWordCount(text.c_str());

@@ -318,6 +318,11 @@ TEST_F(EncodingTest, WordQueriesAndUserWordsTakeTheCallersText) {
   EXPECT_EQ((Word{"区块链", "nz"}), words[0]);
   EXPECT_GE(ZIVOR_DelUsrWord("区块链"), 0);
   EXPECT_EQ(-1, ZIVOR_DelUsrWord("区块链"));
+  // A tag of any characters comes back in the caller's encoding, in the
+  // records as in the text.
+  ASSERT_EQ(1, ZIVOR_AddUserWord("云计算 技术词"));
+  EXPECT_EQ((Word{"云计算", "技术词"}), Records("云计算")[0]);
+  EXPECT_EQ("云计算/技术词 ", std::string(ZIVOR_ParagraphProcess("云计算", 1)));
 }
 
 // A line longer than the file reader's piece is cut between characters, so

@@ -236,7 +236,31 @@ void CMainSystem::MapRecordsToCaller(result_t* pRecords, int nCount) const {
     const int to = clamp(static_cast<long long>(record.start) + std::max(record.length, 0));
     record.start = m_vecTransOffsets[static_cast<size_t>(from)];
     record.length = m_vecTransOffsets[static_cast<size_t>(to)] - record.start;
+    TranslateTagName(&record);
   }
+}
+
+// A user word's tag may hold any characters: the record gives it in the
+// caller's encoding, as the result text does, cut to the field between
+// characters.
+void CMainSystem::TranslateTagName(result_t* pRecord) const {
+  char* tag = pRecord->sPOS;
+  const size_t length = strnlen(tag, sizeof pRecord->sPOS);
+  if (std::all_of(tag, tag + length, [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+    return;
+  }
+  std::string converted;
+  m_pCodeTranslator->FromGBK(tag, length, &converted);
+  const TextLayout layout = m_pCodeTranslator->Layout();
+  size_t kept = 0;
+  while (kept < converted.size()) {
+    const size_t next = kept + static_cast<size_t>(
+                                   ScanChar(layout, converted.data() + kept, converted.size() - kept).len);
+    if (next > sizeof pRecord->sPOS - 1) break;
+    kept = next;
+  }
+  memset(tag, 0, sizeof pRecord->sPOS);
+  memcpy(tag, converted.data(), kept);
 }
 
 int CMainSystem::ProcessAtomEx(const char* sLine, bool bPOStagged, bool bUserDict,

@@ -330,8 +330,9 @@ class CMainSystem {
   // nOffset.
   int CallerOffset(int nAnalysed) const;
   bool StartsWithMark(const char* sText, int nLen, int nOffset) const;
-  // Record offsets from the GBK text to the caller's text.
+  // Record offsets (and user tags) from the GBK text to the caller's text.
   void MapRecordsToCaller(result_t* pRecords, int nCount) const;
+  void TranslateTagName(result_t* pRecord) const;
 
   pthread_cond_t m_idle;  // signalled when m_bProcessing is cleared
 
