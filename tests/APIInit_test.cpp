@@ -138,13 +138,30 @@ TEST_F(InitTest, EachRequiredPseudoWordIsChecked) {
     EXPECT_FALSE(Init()) << missing;
     EXPECT_EQ("The Core Dictionary has been destroyed! \n", TakeLog());
   }
-  // The quotation marks, the dash and "一" may be absent.
+  // The quotation marks, the dash and "一" may be absent; the frequency
+  // tables, built for another dictionary, are then refused.
   WriteDictionary(all);
-  ASSERT_TRUE(Init());
+  EXPECT_FALSE(Init());
+  EXPECT_EQ(OpenFailure(DataFile("CoreDict.unig")), TakeLog());
   EXPECT_GE(gUnknown_nz_ID, 0);
   for (int handle : {gQuatation_LD_ID, gQuatation_RD_ID, gQuatation_LS_ID, gQuatation_RS_ID,
                      gPunctation_WP_ID, gOneID})
     EXPECT_EQ(-1, handle);
+}
+
+// Every table indexed by the dictionary's handles must be built for it: the
+// shipped data's tables, put beside the mini set's dictionary, would answer
+// for the wrong words.
+TEST_F(InitTest, TablesOfAnotherDictionaryAreRefused) {
+  for (const char* table : {"CoreDict.unig", "BiWord.big", "CoreDict.pos", "nr.role"}) {
+    const std::string own = testutil::ReadFileBytes(DataFile(table));
+    fs::copy_file(std::string(ZIVOR_SOURCE_DIR) + "/Data/" + table, DataFile(table),
+                  fs::copy_options::overwrite_existing);
+    EXPECT_FALSE(Init()) << table;
+    EXPECT_EQ(OpenFailure(DataFile(table)), TakeLog());
+    testutil::WriteFile(DataFile(table), own);
+  }
+  EXPECT_TRUE(Init());
 }
 
 TEST_F(InitTest, SwitchedOffStagesNeedNoData) {

@@ -244,19 +244,31 @@ bool ResolvePseudoWords() {
   return complete;
 }
 
+// The tables indexed by the core dictionary's handles are built for one
+// dictionary: a table whose bound is another's comes from another build of
+// the data and would answer for the wrong words.
+bool BuiltForTheDictionary(int bound, const char* name) {
+  if (bound == g_pCoreDict->GetLowerBound()) return true;
+  LogWithPath("Cannot open file ", DataFile(name));
+  return false;
+}
+
 // Character types, core dictionary, pseudo-words, unigram and bigram tables.
 bool LoadCoreResources() {
   return LoadRequired(g_pCharset, "charset.type", "Cannot build object CCharset") &&
          LoadRequired(g_pCoreDict, "CoreDict.pdat", "Cannot build object CPDAT ") &&
          ResolvePseudoWords() &&
          LoadRequired(g_pUnigram, "CoreDict.unig", "Cannot build object CUnigram! ") &&
-         LoadRequired(g_pBiDict, "BiWord.big", "Cannot build object CBigram! ");
+         BuiltForTheDictionary(g_pUnigram->GetBound(), "CoreDict.unig") &&
+         LoadRequired(g_pBiDict, "BiWord.big", "Cannot build object CBigram! ") &&
+         BuiltForTheDictionary(g_pBiDict->GetBound(), "BiWord.big");
 }
 
 // The core tag lexicon, the tag statistics and the four tag maps
 // (filled in the order 0, 3, 1, 2).
 bool LoadTagger() {
   if (!LoadRequired(g_pCorePOS, "CoreDict.pos", nullptr) ||
+      !BuiltForTheDictionary(g_pCorePOS->GetBound(), "CoreDict.pos") ||
       !LoadRequired(g_pPOSContext, "ZIVOR.ctx", nullptr, false)) {
     return false;
   }
@@ -273,6 +285,7 @@ bool LoadTagger() {
 // Role lexicon, role statistics and the name automaton.
 bool LoadPersonRecognition() {
   return LoadRequired(g_pPersonRole, "nr.role", nullptr) &&
+         BuiltForTheDictionary(g_pPersonRole->GetBound(), "nr.role") &&
          LoadRequired(g_pPersonContext, "nr.ctx", nullptr, false) &&
          LoadRequired(g_pPersonFSA, "nr.fsa", nullptr);
 }

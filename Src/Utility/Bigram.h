@@ -38,6 +38,8 @@ class CBigram {
   int GetFreq(int handle1, int handle2) const;
   // Number of stored pairs.
   int GetItemCount() const { return m_nSize; }
+  // The highest handle the table is built for: its dictionary's bound.
+  int GetBound() const { return m_nBound; }
 
   // Binary file. Load replaces the table; it returns false, keeping the old
   // table, when the file cannot be opened, a count is negative, the file is

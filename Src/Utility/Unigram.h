@@ -24,6 +24,8 @@ class CUnigram {
   int GetTotalFreq() const { return m_nTotal; }
   // Number of imported lines of known words.
   int GetItemCount() const { return m_nSize; }
+  // The highest handle the table is built for: its dictionary's bound.
+  int GetBound() const { return m_nBound; }
 
   // Binary file. Load replaces the table; it returns false, keeping the old
   // table, when the file cannot be opened, a count is negative (the highest
