@@ -12,6 +12,8 @@ packages+=(python3-pip python3-setuptools python3-wheel python3-pytest python3-d
            python3-distributed python3-pandas)
 # The install test builds a C program against the installed library through pkg-config.
 packages+=(pkgconf)
+# The general word list the data build adds to the dictionary (Data/LEXICON.md).
+packages+=(python3-jieba)
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

@@ -178,4 +178,108 @@ TEST_F(ModelBuilderTest, DroppedWordsAreCountedAsTheirLongestKnownParts) {
   EXPECT_EQ(tags[0].POS_id, map.GetID("n"));
 }
 
+// A general word list: the entry of each line names the filter it meets.
+const char* const kLexicon[] = {
+    "湿地 1194 z",       // new: added, tag z never seen in the corpus -> n
+    "洛阳 300 ns",       // new: added, tag ns as the corpus tags 中国 北京 上海
+    "中国话 5 n",        // one known multi-character piece: added
+    "中国 100 n",        // known: keeps the corpus's count and tags
+    "北京 50 ns",        // known
+    "王小明 50 nr",      // person name
+    "曹锟 141 nrt",      // person name
+    "三十 10 m",         // numeral
+    "B超 3 n",           // not Chinese throughout
+    "鼎 9 n",            // one character
+    "中国人民 20 nt",    // 中国 + 人民
+    "人民广播 4 n",      // 人民 + 广播
+    "我们是 3 l",        // written 我们 是 in the corpus
+    "新发展 3 n",        // written 新 发展 in the corpus
+    "",
+    "湿地 7 v",          // listed twice: the first line counts
+};
+
+class LexiconBuildTest : public ModelBuilderTest {
+ protected:
+  std::string BuildWithLexicon(const std::string& name) {
+    std::string lexicon;
+    for (const char* line : kLexicon) lexicon += std::string(line) + "\n";
+    testutil::WriteFile(dir_.File("lexicon.txt"), lexicon);
+    return Build(name, {"--lexicon", dir_.File("lexicon.txt")});
+  }
+};
+
+TEST_F(LexiconBuildTest, OnlyNewWordsThatTheCorpusWouldNotSplitAreAdded) {
+  const std::string out = BuildWithLexicon("lexicon");
+  const std::string plain = Build("plain");
+  CPDAT dict, plain_dict;
+  CUnigram unigram, plain_unigram;
+  ASSERT_TRUE(dict.Load((out + "/CoreDict.pdat").c_str()) &&
+              unigram.Load((out + "/CoreDict.unig").c_str()) &&
+              plain_dict.Load((plain + "/CoreDict.pdat").c_str()) &&
+              plain_unigram.Load((plain + "/CoreDict.unig").c_str()));
+  for (const char* word : {"湿地", "洛阳", "中国话"}) {
+    EXPECT_EQ(plain_dict.Find(Gbk(word).c_str()), -1) << word;
+    const int handle = dict.Find(Gbk(word).c_str());
+    ASSERT_GT(handle, 0) << word;
+    EXPECT_EQ(unigram.GetFreq(handle), 1) << word;
+  }
+  for (const char* word : {"王小明", "曹锟", "三十", "b超", "中国人民", "人民广播", "我们是",
+                           "新发展"}) {
+    EXPECT_EQ(dict.Find(Gbk(word).c_str()), -1) << word;
+  }
+  EXPECT_EQ(dict.GetItemCount(), plain_dict.GetItemCount() + 3);
+  const std::string known = Gbk("中国");
+  EXPECT_EQ(unigram.GetFreq(dict.Find(known.c_str())),
+            plain_unigram.GetFreq(plain_dict.Find(known.c_str())));
+  EXPECT_EQ(unigram.GetTotalFreq(), plain_unigram.GetTotalFreq() + 3);
+}
+
+TEST_F(LexiconBuildTest, TagsFollowHowTheCorpusTagsTheListsKnownWords) {
+  const std::string out = BuildWithLexicon("lexicon");
+  CPDAT dict;
+  CPOS lexicon;
+  CPOSmap map;
+  ASSERT_TRUE(dict.Load((out + "/CoreDict.pdat").c_str()) &&
+              lexicon.Load((out + "/CoreDict.pos").c_str()) &&
+              map.Load((out + "/ZIVOR.map").c_str()));
+  // 中国 is listed as n but the corpus tags it ns: the list's n means ns.
+  const std::pair<const char*, const char*> expected[] = {
+      {"湿地", "n"}, {"洛阳", "ns"}, {"中国话", "ns"}, {"中国", "ns"}};
+  for (const auto& [word, tag] : expected) {
+    int count = 0;
+    const POS_info* tags = lexicon.GetPOS(dict.Find(Gbk(word).c_str()), &count);
+    ASSERT_EQ(count, 1) << word;
+    EXPECT_EQ(tags[0].POS_id, map.GetID(tag)) << word;
+  }
+}
+
+TEST_F(LexiconBuildTest, SameListGivesTheSameBytes) {
+  const std::string a = BuildWithLexicon("a"), b = BuildWithLexicon("b");
+  for (const char* file : kTrainedFiles) {
+    EXPECT_EQ(testutil::ReadFileBytes(a + "/" + file), testutil::ReadFileBytes(b + "/" + file))
+        << file;
+  }
+}
+
+TEST_F(LexiconBuildTest, MalformedOrMissingListStopsTheBuild) {
+  const std::string out = dir_.File("bad");
+  mkdir(out.c_str(), 0755);
+  for (const char* file : {"charset.type", "ZIVOR.map"}) {
+    testutil::WriteFile(out + "/" + file,
+                        testutil::ReadFileBytes(std::string(ZIVOR_SOURCE_DIR) + "/Data/" + file));
+  }
+  for (const char* list : {"湿地\n", "湿地 many n\n", "湿地 -3 n\n", "湿地 12x n\n"}) {
+    testutil::WriteFile(dir_.File("bad.txt"), list);
+    const testutil::ToolRun run = testutil::RunTool(
+        ZIVOR_DATA_TOOL,
+        {"model", "--corpus", Corpus(), "--out", out, "--lexicon", dir_.File("bad.txt")});
+    EXPECT_NE(run.status, 0) << list;
+    EXPECT_NE(run.err.find("bad.txt:1"), std::string::npos) << run.err;
+  }
+  EXPECT_NE(testutil::RunDataTool({"model", "--corpus", Corpus(), "--out", out, "--lexicon",
+                                   dir_.File("absent.txt")}),
+            0);
+  EXPECT_EQ(testutil::FileSize(out + "/CoreDict.pdat"), -1);
+}
+
 }  // namespace
