@@ -32,6 +32,7 @@ run_variant() {
 
 variants=${*:-normal asan tsan m32 fuzz}
 for v in $variants; do
+  started=$SECONDS
   case $v in
     normal) run_variant normal "" "" -DCMAKE_BUILD_TYPE=Release ;;
     asan)   ASAN_OPTIONS=detect_leaks=1 run_variant asan "" "" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
@@ -42,5 +43,6 @@ for v in $variants; do
     fuzz)   ZIVOR_FUZZ_BUILD="$root/build-ci-fuzz" "$root/scripts/fuzz.sh" --ci ;;
     *) echo "unknown variant $v" >&2; exit 2 ;;
   esac
+  echo "=== $v done in $((SECONDS - started)) s ==="
 done
 echo "all test variants passed"
