@@ -219,17 +219,6 @@ TEST_F(ApiTest, ResultTextAndRecordsDescribeTheSameWords) {
   }
 }
 
-TEST_F(ApiTest, SegmentsTagsAndRecognisesNamesOnTheMiniData) {
-  ASSERT_TRUE(Init());
-  const struct { const char *text, *tagged; } cases[] = {
-      {"中国人民热爱和平。", "中国/ns 人民/n 热爱/v 和平/n 。/wj "},
-      {"结婚的和尚未结婚的", "结婚/v 的/ude1 和/cc 尚未/d 结婚/v 的/ude1 "},  // bigram settles it
-      {"记者王伟报道", "记者/n 王伟/nr 报道/v "}};  // surname + given name
-  for (const auto& c : cases) EXPECT_EQ(c.tagged, Utf8(ZIVOR_ParagraphProcess(Gbk(c.text).c_str(), 1)));
-  const std::string tagged = Utf8(ZIVOR_ParagraphProcess(Gbk("他们说杨平教授研究文化。").c_str(), 1));
-  EXPECT_NE(std::string::npos, tagged.find("杨平/nr")) << tagged;
-}
-
 TEST_F(ApiTest, WordQueries) {
   ASSERT_TRUE(Init());
   for (const char* word : {"中国", "未##人"}) EXPECT_TRUE(ZIVOR_IsWord(Gbk(word).c_str())) << word;
@@ -292,19 +281,6 @@ TEST_F(ApiTest, AnyBytesAreAnalysedWithoutHarm) {
   int count = -1;
   ZIVOR_ParagraphProcessA("", &count, false);
   EXPECT_EQ(0, count);
-}
-
-class ApiUntaggedTest : public testutil::LibraryTest {
-  testutil::MiniDataOptions Options() const override {
-    testutil::MiniDataOptions options;
-    options.tagger = false;
-    return options;
-  }
-};
-
-TEST_F(ApiUntaggedTest, TaggerOffWritesNoTagsEvenWhenAsked) {
-  ASSERT_TRUE(Init());
-  EXPECT_EQ("中国 人民 热爱 和平 。 ", Utf8(ZIVOR_ParagraphProcess(Gbk("中国人民热爱和平。").c_str(), 1)));
 }
 
 }  // namespace

@@ -181,47 +181,34 @@ TEST_F(CodeTablesBuilt, Utf8MapsEveryGbkCharacterBothWays) {
   }
 }
 
-TEST_F(CodeTablesBuilt, Big5CharactersBecomeSimplified) {
-  const Direction toGbk = Tables("BIG5", "BIG2GBK.map", "GBK");
-  EXPECT_EQ(Gbk("国"), toGbk.Translate(Big5("國")));
-  EXPECT_EQ(Gbk("么"), toGbk.Translate(Big5("麼")));
-  EXPECT_EQ(Gbk("中"), toGbk.Translate(Big5("中")));
-  EXPECT_EQ(Gbk("中"), toGbk.Translate(kSecondCodeOfZhong));
-  // The Taiwan form 著 is read as 着, except in the phrases that keep it.
-  EXPECT_EQ(Gbk("着"), toGbk.Translate(Big5("著")));
-  EXPECT_EQ(Gbk("著作"), toGbk.Translate(Big5("著作")));
-}
-
-TEST_F(CodeTablesBuilt, PhrasesOnlyWhereCharactersDiffer) {
-  const Direction toGbk = Tables("BIG5", "BIG2GBK.map", "GBK");
-  EXPECT_EQ(Gbk("干燥"), toGbk.Translate(Big5("乾燥")));
-  EXPECT_EQ(kAbsent, toGbk.Translate(Big5("國頭")));      // 国头 character by character
-  EXPECT_EQ(kAbsent, toGbk.Translate(Big5("乾乾淨淨")));  // four characters to two
-  const Direction toBig5 = Tables("GBK", "GBK2BIG.map", "BIG5");
-  EXPECT_EQ(Big5("頭髮"), toBig5.Translate(Gbk("头发")));
-}
-
-TEST_F(CodeTablesBuilt, GbkBecomesBig5WhereBig5HasAForm) {
-  const Direction toBig5 = Tables("GBK", "GBK2BIG.map", "BIG5");
-  EXPECT_EQ(Big5("國"), toBig5.Translate(Gbk("国")));
-  EXPECT_EQ(Big5("發"), toBig5.Translate(Gbk("发")));
-  EXPECT_EQ(Big5("著"), toBig5.Translate(Gbk("着")));  // Taiwan form: BIG5 lacks 着
-  EXPECT_EQ(kUnmapped, toBig5.Translate(Gbk("干")));   // neither 幹 nor 干 in BIG5
-}
-
-TEST_F(CodeTablesBuilt, StringsAddedAsTranslationsTranslateBack) {
-  // 乾頭 (from 干头) reads back as 乾头, which GBK's dictionary gains.
-  EXPECT_EQ(Gbk("乾头"), Tables("BIG5", "BIG2GBK.map", "GBK").Translate(Big5("乾頭")));
-  EXPECT_EQ(Big5("乾頭"), Tables("GBK", "GBK2BIG.map", "BIG5").Translate(Gbk("乾头")));
-  EXPECT_EQ(Gbk("乾頭"), Tables("GBK", "GBK2GBKC.map", "GBKC").Translate(Gbk("乾头")));
-}
-
-TEST_F(CodeTablesBuilt, GbkcKnowsEveryGbkCharacter) {
-  const Direction toGbk = Tables("GBKC", "GBKC2GBK.map", "GBK");
-  for (const std::string& c : Chars(kGbkChars)) EXPECT_TRUE(toGbk.Translates(Gbk(c))) << c;
-  EXPECT_EQ(Gbk("国"), toGbk.Translate(Gbk("國")));
-  EXPECT_EQ(Gbk("着"), toGbk.Translate(Gbk("著")));
-  EXPECT_EQ(Gbk("國"), Tables("GBK", "GBK2GBKC.map", "GBKC").Translate(Gbk("国")));
+// Each rule of the sources, by direction: BIG5 to GBK reads the Taiwan form
+// 著 as 着 except in the phrases that keep it, and takes a phrase only where
+// its characters differ (国头 goes character by character, four characters
+// to two never); GBK to BIG5 takes 著 for 着, which BIG5 lacks, and maps 干
+// to neither 幹 nor 干; strings added as translations (乾頭 from 干头) read
+// back as 乾头, which GBK's dictionary gains.
+TEST_F(CodeTablesBuilt, EachConversionRuleGivesItsTarget) {
+  const char* const kBig5ToGbk[] = {"BIG5", "BIG2GBK.map", "GBK"};
+  const char* const kGbkToBig5[] = {"GBK", "GBK2BIG.map", "BIG5"};
+  const char* const kGbkcToGbk[] = {"GBKC", "GBKC2GBK.map", "GBK"};
+  const char* const kGbkToGbkc[] = {"GBK", "GBK2GBKC.map", "GBKC"};
+  const struct { const char* const* tables; std::string source, target; } cases[] = {
+      {kBig5ToGbk, Big5("國"), Gbk("国")}, {kBig5ToGbk, Big5("麼"), Gbk("么")},
+      {kBig5ToGbk, Big5("中"), Gbk("中")}, {kBig5ToGbk, kSecondCodeOfZhong, Gbk("中")},
+      {kBig5ToGbk, Big5("著"), Gbk("着")}, {kBig5ToGbk, Big5("著作"), Gbk("著作")},
+      {kBig5ToGbk, Big5("乾燥"), Gbk("干燥")}, {kBig5ToGbk, Big5("國頭"), kAbsent},
+      {kBig5ToGbk, Big5("乾乾淨淨"), kAbsent}, {kBig5ToGbk, Big5("乾頭"), Gbk("乾头")},
+      {kGbkToBig5, Gbk("头发"), Big5("頭髮")}, {kGbkToBig5, Gbk("国"), Big5("國")},
+      {kGbkToBig5, Gbk("发"), Big5("發")}, {kGbkToBig5, Gbk("着"), Big5("著")},
+      {kGbkToBig5, Gbk("干"), kUnmapped}, {kGbkToBig5, Gbk("乾头"), Big5("乾頭")},
+      {kGbkToGbkc, Gbk("乾头"), Gbk("乾頭")}, {kGbkToGbkc, Gbk("国"), Gbk("國")},
+      {kGbkcToGbk, Gbk("國"), Gbk("国")}, {kGbkcToGbk, Gbk("著"), Gbk("着")}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.target, Tables(c.tables[0], c.tables[1], c.tables[2]).Translate(c.source))
+        << c.tables[1] << " " << Hex(c.source);
+  }
+  const Direction gbkcToGbk = Tables("GBKC", "GBKC2GBK.map", "GBK");
+  for (const std::string& c : Chars(kGbkChars)) EXPECT_TRUE(gbkcToGbk.Translates(Gbk(c))) << c;
 }
 
 TEST_F(CodeTablesBuilt, SameSourcesGiveTheSameBytes) {

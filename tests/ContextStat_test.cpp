@@ -2,9 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 #include <array>
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -14,14 +13,14 @@
 
 namespace {
 
+using testutil::Ints;
 using testutil::Lines;
 using testutil::ReadFileBytes;
+using testutil::SavedBytes;
 using testutil::TempDir;
 
 using uchar = unsigned char;
 constexpr double kFloor = 0.00001;
-
-using testutil::Ints;
 
 // Three symbols with F(0) = 10, C(0,1) = 5, T = 1000.
 void FillExample(CContextStat* stat) {
@@ -143,9 +142,8 @@ TEST(ContextStatTest, SaveWritesBothLayoutsAndLoadNeedsToBeTold) {
 
 TEST(ContextStatTest, CompanionTextIsExact) {
   TempDir dir;
-  testutil::WriteFile(dir.File("tags.map"), Lines({"begin", "end"}));
   CPOSmap map;
-  ASSERT_TRUE(map.Load(dir.File("tags.map").c_str()));
+  ASSERT_TRUE(map.Load(dir.Write("tags.map", Lines({"begin", "end"})).c_str()));
   CContextStat stat;
   ASSERT_TRUE(stat.SetSymbol(uchar{2}));
   ASSERT_TRUE(stat.Add(uchar{0}, uchar{0}, 1));
@@ -176,13 +174,11 @@ TEST(ContextStatTest, DamagedFilesAreRefusedAndTheTableKept) {
   FillExample(&stat);
   EXPECT_FALSE(stat.Load(dir.File("missing.ctx").c_str(), false));
   CPOSmap map;
-  ASSERT_TRUE(stat.Save(dir.File("t.ctx").c_str(), map));
-  const std::string good = ReadFileBytes(dir.File("t.ctx"));
+  const std::string good = SavedBytes(stat, map);
   Names names({"nr", "B", "E"});
   CContextStat named;
   ASSERT_TRUE(named.SetSymbol(3, names.pointers.data()));
-  ASSERT_TRUE(named.Save(dir.File("s.ctx").c_str(), map));
-  const std::string withNames = ReadFileBytes(dir.File("s.ctx"));
+  const std::string withNames = SavedBytes(named, map);
 
   // Offsets of the plain file: total 1, frequencies 5, matrix 17. Counts
   // that no longer add up: a cell, a frequency, the total; a short table;
@@ -203,11 +199,9 @@ TEST(ContextStatTest, DamagedFilesAreRefusedAndTheTableKept) {
 
   // No symbols at all is a table; negative counts that add up load, and
   // like a zero total they score the floor, never below it.
-  testutil::WriteFile(dir.File("none.ctx"), std::string(1, '\0') + Ints({0}));
-  EXPECT_TRUE(stat.Load(dir.File("none.ctx").c_str(), true));
+  EXPECT_TRUE(stat.Load(dir.Write("none.ctx", std::string(1, '\0') + Ints({0})).c_str(), true));
   EXPECT_EQ(stat.GetTableLen(), 0);
-  testutil::WriteFile(dir.File("neg.ctx"), "\x02" + Ints({0, 5, -5, 3, 2, -1, -4}));
-  EXPECT_TRUE(stat.Load(dir.File("neg.ctx").c_str(), false));
+  EXPECT_TRUE(stat.Load(dir.Write("neg.ctx", "\x02" + Ints({0, 5, -5, 3, 2, -1, -4})).c_str(), false));
   for (int a = 0; a < 2; ++a)
     for (int b = 0; b < 2; ++b) EXPECT_EQ(stat.GetContextPossibility(uchar(a), uchar(b)), kFloor);
 }
@@ -237,7 +231,7 @@ TEST(ContextStatTest, DataToolSumsCountLinesAndExportsThem) {
   EXPECT_NE(dump.find("No. 2=    2: " + row2), std::string::npos);
 
   for (const char* bad : {"n x 1", "n 4 1", "n v", "n v 1 2", "n v 1x", "n v 2147483648"}) {
-    testutil::WriteFile(dir.File("bad.txt"), Lines({bad}));
+    dir.Write("bad.txt", Lines({bad}));
     EXPECT_EQ(build("bad.txt", "bad.ctx"), 1) << bad;
   }
 }

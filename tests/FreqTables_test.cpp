@@ -18,7 +18,6 @@ using testutil::Gbk;
 // that no one-character word gets character index 0 (it could not be found).
 const char* const kWords[] = {"中国", "人民", "银行", "我", "的", "发展", "中心"};
 
-
 // A bigram file: 3 pairs, index bound 3; first handle 1 owns pairs 0..1 (the
 // second reaching the bound itself), handle 2 owns pair 2, handle 0 none.
 const std::vector<int> kTinyBigram = {3, 3, 0, 4, 3, 9, 1, 6, -1, -1, 0, 1, 2, 2};
@@ -35,10 +34,7 @@ class FreqTablesTest : public ::testing::Test {
 
   int H(const char* utf8) const { return dict_.Find(Gbk(utf8).c_str()); }
   std::string Path(const std::string& name) const { return dir_.File(name); }
-  std::string File(const std::string& name, const std::string& bytes) const {
-    testutil::WriteFile(Path(name), bytes);
-    return Path(name);
-  }
+  std::string File(const std::string& name, const std::string& bytes) const { return dir_.Write(name, bytes); }
   std::string Bad() const { return dir_.path() + "/no/dir/x"; }
 
   testutil::TempDir dir_;
@@ -80,18 +76,16 @@ TEST_F(FreqTablesTest, UnigramImportAndTheLineCountBound) {
 
 TEST_F(FreqTablesTest, UnigramSaveLoadAndDamagedFiles) {
   CUnigram unigram;
-  ASSERT_TRUE(unigram.Save(Path("empty.unig").c_str()));
-  EXPECT_EQ(testutil::FileSize(Path("empty.unig")), 12);
+  const std::string empty = File("empty.unig", testutil::SavedBytes(unigram));
+  EXPECT_EQ(testutil::FileSize(empty), 12);
   ASSERT_EQ(unigram.Import(File("c.txt", Gbk("中国 5\n人民 7\n")).c_str(), &dict_), 2);
-  ASSERT_TRUE(unigram.Save(Path("t.unig").c_str()));
-  const std::string good = testutil::ReadFileBytes(Path("t.unig"));
+  const std::string good = testutil::SavedBytes(unigram);
   EXPECT_EQ(good, testutil::Ints({2, bound_, 12, 0, 5, 7}) + std::string(4 * (bound_ - 2), '\0'));
 
   CUnigram loaded;
-  ASSERT_TRUE(loaded.Load(Path("t.unig").c_str()));
+  ASSERT_TRUE(loaded.Load(File("t.unig", good).c_str()));
   EXPECT_EQ(loaded.GetTotalFreq(), 12);
-  ASSERT_TRUE(loaded.Save(Path("again.unig").c_str()));
-  EXPECT_EQ(testutil::ReadFileBytes(Path("again.unig")), good);
+  EXPECT_EQ(testutil::SavedBytes(loaded), good);
 
   // Damaged files are refused and the loaded table stays: sizes that do not
   // fit, negative counts, more frequencies than imported lines.
@@ -108,7 +102,7 @@ TEST_F(FreqTablesTest, UnigramSaveLoadAndDamagedFiles) {
   ASSERT_TRUE(loaded.Load(File("big.unig", testutil::Ints({1000, 1, 3, 4, 6})).c_str()));
   EXPECT_EQ(loaded.GetFreq(1), 6);
   EXPECT_EQ(loaded.GetFreq(2), 0);
-  ASSERT_TRUE(loaded.Load(Path("empty.unig").c_str()));
+  ASSERT_TRUE(loaded.Load(empty.c_str()));
   EXPECT_EQ(loaded.GetFreq(1), 0);
 }
 
@@ -150,11 +144,8 @@ TEST_F(FreqTablesTest, BigramLookupsAroundTheIndexBoundAndExactExport) {
 
 TEST_F(FreqTablesTest, BigramSaveLoadAndDamagedFiles) {
   CBigram bigram;
-  ASSERT_TRUE(bigram.Save(Path("empty.big").c_str()));
-  EXPECT_EQ(testutil::ReadFileBytes(Path("empty.big")), testutil::Ints({0, 0}));
-  const std::string pairs = Gbk("中国@人民 3\n我@的 1\n中国@的 2\n");
-  ASSERT_EQ(bigram.Import(File("p.txt", pairs).c_str(), &dict_), 3);
-  ASSERT_TRUE(bigram.Save(Path("t.big").c_str()));
+  EXPECT_EQ(testutil::SavedBytes(bigram), testutil::Ints({0, 0}));
+  ASSERT_EQ(bigram.Import(File("p.txt", Gbk("中国@人民 3\n我@的 1\n中国@的 2\n")).c_str(), &dict_), 3);
   // Pairs grouped by first handle, second handles ascending within a group.
   std::vector<int> expected = {3, bound_, 2, 3, 5, 2, 5, 1};
   for (int handle = 0; handle < bound_; ++handle) {
@@ -162,13 +153,12 @@ TEST_F(FreqTablesTest, BigramSaveLoadAndDamagedFiles) {
     const int end = handle == 1 ? 1 : start;
     expected.insert(expected.end(), {start, end});
   }
-  const std::string good = testutil::ReadFileBytes(Path("t.big"));
+  const std::string good = testutil::SavedBytes(bigram);
   EXPECT_EQ(good, testutil::Ints(expected));
 
   CBigram loaded;
-  ASSERT_TRUE(loaded.Load(Path("t.big").c_str()));
-  ASSERT_TRUE(loaded.Save(Path("again.big").c_str()));
-  EXPECT_EQ(testutil::ReadFileBytes(Path("again.big")), good);
+  ASSERT_TRUE(loaded.Load(File("t.big", good).c_str()));
+  EXPECT_EQ(testutil::SavedBytes(loaded), good);
   testutil::ExpectEachRefused(
       Path("bad.big"),
       {good.substr(0, good.size() - 1), good.substr(0, 6), testutil::Ints({-1, 3}), testutil::Ints({3, -1}),

@@ -81,11 +81,6 @@ TEST(StrLineTest, WalksNonBlankLinesAndRestores) {
   EXPECT_EQ(sep, 0);
 }
 
-TEST(StrlwrTest, LowersAsciiOnly) {
-  std::string text = "AbC" + testutil::Gbk("中Ａ") + "Z";
-  EXPECT_EQ(std::string(strlwr(text.data())), "abc" + testutil::Gbk("中Ａ") + "z");
-}
-
 TEST(WriteLogTest, AppendsStampedLinesToTheDayFile) {
   testutil::TempDir dir;
   WriteLog("first", dir.path().c_str());

@@ -1,7 +1,6 @@
 #include "Utility/IDMaps.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <memory>
 #include <string>
@@ -11,7 +10,6 @@
 #include "Utility/BinaryIO.h"
 #include "Utility/PDAT.h"
 #include "Utility/WordList.h"
-#include "Utility/global_linux.h"
 
 namespace {
 
@@ -118,14 +116,8 @@ TEST(IDMapsTest, BothImportFormsAndTheDataToolWriteTheSameMap) {
 
 TEST(IDMapsTest, RejectedPairsAreLogged) {
   Tables t;
-  char cwd[4096];
-  ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
-  ASSERT_EQ(chdir(t.dir.path().c_str()), 0);
   CIDMaps map;
-  const bool imported = t.ImportPairs(&map);
-  const std::string log = testutil::ReadFileBytes(LogFileName(nullptr));
-  ASSERT_EQ(chdir(cwd), 0);
-  ASSERT_TRUE(imported);
+  const std::string log = testutil::LogOf([&] { ASSERT_TRUE(t.ImportPairs(&map)); });
   // The source alone when only it is unknown; both when both are.
   EXPECT_NE(log.find("] " + Gbk("外星") + " invalid argument!\n"), std::string::npos) << log;
   EXPECT_NE(log.find("] " + Gbk("火星 火星") + " invalid argument!\n"), std::string::npos);
@@ -136,8 +128,7 @@ TEST(IDMapsTest, DamagedFilesAreRefusedAndTheMapKept) {
   Tables t;
   CIDMaps map;
   ASSERT_TRUE(t.ImportPairs(&map));
-  ASSERT_TRUE(map.Save(t.dir.File("x.map").c_str()));
-  const std::string good = testutil::ReadFileBytes(t.dir.File("x.map"));
+  const std::string good = testutil::SavedBytes(map);
   const std::string bad = t.dir.File("bad.map");
   const auto with = [&good](size_t at, int value) { return testutil::Patched(good, at, value); };
   const size_t entry = 8 + 4 * 5 + 8 * size_t(t.L("北京"));

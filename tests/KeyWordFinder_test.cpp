@@ -4,22 +4,20 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
-#include <tuple>
 #include <map>
 #include <random>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "MainSystemFixture.h"
 #include "MiniData.h"
 #include "TestUtil.h"
 #include "Utility/Unigram.h"
-#include "Utility/global_linux.h"
 
 namespace {
 
@@ -401,18 +399,15 @@ TEST_F(KeyWordFinderTest, ExportListsEachRecordWithItsNeighbours) {
 }
 
 TEST_F(KeyWordFinderTest, ManyCandidatesAreLogged) {
-  testutil::TempDir dir;
-  const std::string old = std::filesystem::current_path();
-  std::filesystem::current_path(dir.path());
-  CKeyWordFinder finder(&r_->unigram, Stats());
-  std::vector<Tok> tokens;
   std::vector<std::string> texts;
   for (int k = 0; k < 10000; ++k) texts.push_back("w" + std::to_string(k));
+  std::vector<Tok> tokens;
   for (const std::string& t : texts) tokens.push_back({t.c_str(), "n", false});
-  ScanTokens(finder, tokens);
-  finder.GenerateNewWordList();
-  const std::string log = testutil::ReadFileBytes(LogFileName(nullptr));
-  std::filesystem::current_path(old);
+  const std::string log = testutil::LogOf([&] {
+    CKeyWordFinder finder(&r_->unigram, Stats());
+    ScanTokens(finder, tokens);
+    finder.GenerateNewWordList();
+  });
   EXPECT_NE(log.find("Start GenerateNewWordList " + Gbk("词串") + "=10001"), std::string::npos);
 }
 

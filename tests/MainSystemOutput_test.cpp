@@ -35,9 +35,13 @@ TEST_F(OutputTest, TaggedAndUntaggedTextByteForByte) {
       {kSentence, "他/rr 是/vshi 北京大学/nt 的/ude1 学生/n 。/wj "},
       {"记者报道：今天上午，北京举行了一次重要会议。",
        "记者/n 报道/v ：/wm 今天/t 上午/t ，/wd 北京/ns 举行/v 了/ule 一/m 次/qv 重要/a 会议/n 。/wj "},
-      {"王伟是学生。", "王伟/nr 是/vshi 学生/n 。/wj "}};  // a recognised person name
+      {"王伟是学生。", "王伟/nr 是/vshi 学生/n 。/wj "},  // a recognised person name
+      {"记者王伟报道", "记者/n 王伟/nr 报道/v "},
+      {"中国人民热爱和平。", "中国/ns 人民/n 热爱/v 和平/n 。/wj "},
+      {"结婚的和尚未结婚的", "结婚/v 的/ude1 和/cc 尚未/d 结婚/v 的/ude1 "}};  // the bigram settles it
   for (const auto& c : cases) EXPECT_EQ(c.tagged, Text(c.text));
   EXPECT_EQ("他 是 北京大学 的 学生 。 ", Text(kSentence, 0));
+  EXPECT_NE(std::string::npos, Text("他们说杨平教授研究文化。").find("杨平/nr"));
   EXPECT_EQ(std::string("\xB1/n "), sys_->Process("\xB1", 1, true));  // unknown: default tag n
 }
 

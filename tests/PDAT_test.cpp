@@ -17,6 +17,7 @@ namespace {
 
 using testutil::Code;
 using testutil::Gbk;
+using testutil::SavedBytes;
 
 // Builds a dictionary giving words[i] the handle i + 1.
 std::unique_ptr<CPDAT> Build(const std::vector<std::string>& words, bool byteMode = false) {
@@ -25,12 +26,6 @@ std::unique_ptr<CPDAT> Build(const std::vector<std::string>& words, bool byteMod
   for (size_t i = 0; i < words.size(); ++i) dict->AddWord(words[i].c_str(), int(i) + 1);
   dict->AddWordComplete();
   return dict;
-}
-
-std::string SavedBytes(const CPDAT& dict) {
-  testutil::TempDir dir;
-  EXPECT_TRUE(dict.Save(dir.File("d.pdat").c_str()));
-  return testutil::ReadFileBytes(dir.File("d.pdat"));
 }
 
 // Reference packer: the build algorithm taken literally (pending list scanned
@@ -229,24 +224,6 @@ TEST(PDATTest, ByteModeHighCodesAndOneLetterDictionaries) {
   EXPECT_TRUE(single->IsEmpty());
 }
 
-TEST_F(SmallDictTest, SaveLoadKeepsLookupsAndFileSize) {
-  testutil::TempDir dir;
-  const std::string path = dir.File("small.pdat");
-  ASSERT_TRUE(dict_->Save(path.c_str()));
-  EXPECT_EQ(testutil::FileSize(path), 262152 + 12L * (dict_->GetLowerBound() + 1));
-  CPDAT loaded;
-  ASSERT_TRUE(loaded.Load(path.c_str()));
-  EXPECT_EQ(loaded.GetLowerBound(), dict_->GetLowerBound());
-  EXPECT_EQ(loaded.GetItemCount(), 9);
-  for (const char* w : {"中", "中国人", "人民", "中华人民共和国", "中华", "好"})
-    EXPECT_EQ(loaded.Find(Gbk(w).c_str()), dict_->Find(Gbk(w).c_str())) << w;
-  EXPECT_EQ(SavedBytes(loaded), testutil::ReadFileBytes(path));
-  EXPECT_FALSE(loaded.Load(dir.File("missing.pdat").c_str()));
-  EXPECT_FALSE(loaded.Load(dir.path().c_str()));
-  EXPECT_EQ(loaded.Find("hello"), 6);  // a failed Load keeps the dictionary
-  EXPECT_FALSE(loaded.Save((dir.File("no-such-dir") + "/x.pdat").c_str()));
-}
-
 // Every lookup on whatever a damaged file left must stay inside the array.
 void ExerciseLookups(CPDAT* dict, unsigned seed) {
   std::mt19937 rng(seed);
@@ -326,20 +303,23 @@ TEST_F(SmallDictTest, DamagedFilesAreRefusedAndTheDictionaryKept) {
   CPDAT loaded;
   testutil::ExpectEachRefused(dir.File("bad.pdat"), damaged, [&](const char* p) { return loaded.Load(p); });
   EXPECT_TRUE(loaded.IsEmpty());
-  testutil::WriteFile(dir.File("good.pdat"), good);
-  ASSERT_TRUE(loaded.Load(dir.File("good.pdat").c_str()));
+  ASSERT_TRUE(loaded.Load(dir.Write("good.pdat", good).c_str()));
+  EXPECT_EQ(loaded.GetItemCount(), 9);
+  for (const char* w : {"中", "中国人", "人民", "中华人民共和国", "中华", "好"})
+    EXPECT_EQ(loaded.Find(Gbk(w).c_str()), dict_->Find(Gbk(w).c_str())) << w;
   testutil::ExpectEachRefused(dir.File("bad.pdat"), damaged, [&](const char* p) { return loaded.Load(p); });
-  EXPECT_EQ(SavedBytes(loaded), good);
+  EXPECT_FALSE(loaded.Load(dir.File("missing.pdat").c_str()));
+  EXPECT_FALSE(loaded.Load(dir.path().c_str()));
+  EXPECT_EQ(SavedBytes(loaded), good);  // a failed Load keeps the dictionary
+  EXPECT_FALSE(loaded.Save(dir.File("no-such-dir/x.pdat").c_str()));
   // A dictionary of two-byte characters is no byte-mode dictionary.
   CPDAT bytes(true);
   EXPECT_FALSE(bytes.Load(dir.File("good.pdat").c_str()));
   ExerciseLookups(&bytes, 4);
   // A dictionary with an unused state loads, and so does one of nothing.
-  testutil::WriteFile(dir.File("hole.pdat"), hole);
-  ASSERT_TRUE(loaded.Load(dir.File("hole.pdat").c_str()));
+  ASSERT_TRUE(loaded.Load(dir.Write("hole.pdat", hole).c_str()));
   EXPECT_EQ(loaded.Find("ya"), 2);
-  ASSERT_TRUE(Build({})->Save(dir.File("empty.pdat").c_str()));
-  ASSERT_TRUE(loaded.Load(dir.File("empty.pdat").c_str()));
+  ASSERT_TRUE(loaded.Load(dir.Write("empty.pdat", SavedBytes(*Build({}))).c_str()));
   EXPECT_EQ(loaded.Find("ya"), -1);
 }
 
@@ -386,13 +366,12 @@ TEST(PDATTest, MMSegmentNgramMode) {
 
 TEST(PDATTest, ImportReadsFirstTokenPerLine) {
   testutil::TempDir dir;
-  const std::string list = dir.File("words.txt");
   const std::string longLine = "tail" + std::string(3100, 'z') + " zzz\r\nlast\r\n";
-  testutil::WriteFile(list, Gbk("中国 n 10\r\n\r\n   \r\n  人民\t5\r\nskip\r\n中国\r\n") + longLine);
+  const std::string list =
+      dir.Write("words.txt", Gbk("中国 n 10\r\n\r\n   \r\n  人民\t5\r\nskip\r\n中国\r\n") + longLine);
   CPDAT exclude;
   exclude.SetImportProgress(false);
-  testutil::WriteFile(dir.File("ex.txt"), "skip\n");
-  ASSERT_EQ(exclude.Import(dir.File("ex.txt").c_str()), 1);
+  ASSERT_EQ(exclude.Import(dir.Write("ex.txt", "skip\n").c_str()), 1);
 
   CPDAT dict;
   testing::internal::CaptureStdout();
@@ -409,18 +388,15 @@ TEST(PDATTest, ImportReadsFirstTokenPerLine) {
   EXPECT_EQ(dict.GetMaxWord(("tail" + std::string(3100, 'z')).c_str(), nullptr), 3071);
 
   CPDAT empty;
-  testutil::WriteFile(list, "\n\r\n");
-  EXPECT_EQ(empty.Import(list.c_str()), 0);
+  EXPECT_EQ(empty.Import(dir.Write("blank.txt", "\n\r\n").c_str()), 0);
   EXPECT_TRUE(empty.IsEmpty());
-  EXPECT_TRUE(empty.Save(list.c_str()));
-  EXPECT_EQ(testutil::FileSize(list), 262152 + 12);
+  EXPECT_EQ(SavedBytes(empty).size(), 262152u + 12);
   EXPECT_EQ(empty.Import(dir.File("missing.txt").c_str()), 0);
 }
 
 TEST_F(SmallDictTest, FileSegmentAndExport) {
   testutil::TempDir dir;
-  testutil::WriteFile(dir.File("in.txt"), Gbk("中国人民,hello"));
-  EXPECT_GT(dict_->FileSegment(dir.File("in.txt").c_str(), dir.File("out.txt").c_str()), 0);
+  EXPECT_GT(dict_->FileSegment(dir.Write("in.txt", Gbk("中国人民,hello")).c_str(), dir.File("out.txt").c_str()), 0);
   EXPECT_EQ(testutil::ReadFileBytes(dir.File("out.txt")), Gbk("中国人\t民\t,\thello\t\n"));
   EXPECT_EQ(dict_->FileSegment(dir.File("none.txt").c_str(), dir.File("o.txt").c_str()), 0);
 

@@ -16,6 +16,7 @@
 #include "Utility/BinaryIO.h"
 #include "Utility/Global.h"
 #include "Utility/PDAT.h"
+#include "Utility/global_linux.h"
 
 namespace testutil {
 
@@ -31,6 +32,27 @@ TempDir::~TempDir() {
 }
 
 std::string TempDir::File(const std::string& name) const { return path_ + "/" + name; }
+
+std::string TempDir::Write(const std::string& name, const std::string& bytes) const {
+  WriteFile(File(name), bytes);
+  return File(name);
+}
+
+ScopedCwd::ScopedCwd(const std::string& dir) : old_(std::filesystem::current_path().string()) {
+  std::filesystem::current_path(dir);
+}
+
+ScopedCwd::~ScopedCwd() {
+  std::error_code ignored;
+  std::filesystem::current_path(old_, ignored);
+}
+
+std::string LogOf(const std::function<void()>& action) {
+  TempDir dir;
+  ScopedCwd cwd(dir.path());
+  action();
+  return ReadFileBytes(LogFileName(nullptr));
+}
 
 void WriteFile(const std::string& path, const std::string& bytes) {
   std::ofstream out(path, std::ios::binary | std::ios::trunc);

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,8 @@ class TempDir {
   const std::string& path() const { return path_; }
   // path()/name
   std::string File(const std::string& name) const;
+  // Writes the bytes to path()/name and returns that path.
+  std::string Write(const std::string& name, const std::string& bytes) const;
 
  private:
   std::string path_;
@@ -82,6 +85,30 @@ std::string Patched(std::string bytes, size_t offset, int value);
 
 // Every proper prefix of the bytes, the empty one first: the cut files.
 std::vector<std::string> Prefixes(const std::string& bytes);
+
+// The bytes object.Save(path, args...) writes.
+template <class T, class... Args>
+std::string SavedBytes(const T& object, const Args&... args) {
+  TempDir dir;
+  EXPECT_TRUE(object.Save(dir.File("saved").c_str(), args...));
+  return ReadFileBytes(dir.File("saved"));
+}
+
+// The working directory changed to `dir` for the object's lifetime.
+class ScopedCwd {
+ public:
+  explicit ScopedCwd(const std::string& dir);
+  ~ScopedCwd();
+  ScopedCwd(const ScopedCwd&) = delete;
+  ScopedCwd& operator=(const ScopedCwd&) = delete;
+
+ private:
+  std::string old_;
+};
+
+// Runs `action` in a fresh working directory; returns the day's log it wrote
+// there.
+std::string LogOf(const std::function<void()>& action);
 
 // Writes each file in turn to `path` (a fresh file each time) and expects
 // `load(path)` to refuse it.

@@ -80,17 +80,19 @@ bool LoadBytes(CTrie& trie, const testutil::TempDir& dir, const std::string& byt
   return trie.Load(path.c_str());
 }
 
-TEST(TrieTest, LookupsFoldAsciiCaseButNotFullWidthAndExportLowerCase) {
-  CTrie trie;
-  Expect(trie, {{'A', "ABC nz", 1}, {'F', "aBc", 0}, {'M', "Abcd", 3},
-             {'A', Gbk("Ａ") + " x", 1}, {'F', Gbk("Ａ"), 1}, {'F', Gbk("ａ"), -1}});
+// The text Export writes.
+std::string Exported(const CTrie& trie) {
   testutil::TempDir dir;
-  ASSERT_TRUE(trie.Export(dir.File("u.txt").c_str()));
-  EXPECT_EQ(testutil::ReadFileBytes(dir.File("u.txt")), "abc\tnz\n" + Gbk("Ａ") + "\tx\n");
+  EXPECT_TRUE(trie.Export(dir.File("u.txt").c_str()));
+  return testutil::ReadFileBytes(dir.File("u.txt"));
 }
 
-TEST(TrieTest, AddRulesForNewRepeatedEmptyAndBadTagLines) {
-  CTrie trie;
+TEST(TrieTest, AddRulesCaseFoldingAndExport) {
+  // ASCII folds, full-width letters do not; the export is lower case.
+  CTrie folded, trie;
+  Expect(folded, {{'A', "ABC nz", 1}, {'F', "aBc", 0}, {'M', "Abcd", 3},
+               {'A', Gbk("Ａ") + " x", 1}, {'F', Gbk("Ａ"), 1}, {'F', Gbk("ａ"), -1}});
+  EXPECT_EQ(Exported(folded), "abc\tnz\n" + Gbk("Ａ") + "\tx\n");
   const std::string word = Gbk("大数据"), tag39(39, 't');
   Expect(trie, {{'A', word, 1}, {'Q', word, 1, 0, "n"},  // no tag
              {'A', word + "\tnz  rest of line", 2}, {'Q', word, 2, 0, "nz"},
@@ -176,8 +178,7 @@ TEST(TrieTest, SaveAndLoadKeepEverything) {
   EXPECT_FALSE(loaded.Load(dir.File("missing.pdat").c_str()));
   ASSERT_TRUE(loaded.Load(path.c_str()));
   Expect(loaded, {{'F', Gbk("中国人民"), 1}, {'Q', "OK", 2, kAny, "y"}});
-  ASSERT_TRUE(loaded.Export(dir.File("b.txt").c_str()));
-  EXPECT_EQ(testutil::ReadFileBytes(dir.File("b.txt")), Gbk("中国人民") + "\tn\nok\ty\n");
+  EXPECT_EQ(Exported(loaded), Gbk("中国人民") + "\tn\nok\ty\n");
   Expect(loaded, {{'A', "new z", 1}, {'F', "new", 3},
                {'A', Gbk("中国") + " ns", 2}, {'F', Gbk("中国"), -1}});  // still deleted
 }
@@ -188,8 +189,7 @@ TEST(TrieTest, InconsistentFilesAreRejectedAndChangeNothing) {
   source.AddTrie("ab x");
   source.AddTrie("ac y");
   testutil::TempDir dir;
-  ASSERT_TRUE(source.Save(dir.File("good.pdat").c_str()));
-  const std::string good = testutil::ReadFileBytes(dir.File("good.pdat"));
+  const std::string good = testutil::SavedBytes(source);
   auto field = [](int node, size_t offset) { return 20 + 64 * node + offset; };
   // Handle count none, negative, more than nodes; negative deletions; root
   // outside, none, leaving nodes unreached; node count negative, past the
@@ -232,8 +232,7 @@ TEST(TrieTest, AnyFieldValueLoadsSafelyOrNotAtAll) {
   for (char c = '1'; c <= '9'; ++c) source.AddTrie((std::string("a") + c + " x").c_str());
   source.AddTrie("b y");
   testutil::TempDir dir;
-  ASSERT_TRUE(source.Save(dir.File("good.pdat").c_str()));
-  const std::string good = testutil::ReadFileBytes(dir.File("good.pdat"));
+  const std::string good = testutil::SavedBytes(source);
   CTrie trie;
   for (size_t offset = 0; offset + 4 <= good.size(); offset += 4) {
     for (int value : {INT_MIN, -2, -1, 0, 1, 2, 3, 9, 11, 12, 64, INT_MAX}) {
@@ -271,19 +270,17 @@ TEST(TrieTest, WideSiblingListsFindEveryChildInInsertionOrder) {
   for (size_t j = 0; j + 1 < words.size(); ++j) EXPECT_EQ(loaded.Find(words[j].c_str()), int(j));
   EXPECT_EQ(loaded.AddTrie("aq v"), 1);
   EXPECT_EQ(loaded.Find("aQ"), 11);
-  ASSERT_TRUE(trie.Export(dir.File("u.txt").c_str()));
-  EXPECT_EQ(testutil::ReadFileBytes(dir.File("u.txt")), dump.substr(0, dump.find("ax\t")));
+  EXPECT_EQ(Exported(trie), dump.substr(0, dump.find("ax\t")));
 }
 
 TEST(TrieTest, ImportKeepsTheFirstLineOfEachWord) {
   testutil::TempDir dir;
   const std::string long_line(5000, 'q');
-  testutil::WriteFile(dir.File("words.txt"),
-                      testutil::Lines({Gbk("大数据") + " nz", "", "   ", Gbk("大数据") + " v",
-                                       "Cloud", "cloud vn", "bad " + std::string(40, 't'),
-                                       long_line + " n", Gbk("云") + "\tn extra"}));
+  const std::string words = dir.Write(
+      "words.txt", testutil::Lines({Gbk("大数据") + " nz", "", "   ", Gbk("大数据") + " v", "Cloud", "cloud vn",
+                                    "bad " + std::string(40, 't'), long_line + " n", Gbk("云") + "\tn extra"}));
   CTrie trie;
-  EXPECT_EQ(trie.Import(dir.File("words.txt").c_str(), nullptr), 4);
+  EXPECT_EQ(trie.Import(words.c_str(), nullptr), 4);
   // The 5000-byte line arrives in pieces of 3071 bytes whose words, cut to
   // 99 bytes, are one word.
   Expect(trie, {{'Q', Gbk("大数据"), 1, kAny, "nz"}, {'Q', "CLOUD", 1, kAny, "n"}, {'F', "bad", -1},
@@ -344,9 +341,9 @@ TEST(TrieTest, ConcurrentLookupsSeeTheirOwnWords) {
 
 TEST(TrieTest, DataToolBuildsAndDumpsAUserDictionary) {
   testutil::TempDir dir;
-  testutil::WriteFile(dir.File("words.txt"), testutil::Lines({Gbk("大数据") + " nz", "Cloud", Gbk("大数据") + " v"}));
+  const std::string words = dir.Write("words.txt", testutil::Lines({Gbk("大数据") + " nz", "Cloud", Gbk("大数据") + " v"}));
   std::string out;
-  ASSERT_EQ(testutil::RunDataTool({"userdict", dir.File("words.txt"), dir.File("u.pdat")}, &out), 0);
+  ASSERT_EQ(testutil::RunDataTool({"userdict", words, dir.File("u.pdat")}, &out), 0);
   EXPECT_EQ(out, "2 words\n");
   ASSERT_EQ(testutil::RunDataTool({"export", "userdict", dir.File("u.pdat"), dir.File("u.txt")}), 0);
   EXPECT_EQ(testutil::ReadFileBytes(dir.File("u.txt")), Gbk("大数据") + "\tnz\ncloud\tn\n");
