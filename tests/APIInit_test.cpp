@@ -10,6 +10,7 @@
 #include "System/MainSystem.h"
 #include "Utility/Global.h"
 #include "Utility/PDAT.h"
+#include "Utility/POS.h"
 #include "Utility/trie.h"
 
 namespace {
@@ -176,6 +177,50 @@ TEST_F(InitTest, SwitchedOffStagesNeedNoData) {
   EXPECT_EQ(0, ZIVOR_SetPOSmap(2));
   EXPECT_EQ(2, g_nPosMap);
   EXPECT_EQ(0, g_pZIVOR->GetPosmap());
+}
+
+// The transliteration table: without the key it is read when it is there,
+// "on" asks for it, "off" leaves it; one that fails is logged and skipped.
+TEST_F(InitTest, TransliterationTableFollowsItsKeyAndIsSkippedWhenItFails) {
+  enum class File { kNone, kValid, kDamaged };
+  const struct {
+    const char* key;
+    File file;
+    bool loaded;
+    bool logged;
+  } cases[] = {
+      {"", File::kNone, false, false},
+      {"", File::kValid, true, false},
+      {"", File::kDamaged, false, true},
+      {"<Transliteration>on</Transliteration>", File::kNone, false, true},
+      {"<Transliteration>on</Transliteration>", File::kValid, true, false},
+      {"<Transliteration>off</Transliteration>", File::kDamaged, false, false},
+      {"<Transliteration>off</Transliteration>", File::kValid, false, false},
+  };
+  // A table over the mini dictionary in which 他 is a transliteration
+  // character.
+  CPDAT dict;
+  CPOS table;
+  testutil::WriteFile(work_.File("table.txt"), Gbk("他 0 10\n他 2 10\n说 2 100\n"));
+  ASSERT_TRUE(dict.Load(DataFile("CoreDict.pdat").c_str()) &&
+              table.Import(work_.File("table.txt").c_str(), &dict, nullptr) == 3 &&
+              table.Save(work_.File("tr.char").c_str()));
+  const std::string valid = testutil::ReadFileBytes(work_.File("tr.char"));
+  const std::string failure = "Cannot open transliteration table\n" + DataFile("tr.char") + "\n";
+  for (const auto& c : cases) {
+    Configure(std::string("<TagSet>ZIVOR.map</TagSet>") + c.key);
+    fs::remove(DataFile("tr.char"));
+    if (c.file != File::kNone) {
+      testutil::WriteFile(DataFile("tr.char"),
+                          c.file == File::kValid ? valid : valid.substr(0, valid.size() - 1));
+    }
+    ASSERT_TRUE(Init()) << c.key;
+    EXPECT_EQ(c.loaded, g_pTransliteration != nullptr) << c.key;
+    EXPECT_EQ(c.logged ? failure : "", TakeLog()) << c.key;
+    EXPECT_NE(ZIVOR_ParagraphProcess(Gbk("他说").c_str(), 1), nullptr);
+    ZIVOR_Exit();
+    EXPECT_EQ(g_pTransliteration, nullptr);
+  }
 }
 
 TEST_F(InitTest, OptionalDictionariesThatFailAreLoggedAndSkipped) {

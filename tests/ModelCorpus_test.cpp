@@ -21,7 +21,7 @@ using testutil::Gbk;
 
 const char* const kTrainedFiles[] = {"CoreDict.pdat", "CoreDict.unig", "BiWord.big",
                                      "CoreDict.pos",  "ZIVOR.ctx",     "nr.role",
-                                     "nr.ctx",        "nr.fsa"};
+                                     "nr.ctx",        "nr.fsa",        "tr.char"};
 
 // Day 1 has four names (江泽民, 克林顿, 王小红, 小王); day 2 one more.
 const char* const kCorpus[] = {
@@ -144,6 +144,28 @@ TEST_F(ModelBuilderTest, SurnamesGetTheSurnameRoleAndTheAutomatonAcceptsNames) {
   EXPECT_EQ(walk({16, 17, 18}), 28);  // transliterated name
   EXPECT_EQ(walk({2}), -1);
   EXPECT_EQ(walk({8, 2, 3}), -1);   // the word before a name is not part of it
+}
+
+// 克林顿 is the corpus's one transliterated name: its characters count in
+// names (tag 0), 顿 last (tag 3), and every character in all text (tag 2).
+TEST_F(ModelBuilderTest, TransliterationTableCountsTheCharactersOfTransliteratedNames) {
+  const std::string out = Build("all");
+  CPDAT dict;
+  CPOS table;
+  ASSERT_TRUE(dict.Load((out + "/CoreDict.pdat").c_str()) &&
+              table.Load((out + "/tr.char").c_str()));
+  auto counts = [&](const char* c) {
+    int n = 0;
+    const POS_info* records = table.GetPOS(dict.Find(Gbk(c).c_str()), &n);
+    std::vector<std::pair<int, int>> tags;
+    for (int k = 0; k < n; ++k) tags.emplace_back(records[k].POS_id, records[k].freq);
+    return tags;
+  };
+  using Tags = std::vector<std::pair<int, int>>;
+  EXPECT_EQ(counts("克"), (Tags{{0, 1}, {2, 1}}));
+  EXPECT_EQ(counts("顿"), (Tags{{0, 1}, {2, 1}, {3, 1}}));
+  EXPECT_EQ(counts("中"), (Tags{{2, 4}}));  // 中国 twice, 中央, 中央电视台
+  EXPECT_EQ(counts("泽"), (Tags{{2, 1}}));  // a Chinese name is no transliteration
 }
 
 TEST_F(ModelBuilderTest, DroppedWordsAreCountedAsTheirLongestKnownParts) {

@@ -38,6 +38,7 @@ CContextStat* g_pPOSContext = nullptr;
 CPOS* g_pPersonRole = nullptr;
 CContextStat* g_pPersonContext = nullptr;
 CFSA* g_pPersonFSA = nullptr;
+CTransliteration* g_pTransliteration = nullptr;
 CCodeTran* g_pCodeTranslator = nullptr;
 FilePtr g_fpNewWord;
 pthread_rwlock_t g_userDictLock = PTHREAD_RWLOCK_WRITER_NONRECURSIVE_INITIALIZER_NP;
@@ -71,10 +72,12 @@ std::string InternalText(const char* sText) {
 }
 
 CMainSystem* NewMainSystem() {
-  return new (std::nothrow)
+  CMainSystem* system = new (std::nothrow)
       CMainSystem(g_pCharset, g_pCoreDict, g_pUnigram, g_pBiDict, g_pUserDict, g_pFieldDict,
                   g_pGranDict, g_pCorePOS, g_pFieldPOS, g_pGranPOS, g_ppPOSmap, g_pPOSContext,
                   g_pPersonRole, g_pPersonContext, g_pPersonFSA, g_pCodeTranslator);
+  if (system != nullptr) system->SetTransliteration(g_pTransliteration);
+  return system;
 }
 
 void LogException(const char* sCall, const char* sWhat) noexcept {

@@ -17,6 +17,7 @@
 #include "zivor/ZIVOR.h"
 #include "API/ZIVORState.h"
 #include "System/MainSystem.h"
+#include "System/Transliteration.h"
 #include "Utility/Bigram.h"
 #include "Utility/Charset.h"
 #include "Utility/CodeTran.h"
@@ -290,6 +291,40 @@ bool LoadPersonRecognition() {
          LoadRequired(g_pPersonFSA, "nr.fsa", nullptr);
 }
 
+// The recognisers of unknown words beyond the classic pipeline
+// (docs/ACCURACY.md), each with its key in Configure.xml: "off" switches it
+// off, "on" asks for it, and without the key it runs when its file is
+// there. A file asked for that is missing, or one that is there but
+// damaged, is logged and the analysis goes on without the recogniser.
+enum class Switch { kOff, kOn, kIfPresent };
+
+struct Recognisers {
+  Switch transliteration = Switch::kIfPresent;
+};
+
+Switch ReadSwitch(const char* config, const char* key) {
+  if (ConfigIs(config, key, "off")) return Switch::kOff;
+  return ConfigIs(config, key, "on") ? Switch::kOn : Switch::kIfPresent;
+}
+
+Recognisers ReadRecognisers(const char* config) {
+  Recognisers on;
+  on.transliteration = ReadSwitch(config, "Transliteration");
+  return on;
+}
+
+void LoadUnknownWordRecognisers(const Recognisers& on) {
+  const std::string path = DataFile("tr.char");
+  if (on.transliteration == Switch::kOff ||
+      (on.transliteration == Switch::kIfPresent && access(path.c_str(), F_OK) != 0)) {
+    return;
+  }
+  g_pTransliteration = new (std::nothrow) CTransliteration(g_pCoreDict);
+  if (g_pTransliteration != nullptr && g_pTransliteration->Load(path.c_str())) return;
+  LogWithPath("Cannot open transliteration table", path);
+  DeleteAndNull(g_pTransliteration);
+}
+
 // The new-word log, appended to; the library works without it.
 void OpenNewWordLog() {
   const std::string path = DataFile("NewWord.lst");
@@ -329,6 +364,7 @@ void DeleteSharedResources() {
   DeleteAndNull(g_pPersonRole);
   DeleteAndNull(g_pPersonContext);
   DeleteAndNull(g_pPersonFSA);
+  DeleteAndNull(g_pTransliteration);
 }
 
 void DeleteCodeTranslator() { DeleteAndNull(g_pCodeTranslator); }
@@ -354,6 +390,7 @@ bool Init(const char* sInitDirPath, int encode) {
                                     ConfigIs(config.get(), "FieldDict", "on"),
                                     ConfigIs(config.get(), "GranularityContorl", "on")});
   ReadPresentation(config.get());
+  const Recognisers recognisers = ReadRecognisers(config.get());
   config.reset();
 
   if (!LoadCoreResources() || (g_bPOSTagger && !LoadTagger()) ||
@@ -364,6 +401,7 @@ bool Init(const char* sInitDirPath, int encode) {
     DeleteCodeTranslator();
     return false;
   }
+  LoadUnknownWordRecognisers(recognisers);
   OpenNewWordLog();
   g_bActive = true;
   if (!CreatePool()) {

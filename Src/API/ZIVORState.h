@@ -31,6 +31,7 @@ class CMainSystem;
 class CPDAT;
 class CPOS;
 class CPOSmap;
+class CTransliteration;
 class CTrie;
 class CUnigram;
 class CZIVOR;
@@ -64,6 +65,7 @@ extern CContextStat* g_pPOSContext;
 extern CPOS* g_pPersonRole;
 extern CContextStat* g_pPersonContext;
 extern CFSA* g_pPersonFSA;
+extern CTransliteration* g_pTransliteration;  // null when off or not loaded
 extern CCodeTran* g_pCodeTranslator;  // null when the caller's encoding is GBK
 extern FilePtr g_fpNewWord;           // the new-word log "NewWord.lst"
 

@@ -12,6 +12,7 @@
 
 #include "Segment/PreProcess.h"
 #include "Segment/Segment.h"
+#include "System/Transliteration.h"
 #include "Tagger/HMMTagger.h"
 #include "Utility/BufferGrowth.h"
 #include "Utility/CodeTran.h"
@@ -398,10 +399,13 @@ void CMainSystem::ProcessSegment(const char* pSegment, int nOffset, bool bPOStag
   if (m_pPERTagger != nullptr) {
     m_pPERTagger->Tagging(words, count);
     if (m_pPersonFSA != nullptr) m_pPersonFSA->MaxPR(words, &count, gUnknown_nr_ID);
-    m_pSegmenter->m_nWordCount = count;
-    // The tagger marks the merged names; without it they are marked here,
-    // so that the words never depend on whether tags were asked for.
-    if (!tagging) MarkPersonNames(words, count);
+  }
+  if (m_pTransliteration != nullptr) m_pTransliteration->Merge(pSegment, words, &count);
+  m_pSegmenter->m_nWordCount = count;
+  // The tagger marks the merged names; without it they are marked here,
+  // so that the words never depend on whether tags were asked for.
+  if (!tagging && (m_pPERTagger != nullptr || m_pTransliteration != nullptr)) {
+    MarkPersonNames(words, count);
   }
   if (tagging) m_pTagger->Tagging(words, count);
   if ((m_pGranDict != nullptr || m_pFieldDict != nullptr) &&

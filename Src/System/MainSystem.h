@@ -38,6 +38,7 @@ class CPOS;
 class CPOSmap;
 class CPreProcess;
 class CSegment;
+class CTransliteration;
 class CTrie;
 class CUnigram;
 
@@ -78,6 +79,11 @@ class CMainSystem {
   // processed line by line).
   result_t* GetResult(int* p_nCount);
   bool SetFieldPOS(CPOS* pFieldPOS);
+  // The transliteration recogniser (borrowed; null for none), run on the
+  // chosen path before person names are recognised.
+  void SetTransliteration(const CTransliteration* pTransliteration) {
+    m_pTransliteration = pTransliteration;
+  }
 
   // Appends words 1 .. nWordCount-2 of one sentence segment to the result.
   int Output(const char* pLine, word_t* pWords, int nWordCount, int nStartLen,
@@ -166,6 +172,7 @@ class CMainSystem {
   CContextStat* m_pPersonContext;
   CHMMTagger* m_pPERTagger = nullptr;
   CFSA* m_pPersonFSA;
+  const CTransliteration* m_pTransliteration = nullptr;
   CCodeTran* m_pCodeTranslator;
   CWordStats m_wordStats;  // over the core dictionary and the frequency tables
   bool m_bWordMerged = false;

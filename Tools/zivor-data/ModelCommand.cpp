@@ -29,6 +29,7 @@
 #include "ModelCorpus.h"
 #include "ModelLexicon.h"
 #include "ModelRoles.h"
+#include "ModelTransliteration.h"
 #include "TagRefiner.h"
 #include "Utility/Bigram.h"
 #include "Utility/Charset.h"
@@ -218,6 +219,7 @@ class ModelBuilder {
   bool WriteWordTables();
   bool WriteTagTables();
   bool WriteRoleTables();
+  bool WriteTransliterationTable();
   bool SaveContext(const CContextStat& stat, const char* name) const;
   bool WriteFoldTables(const WordCounts& counts, const std::string& name, CUnigram* unigram,
                        CBigram* bigram) const;
@@ -247,7 +249,8 @@ int ModelBuilder::Run(const std::vector<std::string>& corpora, int first_day, in
       ReadCorpus(corpora, first_day, last_day) &&
       (WriteWordTables() || Failure("cannot build the dictionary and word tables")) &&
       (WriteTagTables() || Failure("cannot build the tag lexicon and statistics")) &&
-      (WriteRoleTables() || Failure("cannot build the person-name tables"));
+      (WriteRoleTables() || Failure("cannot build the person-name tables")) &&
+      (WriteTransliterationTable() || Failure("cannot build the transliteration table"));
   if (!built) return 1;
   printf("%zu sentences, %zu words, %zu pairs, total word frequency %d\n", sentences_.size(),
          words_.size(), counts_.bigrams.size(), unigram_.GetTotalFreq());
@@ -433,6 +436,16 @@ bool ModelBuilder::WriteRoleTables() {
          WriteNameAutomaton(temp_.File("nr_fsa.txt")) &&
          automaton.Import(temp_.File("nr_fsa.txt").c_str()) &&
          automaton.Save(Out("nr.fsa").c_str());
+}
+
+// Character counts of transliterated names and places (ModelTransliteration).
+bool ModelBuilder::WriteTransliterationTable() {
+  TransliterationCounter counter({map_.GetID("ns"), map_.GetID("nsf")});
+  for (const ModelSentence& sentence : sentences_) counter.Add(sentence);
+  CPOS table;
+  return WriteLines(temp_.File("transliteration.txt"), counter.Lines()) &&
+         table.Import(temp_.File("transliteration.txt").c_str(), &dict_, nullptr) > 0 &&
+         table.Save(Out("tr.char").c_str());
 }
 
 // Unigram and bigram tables over the dictionary's handles from other counts
