@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <string>
 
 namespace {
 
@@ -63,4 +64,11 @@ std::string ArgList::Option(const std::string& name) const {
 int UsageError(const DataCommand& command) {
   fprintf(stderr, "usage: zivor-data %s\n", command.usage);
   return 2;
+}
+
+bool ParseDayRange(const std::string& range, int* first, int* last) {
+  if (range.empty()) return true;
+  const int fields = sscanf(range.c_str(), "%d-%d", first, last);
+  if (fields == 1) *last = *first;
+  return fields >= 1 && *first <= *last;
 }

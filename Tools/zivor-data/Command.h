@@ -61,6 +61,10 @@ class ArgList {
   bool ok_ = true;
 };
 
+// Parses a day range of the month, "D1-D2" or a single day "D"; "" leaves
+// *first and *last as they are. False when the text is no such range.
+bool ParseDayRange(const std::string& range, int* first, int* last);
+
 // Prints "usage: zivor-data USAGE" to stderr and returns the usage status 2.
 int UsageError(const DataCommand& command);
 

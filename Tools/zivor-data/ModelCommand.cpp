@@ -67,13 +67,6 @@ int Fail(const std::string& message) {
   return 1;
 }
 
-bool ParseDayRange(const std::string& range, int* first, int* last) {
-  if (range.empty()) return true;
-  const int fields = sscanf(range.c_str(), "%d-%d", first, last);
-  if (fields == 1) *last = *first;
-  return fields >= 1 && *first <= *last;
-}
-
 int DayOf(const std::string& paragraph_id) {
   return paragraph_id.size() >= 8 ? atoi(paragraph_id.substr(6, 2).c_str()) : 0;
 }
