@@ -163,8 +163,9 @@ bool BuildMiniData(const std::string& dir, const MiniDataOptions& options) {
     for (const auto& entry : fs::directory_iterator(fs::path(ZIVOR_SOURCE_DIR) / "Data")) {
       const fs::path name = entry.path().filename();
       const std::string ext = name.extension().string();
+      // The code tables, not the shipped coarse-grained dictionary.
       if ((ext == ".pdat" || ext == ".wordlist" || ext == ".map") &&
-          !fs::exists(fs::path(data) / name)) {
+          name.stem() != "GranDict" && !fs::exists(fs::path(data) / name)) {
         fs::create_symlink(entry.path(), fs::path(data) / name, error);
         if (error) return Fail("cannot link " + name.string());
       }
