@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <filesystem>
 #include <string>
 
@@ -244,6 +245,31 @@ TEST_F(InitTest, OptionalDictionariesThatFailAreLoggedAndSkipped) {
   Configure(config + "<Tagger>off</Tagger>");
   ASSERT_TRUE(Init());
   EXPECT_EQ(user + field + gran, TakeLog());
+}
+
+TEST_F(InitTest, FieldDictionaryWithoutGranularityDictionaryIsSetAside) {
+  // The field pass merges what the granularity pass hands it: one without
+  // words is enough.
+  for (const char* stem : {"FieldDict", "GranDict"}) {
+    const std::string list = work_.Write("list.txt", stem[0] == 'F' ? Gbk("的学生 nz\n") : "");
+    ASSERT_EQ(0, testutil::RunDataTool(
+                     {"fielddict", list, DataFile(stem), "--map", DataFile("ZIVOR.map")}));
+  }
+  for (const bool gran : {false, true}) {
+    Configure(std::string("<TagSet>ZIVOR.map</TagSet><FieldDict>on</FieldDict>") +
+              (gran ? "<GranularityContorl>on</GranularityContorl>" : ""));
+    ASSERT_TRUE(Init());
+    EXPECT_EQ(gran ? "" : "Field dictionary not used: it needs a granularity dictionary "
+                          "(GranularityContorl on and GranDict.pdat; one without words merges "
+                          "nothing)\n",
+              TakeLog());
+    EXPECT_EQ(gran, g_pFieldDict != nullptr && g_pFieldPOS != nullptr);
+    const char* result = ZIVOR_ParagraphProcess(Gbk("他是北京大学的学生").c_str(), 1);
+    ASSERT_NE(nullptr, result);
+    EXPECT_EQ(gran, std::string(result).find(Gbk("的学生/nz")) != std::string::npos) << result;
+    EXPECT_NE(nullptr, strstr(result, Gbk("他/").c_str()));
+    ASSERT_TRUE(ZIVOR_Exit());
+  }
 }
 
 TEST_F(InitTest, UserDictionaryIsLoadedOnlyWhenSwitchedOn) {

@@ -210,6 +210,15 @@ void LoadOptionalDictionaries(const Switches& on) {
       LoadOptional(g_pGranPOS, "GranDict.pos", "Cannot open granularity dictionary POS data");
     }
   }
+  // The field pass merges the words the granularity pass hands it: without
+  // a granularity dictionary it would get none and every result would come
+  // back empty. A granularity dictionary without words merges nothing.
+  if (g_pFieldDict != nullptr && g_pGranDict == nullptr) {
+    Log("Field dictionary not used: it needs a granularity dictionary (GranularityContorl on "
+        "and GranDict.pdat; one without words merges nothing)");
+    DeleteAndNull(g_pFieldDict);
+    DeleteAndNull(g_pFieldPOS);
+  }
 }
 
 // The handles of the pseudo-words and fixed words (GBK spellings); the first
