@@ -247,6 +247,37 @@ TEST_F(ZivorCliTest, UserDictionaryWordsOverrideTheSegmentation) {
             missing.err);
 }
 
+TEST_F(ZivorCliTest, FieldDictionaryAndCoarseModeMergeWholeWords) {
+  const std::string input = "我们要经济发展。\n中国人民热爱和平。\n";
+  const std::string gran = data_->File("Data/GranDict.pdat");
+  const CliRun none = Run(WithData({"--coarse"}), input);
+  EXPECT_EQ(1, none.status);
+  EXPECT_EQ("zivor: no coarse-grained dictionary " + gran + " (zivor-data coarse builds it)\n",
+            none.err);
+  // 要经 ends inside 经济: nothing changes there.
+  testutil::WriteFile(work_.File("field.txt"), "经济发展 nz\n要经 v\n");
+  const std::vector<std::string> field = {"--field-dict", work_.File("field.txt")};
+  const CliRun run = Run(WithData(field), input);
+  ASSERT_EQ(0, run.status) << run.err;
+  EXPECT_EQ("我们/rr 要/v 经济发展/nz 。/wj \n中国/ns 人民/n 热爱/v 和平/n 。/wj \n", run.out);
+  ASSERT_EQ(0, testutil::RunDataTool({"fielddict", work_.Write("gran.txt", Gbk("中国人民 nt\n")),
+                                      data_->File("Data/GranDict"), "--map",
+                                      data_->File("Data/ZIVOR.map")}));
+  std::vector<std::string> both = field;
+  both.push_back("--coarse");
+  EXPECT_EQ("我们/rr 要/v 经济发展/nz 。/wj \n中国人民/nt 热爱/v 和平/n 。/wj \n",
+            Run(WithData(both), input).out);
+  // Without --coarse the data's granularity dictionary stays off.
+  EXPECT_EQ(run.out, Run(WithData(field), input).out);
+  testutil::WriteFile(work_.File("bad.txt"), "经济 发展 nz\n");
+  const CliRun bad = Run(WithData({"--field-dict", "bad.txt"}), input);
+  EXPECT_EQ(1, bad.status);
+  EXPECT_EQ("zivor: " + work_.File("bad.txt") + ":1: expected \"WORD [TAG]\", found more fields\n",
+            bad.err);
+  std::remove(gran.c_str());
+  std::remove(data_->File("Data/GranDict.pos").c_str());
+}
+
 TEST_F(ZivorCliTest, ReadsFilesInOrderAndReportsMissingOnes) {
   testutil::WriteFile(work_.File("a.txt"), "中国\n");
   testutil::WriteFile(work_.File("b.txt"), "北京\r\n");

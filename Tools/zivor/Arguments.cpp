@@ -50,6 +50,12 @@ void PrintUsage(FILE* out, const std::string& default_dir) {
           "                    2 PKU, 3 PKU first level\n"
           "  --user-dict FILE  also use the user dictionary FILE (\"WORD [TAG]\" lines)\n"
           "                    for this run only\n"
+          "  --coarse          coarse-grained words: the data's compounds and stable\n"
+          "                    word sequences (organisations, places, long compounds)\n"
+          "                    as one word each\n"
+          "  --field-dict FILE a domain word list (\"WORD [TAG]\" lines) for this run:\n"
+          "                    where its words cover whole words of the analysis, they\n"
+          "                    become one word with its tag\n"
           "  --version         the version of zivor\n"
           "  -h, --help        this text\n\n"
           "Instead of the analysis (one of them):\n"
@@ -169,6 +175,10 @@ int ParseAnalysisOption(const std::string& arg, const ValueReader& value, Option
     options->map = text[0] - '0';
   } else if (arg == "--user-dict") {
     if (!value(&options->user_dict)) return UsageError("--user-dict needs a file");
+  } else if (arg == "--field-dict") {
+    if (!value(&options->field_dict)) return UsageError("--field-dict needs a file");
+  } else if (arg == "--coarse") {
+    options->coarse = true;
   } else {
     return ParseOutputOption(arg, value, options);
   }

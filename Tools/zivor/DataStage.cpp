@@ -7,6 +7,7 @@
 #include <memory>
 #include <system_error>
 
+#include "FieldDictFiles.h"
 #include "GbkDictCopy.h"
 #include "Utility/BinaryIO.h"
 #include "Utility/global_linux.h"
@@ -19,12 +20,26 @@ namespace {
 constexpr char kConfigure[] = "Configure.xml";
 constexpr char kUserDict[] = "UserDict.pdat";
 constexpr char kNewWords[] = "NewWord.lst";
+constexpr char kFieldDict[] = "FieldDict";
+constexpr char kGranDict[] = "GranDict";
 
 bool Exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
 
 // The XML element that sets `key` to `value`.
 std::string Element(const char* key, const std::string& value) {
   return std::string("<") + key + ">" + value + "</" + key + ">\n";
+}
+
+// Whether `name` is a file of the dictionary STEM.pdat and STEM.pos.
+bool IsDictFile(const std::string& name, const char* stem) {
+  return name == std::string(stem) + ".pdat" || name == std::string(stem) + ".pos";
+}
+
+// Whether the stage builds its own copy of the data file `name`.
+bool Replaced(const StageRequest& request, const std::string& name) {
+  if (name == kConfigure || name == kUserDict || name == kNewWords) return true;
+  if (request.field_dict.empty()) return false;
+  return IsDictFile(name, kFieldDict) || (!request.coarse && IsDictFile(name, kGranDict));
 }
 
 // Replaces `link` (a link or nothing) by a symbolic link to `target`.
@@ -54,7 +69,7 @@ bool DataStage::Build(const StageRequest& request, std::string* error) {
   }
   dir_ = pattern;
   return LinkData(request, error) && StageUserDict(request, error) &&
-         WriteConfiguration(request, error) &&
+         StageFieldDicts(request, error) && WriteConfiguration(request, error) &&
          Relink(request.state + "/" + kNewWords, StagedFile(kNewWords), error);
 }
 
@@ -64,7 +79,7 @@ bool DataStage::LinkData(const StageRequest& request, std::string* error) {
   fs::create_directory(data, ec);
   for (fs::directory_iterator it(request.source, ec), end; !ec && it != end; it.increment(ec)) {
     const std::string name = it->path().filename().string();
-    if (name == kConfigure || name == kUserDict || name == kNewWords) continue;
+    if (Replaced(request, name)) continue;
     fs::create_symlink(it->path(), data / name, ec);
   }
   if (ec) *error = "cannot read " + request.source + ": " + ec.message();
@@ -95,6 +110,20 @@ bool DataStage::StageUserDict(const StageRequest& request, std::string* error) {
   return true;
 }
 
+bool DataStage::StageFieldDicts(const StageRequest& request, std::string* error) const {
+  const std::string gran = request.source + "/" + kGranDict + ".pdat";
+  if (request.coarse && !Exists(gran)) {
+    *error = "no coarse-grained dictionary " + gran + " (zivor-data coarse builds it)";
+    return false;
+  }
+  if (request.field_dict.empty()) return true;
+  const std::string stem = dir_ + "/Data/";
+  return BuildFieldDict(request.field_dict, request.encoding, request.source, stem + kFieldDict,
+                        error) &&
+         (request.coarse ||
+          BuildFieldDict("", request.encoding, request.source, stem + kGranDict, error));
+}
+
 bool DataStage::WriteConfiguration(const StageRequest& request, std::string* error) const {
   const std::string from = request.source + "/" + kConfigure;
   char* text = nullptr;
@@ -106,6 +135,10 @@ bool DataStage::WriteConfiguration(const StageRequest& request, std::string* err
   }
   std::string settings;
   if (!user_dict_.empty()) settings += Element("UserDict", "on");
+  if (request.coarse || !request.field_dict.empty()) {
+    settings += Element("GranularityContorl", "on");
+  }
+  if (!request.field_dict.empty()) settings += Element("FieldDict", "on");
   if (!request.delimiter.empty()) settings += Element("POSDelimiter", request.delimiter);
   if (!request.boundary.empty()) settings += Element("WordBoundary", request.boundary);
   const std::string to = StagedFile(kConfigure);

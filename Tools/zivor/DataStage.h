@@ -12,7 +12,11 @@
 //     boundary asked for;
 //   - NewWord.lst links to the data's state directory (StateDir);
 //   - UserDict.pdat is the dictionary compiled from --user-dict, else a
-//     link to the one saved in the state directory, else to the data's own.
+//     link to the one saved in the state directory, else to the data's own;
+//   - with --coarse, the granularity dictionary switched on; with
+//     --field-dict, FieldDict.pdat and .pos built from the word list and
+//     switched on, with a granularity dictionary without words in front of
+//     it unless the coarse one is on (the field pass needs one).
 // The directory is removed with the object.
 #ifndef ZIVOR_TOOLS_ZIVOR_DATASTAGE_H_
 #define ZIVOR_TOOLS_ZIVOR_DATASTAGE_H_
@@ -25,7 +29,9 @@ struct StageRequest {
   std::string source;     // the real Data directory, absolute
   std::string state;      // its state directory
   std::string user_dict;  // "WORD [TAG]" text file for this run only, or ""
-  Encoding encoding = kUtf8Encoding;  // of user_dict
+  std::string field_dict;  // "WORD [TAG]" domain word list for this run, or ""
+  bool coarse = false;     // the data's granularity dictionary on
+  Encoding encoding = kUtf8Encoding;  // of user_dict and field_dict
   std::string delimiter;  // "" keeps the configured one
   std::string boundary;   // likewise
 };
@@ -56,6 +62,7 @@ class DataStage {
  private:
   bool LinkData(const StageRequest& request, std::string* error);
   bool StageUserDict(const StageRequest& request, std::string* error);
+  bool StageFieldDicts(const StageRequest& request, std::string* error) const;
   bool WriteConfiguration(const StageRequest& request, std::string* error) const;
   std::string StagedFile(const char* name) const;
 

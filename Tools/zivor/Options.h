@@ -39,6 +39,8 @@ struct Options {
   std::string delimiter;  // between word and tag in the text format; "" as configured
   std::string boundary;   // after each word in the text format; "" as configured
   std::string user_dict;
+  std::string field_dict;  // domain word list for this run
+  bool coarse = false;     // the coarse-grained granularity dictionary on
   std::string output;     // -o; "" for standard output
   unsigned jobs = 0;      // analysis threads; 0 for one per core
   Job job = Job::kAnalyse;

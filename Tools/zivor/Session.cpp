@@ -108,6 +108,8 @@ bool Session::Start(const Options& options) {
   request.state = state_.ForData(data, &error);
   if (request.state.empty()) return Report(error);
   request.user_dict = options.user_dict;
+  request.field_dict = options.field_dict;
+  request.coarse = options.coarse;
   request.encoding = options.encoding;
   request.delimiter = options.delimiter;
   request.boundary = options.boundary;

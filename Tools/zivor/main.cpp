@@ -40,6 +40,7 @@ std::string Absolute(const std::string& path) {
 void ResolvePaths(Options* options) {
   options->dir = Absolute(options->dir);
   if (!options->user_dict.empty()) options->user_dict = Absolute(options->user_dict);
+  if (!options->field_dict.empty()) options->field_dict = Absolute(options->field_dict);
   for (UserDictAction& action : options->dict_actions) {
     if (action.kind == UserDictAction::kImport) action.argument = Absolute(action.argument);
   }
