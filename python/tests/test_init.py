@@ -90,3 +90,18 @@ def test_tag_sets():
     default, chosen = (run_python(code % (n, n, sentences)).stdout.split() for n in (0, 2))
     assert default[0] == chosen[0] == "refused"
     assert set(chosen[1:]) <= pku and not set(default[1:]) <= pku
+
+
+def test_coarse_mode():
+    code = """
+        import zivor
+        zivor.initialize(coarse=%r)
+        print(" ".join(zivor.lcut("中国科学院的专家")))
+        try:
+            zivor.initialize(coarse=%r)
+        except zivor.ZivorError as error:
+            print(error)
+    """
+    fine, coarse = (run_python(code % (c, not c)).stdout.splitlines() for c in (False, True))
+    assert fine[0] == "中国 科学院 的 专家" and coarse[0] == "中国科学院 的 专家"
+    assert fine[1].endswith("tag set 0") and coarse[1].endswith("tag set 0, coarse")

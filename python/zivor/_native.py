@@ -15,11 +15,14 @@ The data (the directory holding Data/) is the one given to initialize(), else
   * the source tree this package lies in (python/zivor inside the project).
 """
 
+import atexit
 import ctypes
 import ctypes.util
 import os
+import shutil
 import sys
 import sysconfig
+import tempfile
 import threading
 import time
 
@@ -185,11 +188,34 @@ def failure(call, marks=None):
     return ZivorError("%s failed: %s" % (call, detail))
 
 
+def _coarse_copy(directory):
+    """A private directory whose Data links to the files of directory/Data,
+    with the coarse-grained granularity dictionary switched on in its copy
+    of Configure.xml (the first element of a name is the one that counts).
+    It is removed when the process ends."""
+    data = os.path.join(directory, "Data")
+    if not os.path.isfile(os.path.join(data, "GranDict.pdat")):
+        raise ZivorError("no coarse-grained dictionary %s (zivor-data coarse builds it)"
+                         % os.path.join(data, "GranDict.pdat"))
+    copy = tempfile.mkdtemp(prefix="zivor-coarse-")
+    atexit.register(shutil.rmtree, copy, True)
+    os.mkdir(os.path.join(copy, "Data"))
+    for name in os.listdir(data):
+        if name != "Configure.xml":
+            os.symlink(os.path.join(data, name), os.path.join(copy, "Data", name))
+    with open(os.path.join(data, "Configure.xml"), "rb") as source:
+        configuration = source.read()
+    with open(os.path.join(copy, "Data", "Configure.xml"), "wb") as target:
+        target.write(b"<GranularityContorl>on</GranularityContorl>\n" + configuration)
+    return copy
+
+
 class _State:
     lock = threading.Lock()
     lib = None          # _Prototypes once initialised
     data_dir = None
     tag_set = None
+    coarse = None
     init_calls = 0      # successful ZIVOR_Init calls of this process
 
 
@@ -199,11 +225,13 @@ def ready():
     return lib if lib is not None else initialize()
 
 
-def initialize(data_dir=None, tag_set=0):
+def initialize(data_dir=None, tag_set=0, coarse=False):
     """Loads and initialises the library once per process (thread-safe).
 
     data_dir is the directory holding Data/; tag_set picks the tag names of
-    the results (see TAG_SETS). A second call with other arguments raises
+    the results (see TAG_SETS); coarse=True turns the data's coarse-grained
+    dictionary on (organisations, places and long compounds as one word, as
+    `zivor --coarse` does). A second call with other arguments raises
     ZivorError: the library cannot be initialised twice in a process.
     """
     if tag_set not in TAG_SETS:
@@ -211,18 +239,21 @@ def initialize(data_dir=None, tag_set=0):
     with _State.lock:
         if _State.lib is not None:
             wanted = find_data_dir(_State.lib.path, data_dir) if data_dir else _State.data_dir
-            if wanted != _State.data_dir or tag_set != _State.tag_set:
-                raise ZivorError("ZIVOR is already initialised with data %s and tag set %d"
-                                 % (_State.data_dir, _State.tag_set))
+            if (wanted != _State.data_dir or tag_set != _State.tag_set
+                    or bool(coarse) != _State.coarse):
+                raise ZivorError("ZIVOR is already initialised with data %s, tag set %d%s"
+                                 % (_State.data_dir, _State.tag_set,
+                                    ", coarse" if _State.coarse else ""))
             return _State.lib
         lib = _Prototypes(find_library())
         directory = find_data_dir(lib.path, data_dir)
+        loaded = _coarse_copy(directory) if coarse else directory
         marks = log_marks()
-        if not lib.Init(os.fsencode(directory), _UTF8):
+        if not lib.Init(os.fsencode(loaded), _UTF8):
             raise failure("initialising ZIVOR with the data of %s" % directory, marks)
         lib.SetPOSmap(tag_set)
         _State.init_calls += 1
-        _State.data_dir, _State.tag_set = directory, tag_set
+        _State.data_dir, _State.tag_set, _State.coarse = directory, tag_set, bool(coarse)
         # Published last: the other calls never see a library still loading.
         _State.lib = lib
         return lib
