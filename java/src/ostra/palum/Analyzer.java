@@ -35,6 +35,9 @@ public final class Analyzer implements AutoCloseable {
     private static final ZIVOR NATIVE = new ZIVOR();
     private static int openCount;
     private static Path openDirectory;
+    private static boolean openCoarse;
+    /** The private data directory of a coarse-grained analysis, else null. */
+    private static Path stagedDirectory;
 
     private final AtomicBoolean closed = new AtomicBoolean();
 
@@ -42,25 +45,48 @@ public final class Analyzer implements AutoCloseable {
     }
 
     /**
-     * An analyzer over the data of {@code directory}/Data.
+     * An analyzer over the data of {@code directory}/Data, in fine-grained words.
      *
      * @throws IOException when the library cannot be initialised from it (the
      *     day's log, YYYYmmdd.log in the working directory, says why)
      * @throws IllegalStateException when analyzers over another directory are open
      */
     public static Analyzer open(Path directory) throws IOException {
+        return open(directory, false);
+    }
+
+    /**
+     * An analyzer over the data of {@code directory}/Data; with {@code
+     * coarse}, the data's coarse-grained dictionary (GranDict.pdat) joins
+     * organisations, places and long compounds into one word each, as {@code
+     * zivor --coarse} does.
+     *
+     * @throws IOException when the library cannot be initialised from it (the
+     *     day's log, YYYYmmdd.log in the working directory, says why), or
+     *     coarse words are asked for and the data has no such dictionary
+     * @throws IllegalStateException when analyzers over another directory, or
+     *     of the other granularity, are open
+     */
+    public static Analyzer open(Path directory, boolean coarse) throws IOException {
         Path dir = directory.toAbsolutePath().normalize();
         Lock lock = LIBRARY.writeLock();
         lock.lock();
         try {
             if (openCount == 0) {
-                if (!ZIVOR.ZIVOR_Init(dir.toString().getBytes(StandardCharsets.UTF_8), UTF8)) {
+                Path loaded = coarse ? CoarseData.stage(dir) : dir;
+                if (!ZIVOR.ZIVOR_Init(loaded.toString().getBytes(StandardCharsets.UTF_8), UTF8)) {
+                    if (coarse) {
+                        CoarseData.delete(loaded);
+                    }
                     throw new IOException("cannot initialise the analysis from " + dir
                             + "/Data; the day's log in the working directory says why");
                 }
                 openDirectory = dir;
-            } else if (!openDirectory.equals(dir)) {
-                throw new IllegalStateException("analyzers over " + openDirectory + " are open");
+                openCoarse = coarse;
+                stagedDirectory = coarse ? loaded : null;
+            } else if (!openDirectory.equals(dir) || openCoarse != coarse) {
+                throw new IllegalStateException("analyzers over " + openDirectory
+                        + (openCoarse ? " (coarse)" : "") + " are open");
             }
             openCount++;
             return new Analyzer();
@@ -138,6 +164,10 @@ public final class Analyzer implements AutoCloseable {
             if (--openCount == 0) {
                 ZIVOR.ZIVOR_Exit();
                 openDirectory = null;
+                if (stagedDirectory != null) {
+                    CoarseData.delete(stagedDirectory);
+                    stagedDirectory = null;
+                }
             }
         } finally {
             lock.unlock();

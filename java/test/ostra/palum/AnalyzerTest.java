@@ -43,6 +43,20 @@ public class AnalyzerTest {
     }
 
     @Test
+    public void coarseAnalyzersJoinCompoundsOfTheData() throws IOException {
+        String text = "中国科学院的专家";
+        assertEquals("中国", analyzer.analyze(text).get(0).word());
+        assertThrows(IllegalStateException.class, () -> Analyzer.open(data, true));
+        analyzer.close();
+        try (Analyzer coarse = Analyzer.open(data, true)) {
+            assertEquals("中国科学院", coarse.analyze(text).get(0).word());
+            assertThrows(IllegalStateException.class, () -> Analyzer.open(data));
+        }
+        analyzer = Analyzer.open(data);
+        assertEquals("中国", analyzer.analyze(text).get(0).word());
+    }
+
+    @Test
     public void tokensAreTheNativeRecordsInTheStringsOwnChars() throws IOException {
         List<String> texts = new ArrayList<>(TestData.sampleLines());
         texts.add("我爱😀北京abc天安门");  // a surrogate pair: 2 chars, 4 bytes
