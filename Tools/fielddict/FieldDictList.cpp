@@ -141,10 +141,15 @@ bool FieldDictList::WriteDictionary(const std::string& path, std::string* error)
     return false;
   }
   for (size_t i = 0; i < entries_.size(); ++i) {
-    if (dict->Find(entries_[i].word.c_str()) != static_cast<int>(i) + 1) {
-      *error = "the dictionary does not find \"" + entries_[i].word + "\"";
-      return false;
-    }
+    const std::string& word = entries_[i].word;
+    if (dict->Find(word.c_str()) == static_cast<int>(i) + 1) continue;
+    *error = "the dictionary does not find \"" + word + "\"";
+    // The double array cannot find a one-character word of its most
+    // frequent character when no longer word holds that character.
+    const bool one_character =
+        word.size() == 1 || (word.size() == 2 && static_cast<unsigned char>(word[0]) >= 0x80);
+    if (one_character) *error += " (a word of one character needs a longer word holding it)";
+    return false;
   }
   return SaveReplacing(path, [&](const char* to) { return dict->Save(to); }, error);
 }
