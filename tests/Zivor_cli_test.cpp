@@ -274,8 +274,15 @@ TEST_F(ZivorCliTest, FieldDictionaryAndCoarseModeMergeWholeWords) {
   EXPECT_EQ(1, bad.status);
   EXPECT_EQ("zivor: " + work_.File("bad.txt") + ":1: expected \"WORD [TAG]\", found more fields\n",
             bad.err);
+  // A dictionary asked for that the library goes on without is refused.
+  const std::string pos = data_->File("Data/GranDict.pos");
+  testutil::WriteFile(pos, "damaged");
+  const CliRun damaged = Run(WithData({"--coarse"}), input);
+  EXPECT_EQ(1, damaged.status);
+  EXPECT_EQ("zivor: cannot use the dictionaries asked for: Cannot open granularity dictionary "
+            "POS data " + pos + "\n", damaged.err);
   std::remove(gran.c_str());
-  std::remove(data_->File("Data/GranDict.pos").c_str());
+  std::remove(pos.c_str());
 }
 
 TEST_F(ZivorCliTest, ReadsFilesInOrderAndReportsMissingOnes) {

@@ -73,6 +73,21 @@ bool HasTables(const std::string& data, const Encoding& encoding) {
   return true;
 }
 
+// Whether the library logged since `mark` that it goes on without the
+// granularity or field dictionary, which a run of --coarse or --field-dict
+// must not.
+bool DictionaryPassFailed(const LogMark& mark) {
+  for (std::string message : mark.Messages(20)) {
+    for (char& c : message) c = static_cast<char>(tolower(static_cast<unsigned char>(c)));
+    if (message.find("granularity") != std::string::npos ||
+        message.find("field dictionary") != std::string::npos ||
+        message.find("filed dictionary") != std::string::npos) {
+      return true;
+    }
+  }
+  return false;
+}
+
 std::string ExecutableDir() {
   std::error_code ec;
   const fs::path exe = fs::read_symlink("/proc/self/exe", ec);
@@ -125,5 +140,9 @@ bool Session::Initialise(const Options& options) {
                   mark.Reason(DataDir(stage_.dir()), data));
   }
   started_ = true;
+  if ((options.coarse || !options.field_dict.empty()) && DictionaryPassFailed(mark)) {
+    return Report("cannot use the dictionaries asked for: " +
+                  mark.Reason(DataDir(stage_.dir()), data));
+  }
   return HasTables(data, options.encoding);
 }
