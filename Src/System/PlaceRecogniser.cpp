@@ -11,10 +11,13 @@ CPlaceRecogniser::CPlaceRecogniser(const CPlaceModel& model, double vocabulary)
 void CPlaceRecogniser::Find(const word_t* words, int count, unsigned char mergedType) {
   m_mergedType = mergedType;
   m_found.clear();
+  m_merged = false;
   if (words == nullptr || count < 3) return;
   m_found.assign(words, words + count);
+  if (!MayHoldPlace()) return;
   m_tagger.Tagging(m_found.data(), count);
   m_model.Automaton().MaxPR(m_found.data(), &count, gUnknown_ns_ID);
+  m_merged = static_cast<size_t>(count) < m_found.size();
   m_found.resize(static_cast<size_t>(count));
   // The automaton leaves its accepting tag in the type of the words it
   // merged.
@@ -24,6 +27,24 @@ void CPlaceRecogniser::Find(const word_t* words, int count, unsigned char merged
       word.POS_id = CPlaceModel::kPlaceTag;
     }
   }
+}
+
+bool CPlaceRecogniser::CanPlay(const word_t& word, unsigned char role) const {
+  int n = 0;
+  const POS_info* roles = m_model.Roles().GetPOS(word.handle, &n);
+  for (int k = 0; k < n; ++k) {
+    if (roles[k].POS_id == role) return true;
+  }
+  return false;
+}
+
+bool CPlaceRecogniser::MayHoldPlace() const {
+  bool open = false;  // a first piece and inner pieces may end at the word before
+  for (const word_t& word : m_found) {
+    if (open && CanPlay(word, kPlaceRoleLast)) return true;
+    open = CanPlay(word, kPlaceRoleFirst) || (open && CanPlay(word, kPlaceRoleMiddle));
+  }
+  return false;
 }
 
 bool CPlaceRecogniser::IsPlace(size_t i) const {
@@ -41,7 +62,7 @@ size_t CPlaceRecogniser::CoveredRun(size_t i, const word_t& merged) const {
 }
 
 void CPlaceRecogniser::Claim(word_t* words, int* count) {
-  if (words == nullptr || count == nullptr || *count < 3 || m_found.size() < 3) return;
+  if (!m_merged || words == nullptr || count == nullptr || *count < 3) return;
   const int n = *count;
   std::vector<word_t>& claimed = m_claimed;
   claimed.assign(1, words[0]);

@@ -44,6 +44,13 @@ class CPlaceRecogniser {
   void Claim(word_t* words, int* count);
 
  private:
+  // Whether the role lexicon gives the word that role.
+  bool CanPlay(const word_t& word, unsigned char role) const;
+  // Whether a place can be found at all: the tagger gives a word only the
+  // roles the lexicon gives it, or "none", and a place is a run of words
+  // that can be a first piece, inner pieces and a last piece. Tagging the
+  // other sentences is skipped.
+  bool MayHoldPlace() const;
   // Whether found word i is a place.
   bool IsPlace(size_t i) const;
   // The number of found words from i on that `merged` covers exactly, none
@@ -54,6 +61,7 @@ class CPlaceRecogniser {
   CHMMTagger m_tagger;
   unsigned char m_mergedType = 0;
   std::vector<word_t> m_found;
+  bool m_merged = false;  // whether m_found holds a place
   std::vector<word_t> m_claimed;  // Claim's result before it is copied back
 };
 
