@@ -7,20 +7,13 @@ namespace testutil {
 
 bool WritePlaceModel(const std::string& dir, const CPDAT& dict,
                      const std::vector<std::string>& role_lines, int role_count, int tag) {
-  const struct {
-    PlaceRole from, to;
-    int count;
-  } transitions[] = {
-      {kPlaceRoleStart, kPlaceRoleOther, 20},  {kPlaceRoleStart, kPlaceRoleBefore, 10},
-      {kPlaceRoleBefore, kPlaceRoleFirst, 10}, {kPlaceRoleFirst, kPlaceRoleMiddle, 2},
-      {kPlaceRoleMiddle, kPlaceRoleLast, 2},   {kPlaceRoleFirst, kPlaceRoleLast, 8},
-      {kPlaceRoleLast, kPlaceRoleAfter, 10},   {kPlaceRoleAfter, kPlaceRoleOther, 5},
-      {kPlaceRoleAfter, kPlaceRoleEnd, 5},     {kPlaceRoleOther, kPlaceRoleOther, 100},
-      {kPlaceRoleOther, kPlaceRoleBefore, 5},  {kPlaceRoleOther, kPlaceRoleEnd, 15},
-  };
+  // "from to count": start -> before -> first (-> middle) -> last -> after -> end.
+  const int transitions[][3] = {{0, 9, 20}, {0, 6, 10}, {6, 2, 10}, {2, 3, 2},  {3, 4, 2},
+                                {2, 4, 8},  {4, 7, 10}, {7, 9, 5},  {7, 1, 5},  {9, 9, 100},
+                                {9, 6, 5},  {9, 1, 15}};
   CContextStat context;
   context.SetSymbol(static_cast<unsigned char>(role_count));
-  for (const auto& t : transitions) context.Add(t.from, t.to, t.count);
+  for (const auto& t : transitions) context.Add(t[0], t[1], t[2]);
   CPOS roles;
   CFSA automaton;
   WriteFile(dir + "/roles.txt", Gbk(Lines(role_lines)));
