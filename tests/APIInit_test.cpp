@@ -4,10 +4,12 @@
 #include <cstring>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "zivor/ZIVOR.h"
 #include "API/ZIVORState.h"
 #include "MiniData.h"
+#include "PlaceData.h"
 #include "System/MainSystem.h"
 #include "Utility/Global.h"
 #include "Utility/PDAT.h"
@@ -180,47 +182,60 @@ TEST_F(InitTest, SwitchedOffStagesNeedNoData) {
   EXPECT_EQ(0, g_pZIVOR->GetPosmap());
 }
 
-// The transliteration table: without the key it is read when it is there,
-// "on" asks for it, "off" leaves it; one that fails is logged and skipped.
-TEST_F(InitTest, TransliterationTableFollowsItsKeyAndIsSkippedWhenItFails) {
+// The recognisers of unknown words: without its key one is read when its
+// files are there, "on" asks for it, "off" leaves it; one whose first file
+// fails is logged and skipped.
+TEST_F(InitTest, UnknownWordRecognisersFollowTheirKeysAndAreSkippedWhenTheyFail) {
   enum class File { kNone, kValid, kDamaged };
   const struct {
-    const char* key;
+    const char* value;
     File file;
     bool loaded;
     bool logged;
   } cases[] = {
-      {"", File::kNone, false, false},
-      {"", File::kValid, true, false},
-      {"", File::kDamaged, false, true},
-      {"<Transliteration>on</Transliteration>", File::kNone, false, true},
-      {"<Transliteration>on</Transliteration>", File::kValid, true, false},
-      {"<Transliteration>off</Transliteration>", File::kDamaged, false, false},
-      {"<Transliteration>off</Transliteration>", File::kValid, false, false},
+      {nullptr, File::kNone, false, false}, {nullptr, File::kValid, true, false},
+      {nullptr, File::kDamaged, false, true}, {"on", File::kNone, false, true},
+      {"on", File::kValid, true, false},      {"off", File::kDamaged, false, false},
+      {"off", File::kValid, false, false},
   };
-  // A table over the mini dictionary in which 他 is a transliteration
-  // character.
+  // Over the mini dictionary: a table in which 他 is a transliteration
+  // character, and place roles in which 他 begins a place and 说 ends one.
   CPDAT dict;
   CPOS table;
   testutil::WriteFile(work_.File("table.txt"), Gbk("他 0 10\n他 2 10\n说 2 100\n"));
   ASSERT_TRUE(dict.Load(DataFile("CoreDict.pdat").c_str()) &&
               table.Import(work_.File("table.txt").c_str(), &dict, nullptr) == 3 &&
-              table.Save(work_.File("tr.char").c_str()));
-  const std::string valid = testutil::ReadFileBytes(work_.File("tr.char"));
-  const std::string failure = "Cannot open transliteration table\n" + DataFile("tr.char") + "\n";
-  for (const auto& c : cases) {
-    Configure(std::string("<TagSet>ZIVOR.map</TagSet>") + c.key);
-    fs::remove(DataFile("tr.char"));
-    if (c.file != File::kNone) {
-      testutil::WriteFile(DataFile("tr.char"),
-                          c.file == File::kValid ? valid : valid.substr(0, valid.size() - 1));
+              table.Save(work_.File("tr.char").c_str()) &&
+              testutil::WritePlaceModel(work_.path(), dict, {"他 2 10", "说 4 10"}));
+  const struct {
+    std::string key;
+    std::vector<std::string> files;  // the first is the one damaged
+    std::string message;
+    bool (*loaded)();
+  } recognisers[] = {
+      {"Transliteration", {"tr.char"}, "Cannot open transliteration table",
+       [] { return g_pTransliteration != nullptr; }},
+      {"Place", {"ns.role", "ns.ctx", "ns.fsa"}, "Cannot open place-name tables",
+       [] { return g_pPlaceModel != nullptr; }},
+  };
+  for (const auto& r : recognisers) {
+    for (const auto& c : cases) {
+      const std::string key = c.value ? "<" + r.key + ">" + c.value + "</" + r.key + ">" : "";
+      Configure("<TagSet>ZIVOR.map</TagSet>" + key);
+      for (const std::string& file : r.files) {
+        fs::remove(DataFile(file));
+        if (c.file != File::kNone) fs::copy_file(work_.File(file), DataFile(file));
+      }
+      const std::string first = DataFile(r.files[0]);
+      if (c.file == File::kDamaged) fs::resize_file(first, fs::file_size(first) - 1);
+      ASSERT_TRUE(Init()) << r.key << key;
+      EXPECT_EQ(c.loaded, r.loaded()) << r.key << key;
+      EXPECT_EQ(c.logged ? r.message + "\n" + first + "\n" : "", TakeLog()) << r.key << key;
+      EXPECT_NE(ZIVOR_ParagraphProcess(Gbk("他说").c_str(), 1), nullptr);
+      ZIVOR_Exit();
+      EXPECT_FALSE(r.loaded());
     }
-    ASSERT_TRUE(Init()) << c.key;
-    EXPECT_EQ(c.loaded, g_pTransliteration != nullptr) << c.key;
-    EXPECT_EQ(c.logged ? failure : "", TakeLog()) << c.key;
-    EXPECT_NE(ZIVOR_ParagraphProcess(Gbk("他说").c_str(), 1), nullptr);
-    ZIVOR_Exit();
-    EXPECT_EQ(g_pTransliteration, nullptr);
+    for (const std::string& file : r.files) fs::remove(DataFile(file));
   }
 }
 

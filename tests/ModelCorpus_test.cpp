@@ -21,7 +21,8 @@ using testutil::Gbk;
 
 const char* const kTrainedFiles[] = {"CoreDict.pdat", "CoreDict.unig", "BiWord.big",
                                      "CoreDict.pos",  "ZIVOR.ctx",     "nr.role",
-                                     "nr.ctx",        "nr.fsa",        "tr.char"};
+                                     "nr.ctx",        "nr.fsa",        "tr.char",
+                                     "ns.role",       "ns.ctx",        "ns.fsa"};
 
 // Day 1 has four names (江泽民, 克林顿, 王小红, 小王); day 2 one more.
 const char* const kCorpus[] = {

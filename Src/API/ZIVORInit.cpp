@@ -17,6 +17,7 @@
 #include "zivor/ZIVOR.h"
 #include "API/ZIVORState.h"
 #include "System/MainSystem.h"
+#include "System/PlaceModel.h"
 #include "System/Transliteration.h"
 #include "Utility/Bigram.h"
 #include "Utility/Charset.h"
@@ -309,6 +310,7 @@ enum class Switch { kOff, kOn, kIfPresent };
 
 struct Recognisers {
   Switch transliteration = Switch::kIfPresent;
+  Switch place = Switch::kIfPresent;
 };
 
 Switch ReadSwitch(const char* config, const char* key) {
@@ -319,19 +321,40 @@ Switch ReadSwitch(const char* config, const char* key) {
 Recognisers ReadRecognisers(const char* config) {
   Recognisers on;
   on.transliteration = ReadSwitch(config, "Transliteration");
+  on.place = ReadSwitch(config, "Place");
   return on;
 }
 
-void LoadUnknownWordRecognisers(const Recognisers& on) {
+// Whether a recogniser whose file is `name` is to be loaded.
+bool Wanted(Switch on, const char* name) {
+  if (on != Switch::kIfPresent) return on == Switch::kOn;
+  return access(DataFile(name).c_str(), F_OK) == 0;
+}
+
+void LoadTransliteration(Switch on) {
   const std::string path = DataFile("tr.char");
-  if (on.transliteration == Switch::kOff ||
-      (on.transliteration == Switch::kIfPresent && access(path.c_str(), F_OK) != 0)) {
-    return;
-  }
+  if (!Wanted(on, "tr.char")) return;
   g_pTransliteration = new (std::nothrow) CTransliteration(g_pCoreDict);
   if (g_pTransliteration != nullptr && g_pTransliteration->Load(path.c_str())) return;
   LogWithPath("Cannot open transliteration table", path);
   DeleteAndNull(g_pTransliteration);
+}
+
+// The place-name recogniser's three files (ns.role is the one looked for).
+void LoadPlaceModel(Switch on) {
+  if (!Wanted(on, "ns.role")) return;
+  std::string error = DataFile("ns.role");
+  if (Renew(g_pPlaceModel) != nullptr &&
+      g_pPlaceModel->Load(g_sDefaultDir, g_pCoreDict->GetLowerBound(), &error)) {
+    return;
+  }
+  LogWithPath("Cannot open place-name tables", error);
+  DeleteAndNull(g_pPlaceModel);
+}
+
+void LoadUnknownWordRecognisers(const Recognisers& on) {
+  LoadTransliteration(on.transliteration);
+  LoadPlaceModel(on.place);
 }
 
 // The new-word log, appended to; the library works without it.
@@ -374,6 +397,7 @@ void DeleteSharedResources() {
   DeleteAndNull(g_pPersonContext);
   DeleteAndNull(g_pPersonFSA);
   DeleteAndNull(g_pTransliteration);
+  DeleteAndNull(g_pPlaceModel);
 }
 
 void DeleteCodeTranslator() { DeleteAndNull(g_pCodeTranslator); }

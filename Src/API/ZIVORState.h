@@ -29,6 +29,7 @@ class CContextStat;
 class CFSA;
 class CMainSystem;
 class CPDAT;
+class CPlaceModel;
 class CPOS;
 class CPOSmap;
 class CTransliteration;
@@ -66,6 +67,7 @@ extern CPOS* g_pPersonRole;
 extern CContextStat* g_pPersonContext;
 extern CFSA* g_pPersonFSA;
 extern CTransliteration* g_pTransliteration;  // null when off or not loaded
+extern CPlaceModel* g_pPlaceModel;            // null when off or not loaded
 extern CCodeTran* g_pCodeTranslator;  // null when the caller's encoding is GBK
 extern FilePtr g_fpNewWord;           // the new-word log "NewWord.lst"
 

@@ -12,6 +12,7 @@
 
 #include "Segment/PreProcess.h"
 #include "Segment/Segment.h"
+#include "System/PlaceRecogniser.h"
 #include "System/Transliteration.h"
 #include "Tagger/HMMTagger.h"
 #include "Utility/BufferGrowth.h"
@@ -396,10 +397,12 @@ void CMainSystem::ProcessSegment(const char* pSegment, int nOffset, bool bPOStag
   word_t* words = m_pSegmenter->m_pWords;
   int count = m_pSegmenter->m_nWordCount;
   const bool tagging = g_bPOSTagger && bPOStagged && m_pTagger != nullptr;
+  if (m_pPlaces != nullptr) m_pPlaces->Find(words, count, kMergedWordType);
   if (m_pPERTagger != nullptr) {
     m_pPERTagger->Tagging(words, count);
     if (m_pPersonFSA != nullptr) m_pPersonFSA->MaxPR(words, &count, gUnknown_nr_ID);
   }
+  if (m_pPlaces != nullptr) m_pPlaces->Claim(words, &count);
   if (m_pTransliteration != nullptr) m_pTransliteration->Merge(pSegment, words, &count);
   m_pSegmenter->m_nWordCount = count;
   // The tagger marks the merged names; without it they are marked here,
@@ -432,6 +435,12 @@ void CMainSystem::ProcessSegment(const char* pSegment, int nOffset, bool bPOStag
     count = merged;
   }
   Output(pSegment, words, count, nOffset, bPOStagged, bUserDict);
+}
+
+void CMainSystem::SetPlaceModel(const CPlaceModel* pModel) {
+  const double vocabulary = m_pUnigram != nullptr ? m_pUnigram->GetItemCount() : 0.0;
+  m_pPlaces = pModel != nullptr ? std::make_unique<CPlaceRecogniser>(*pModel, vocabulary)
+                                : nullptr;
 }
 
 void CMainSystem::MarkPersonNames(word_t* pWords, int nCount) {

@@ -19,6 +19,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,8 @@ class CFSA;
 class CHMMTagger;
 class CKeyWordFinder;
 class CPDAT;
+class CPlaceModel;
+class CPlaceRecogniser;
 class CPOS;
 class CPOSmap;
 class CPreProcess;
@@ -84,6 +87,10 @@ class CMainSystem {
   void SetTransliteration(const CTransliteration* pTransliteration) {
     m_pTransliteration = pTransliteration;
   }
+  // The place-name recogniser's model (borrowed; null for none): places are
+  // found on the chosen path and claim their words from the person names
+  // recognised there (CPlaceRecogniser).
+  void SetPlaceModel(const CPlaceModel* pModel);
 
   // Appends words 1 .. nWordCount-2 of one sentence segment to the result.
   int Output(const char* pLine, word_t* pWords, int nWordCount, int nStartLen,
@@ -173,6 +180,7 @@ class CMainSystem {
   CHMMTagger* m_pPERTagger = nullptr;
   CFSA* m_pPersonFSA;
   const CTransliteration* m_pTransliteration = nullptr;
+  std::unique_ptr<CPlaceRecogniser> m_pPlaces;
   CCodeTran* m_pCodeTranslator;
   CWordStats m_wordStats;  // over the core dictionary and the frequency tables
   bool m_bWordMerged = false;

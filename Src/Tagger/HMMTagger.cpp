@@ -32,8 +32,11 @@ double Rounded(double score) {
 }  // namespace
 
 CHMMTagger::CHMMTagger(const CPOS* pPOSData, const CContextStat* pContextData,
-                       double dTotalItemCount, int nDefaultPOS)
-    : m_pPOSData(pPOSData), m_pContextData(pContextData), m_dTotalItemCount(dTotalItemCount) {
+                       double dTotalItemCount, int nDefaultPOS, bool bFixedDefault)
+    : m_pPOSData(pPOSData),
+      m_pContextData(pContextData),
+      m_dTotalItemCount(dTotalItemCount),
+      m_bFixedDefault(bFixedDefault) {
   m_POSDefault.POS_id = static_cast<unsigned char>(nDefaultPOS);
   m_POSDefault.freq = 0;
 }
@@ -83,7 +86,9 @@ void CHMMTagger::SetCandidates(int i, const word_t& word) {
   // The sentence-start word gets no default: without entries it has no
   // candidate at all and the next word starts from a score of 0.
   if (n == 0 && i > 0) {
-    if (SwitchesDefault(word.type)) m_POSDefault.POS_id = kSwitchedDefaultPOS;
+    if (!m_bFixedDefault && SwitchesDefault(word.type)) {
+      m_POSDefault.POS_id = kSwitchedDefaultPOS;
+    }
     candidates = &m_POSDefault;
     n = 1;
   }

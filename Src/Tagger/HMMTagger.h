@@ -20,7 +20,9 @@
 // tags from then on, and every one already seen in the same sentence (they
 // all share the one default candidate), gets 78. This state belongs to the
 // object, so a tagger must be used by one thread at a time; the lexicon and
-// statistics it points to are only read and may be shared.
+// statistics it points to are only read and may be shared. A tagger built
+// with a fixed default (the place-role tagger, whose roles have no 78)
+// never switches.
 //
 // After decoding, a word whose handle is the person-name class handle
 // (gUnknown_nr_ID) takes as its tag the value its `type` carried (the tag
@@ -45,7 +47,7 @@ class CHMMTagger {
   // Neither the lexicon nor the statistics are owned; either may be null
   // (every word is then without entries, or every transition unseen).
   CHMMTagger(const CPOS* pPOSData, const CContextStat* pContextData, double dTotalItemCount,
-             int nDefaultPOS);
+             int nDefaultPOS, bool bFixedDefault = false);
   virtual ~CHMMTagger();
   CHMMTagger(const CHMMTagger&) = delete;
   CHMMTagger& operator=(const CHMMTagger&) = delete;
@@ -100,6 +102,7 @@ class CHMMTagger {
   const CPOS* m_pPOSData;
   const CContextStat* m_pContextData;
   double m_dTotalItemCount;
+  bool m_bFixedDefault;
 };
 
 #endif  // ZIVOR_TAGGER_HMMTAGGER_H_

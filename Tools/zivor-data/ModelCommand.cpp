@@ -5,12 +5,13 @@
 // counts words, word pairs, tags and tag transitions per sentence with the
 // sentence markers around it, adds the words of a general word list that
 // the corpus lacks (ModelLexicon), builds the core dictionary, unigram and
-// bigram tables, then segments the training sentences to count person-name roles
-// (ModelRoles): each tenth of them with word tables counted on the other
-// nine tenths, so that the roles see the pieces of words new to the tables
-// as new text will show them. Every binary is written by the analyser's
-// own importers from text written to a temporary directory; all counts are
-// kept in ordered maps, so the same corpus gives the same bytes.
+// bigram tables, then segments the training sentences to count person-name
+// roles (ModelRoles) and place-name roles (ModelPlaceRoles): each tenth of
+// them with word tables counted on the other nine tenths, so that the roles
+// see the pieces of words new to the tables as new text will show them.
+// Every binary is written by the analyser's own importers from text written
+// to a temporary directory; all counts are kept in ordered maps, so the
+// same corpus gives the same bytes.
 #include <stdlib.h>
 
 #include <algorithm>
@@ -28,8 +29,10 @@
 #include "Corpus.h"
 #include "ModelCorpus.h"
 #include "ModelLexicon.h"
+#include "ModelPlaceRoles.h"
 #include "ModelRoles.h"
 #include "ModelTransliteration.h"
+#include "System/PlaceModel.h"
 #include "TagRefiner.h"
 #include "Utility/Bigram.h"
 #include "Utility/Charset.h"
@@ -212,6 +215,10 @@ class ModelBuilder {
   bool WriteWordTables();
   bool WriteTagTables();
   bool WriteRoleTables();
+  // The lexicon, statistics and automaton of one role inventory, as
+  // PREFIX.role, PREFIX.ctx and PREFIX.fsa.
+  bool WriteRoleSet(const RoleCounts& counts, unsigned char role_count, const std::string& prefix,
+                    bool (*write_automaton)(const std::string&));
   bool WriteTransliterationTable();
   bool SaveContext(const CContextStat& stat, const char* name) const;
   bool WriteFoldTables(const WordCounts& counts, const std::string& name, CUnigram* unigram,
@@ -242,7 +249,7 @@ int ModelBuilder::Run(const std::vector<std::string>& corpora, int first_day, in
       ReadCorpus(corpora, first_day, last_day) &&
       (WriteWordTables() || Failure("cannot build the dictionary and word tables")) &&
       (WriteTagTables() || Failure("cannot build the tag lexicon and statistics")) &&
-      (WriteRoleTables() || Failure("cannot build the person-name tables")) &&
+      (WriteRoleTables() || Failure("cannot build the person-name and place-name tables")) &&
       (WriteTransliterationTable() || Failure("cannot build the transliteration table"));
   if (!built) return 1;
   printf("%zu sentences, %zu words, %zu pairs, total word frequency %d\n", sentences_.size(),
@@ -397,7 +404,14 @@ bool ModelBuilder::WriteTagTables() {
 }
 
 bool ModelBuilder::WriteRoleTables() {
-  RoleTrainer trainer(&charset_, &dict_, &unigram_, &bigram_);
+  const std::set<unsigned char> place_tags = {map_.GetID("ns"), map_.GetID("nsf")};
+  auto place_roles = [&place_tags](const std::string&, const std::vector<word_t>& path,
+                                   const std::vector<ModelToken>& tokens) {
+    return AssignPlaceRoles(path, tokens, place_tags);
+  };
+  RoleTrainer names(&charset_, &dict_, &unigram_, &bigram_, RoleTrainer::AssignRoles);
+  RoleTrainer places(&charset_, &dict_, &unigram_, &bigram_, place_roles,
+                     RoleTrainer::Lattice::kCountedWords);
   const int folds = kRoleFolds;
   const size_t n = sentences_.size();
   for (int fold = 0; fold < folds; ++fold) {
@@ -411,24 +425,35 @@ bool ModelBuilder::WriteRoleTables() {
     CBigram bigram;
     const std::string fold_name = std::to_string(fold);
     if (!WriteFoldTables(held, fold_name, &unigram, &bigram)) return false;
-    trainer.UseTables(&unigram, &bigram);
-    for (size_t i = begin; i < end; ++i) trainer.Add(sentences_[i]);
+    for (RoleTrainer* trainer : {&names, &places}) {
+      trainer->UseTables(&unigram, &bigram);
+      for (size_t i = begin; i < end; ++i) trainer->Add(sentences_[i]);
+    }
   }
+  return WriteRoleSet(names.Counts(), kRoleCount, "nr", WriteNameAutomaton) &&
+         WriteRoleSet(places.Counts(), kPlaceRoleCount, "ns", WritePlaceAutomaton);
+}
+
+bool ModelBuilder::WriteRoleSet(const RoleCounts& counts, unsigned char role_count,
+                                const std::string& prefix,
+                                bool (*write_automaton)(const std::string&)) {
   std::vector<std::string> lines;
-  for (const auto& [key, count] : trainer.Lexicon()) {
+  for (const auto& [key, count] : counts.Lexicon()) {
     lines.push_back(Line(words_[key.first - 1], key.second, count));
   }
   CPOS roles;
   CContextStat stat;
-  stat.SetSymbol(kRoleCount);
-  trainer.AddTransitions(&stat);
+  stat.SetSymbol(role_count);
+  counts.AddTransitions(&stat);
   CFSA automaton;
-  return WriteLines(temp_.File("roles.txt"), lines) &&
-         roles.Import(temp_.File("roles.txt").c_str(), &dict_, nullptr) > 0 &&
-         roles.Save(Out("nr.role").c_str()) && SaveContext(stat, "nr.ctx") &&
-         WriteNameAutomaton(temp_.File("nr_fsa.txt")) &&
-         automaton.Import(temp_.File("nr_fsa.txt").c_str()) &&
-         automaton.Save(Out("nr.fsa").c_str());
+  const std::string lexicon_text = temp_.File(prefix + "-roles.txt");
+  const std::string automaton_text = temp_.File(prefix + "-fsa.txt");
+  return WriteLines(lexicon_text, lines) &&
+         roles.Import(lexicon_text.c_str(), &dict_, nullptr) > 0 &&
+         roles.Save(Out((prefix + ".role").c_str()).c_str()) &&
+         SaveContext(stat, (prefix + ".ctx").c_str()) && write_automaton(automaton_text) &&
+         automaton.Import(automaton_text.c_str()) &&
+         automaton.Save(Out((prefix + ".fsa").c_str()).c_str());
 }
 
 // Character counts of transliterated names and places (ModelTransliteration).

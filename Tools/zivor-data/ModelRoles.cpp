@@ -12,6 +12,7 @@
 #include <cstdio>
 
 #include "Utility/ContextStat.h"
+#include "Utility/Unigram.h"
 
 namespace {
 
@@ -85,13 +86,36 @@ unsigned char RoleAcross(const NameSpan& name, int s, int e) {
 
 }  // namespace
 
-RoleTrainer::RoleTrainer(CCharset* charset, CPDAT* dict, CUnigram* unigram, CBigram* bigram)
+RoleTrainer::RoleTrainer(CCharset* charset, CPDAT* dict, CUnigram* unigram, CBigram* bigram,
+                         RoleAssigner assign, Lattice lattice)
     : atoms_(charset, dict, nullptr),
       dict_(dict),
-      segmenter_(std::make_unique<CSegment>(dict, unigram, bigram)) {}
+      unigram_(unigram),
+      segmenter_(std::make_unique<CSegment>(dict, unigram, bigram)),
+      assign_(std::move(assign)),
+      lattice_(lattice) {}
 
 void RoleTrainer::UseTables(CUnigram* unigram, CBigram* bigram) {
+  unigram_ = unigram;
   segmenter_ = std::make_unique<CSegment>(dict_, unigram, bigram);
+}
+
+// Each row of the lattice starts with its atom, which stays; so does every
+// word of one character.
+void RoleTrainer::DropUncountedWords() {
+  word_t** rows = atoms_.WordGraph();
+  int* sizes = atoms_.WordCounter();
+  for (int r = 0; r < atoms_.GraphLength(); ++r) {
+    if (rows[r] == nullptr) continue;
+    int kept = 1;
+    for (int k = 1; k < sizes[r]; ++k) {
+      const word_t& word = rows[r][k];
+      if (word.end - word.start <= kCharBytes || unigram_->GetFreq(word.handle) > 0) {
+        rows[r][kept++] = word;
+      }
+    }
+    sizes[r] = kept;
+  }
 }
 
 // The analyser's path over the sentence. Should atom segmentation cut the
@@ -104,7 +128,8 @@ std::vector<word_t> RoleTrainer::Segment(const std::string& text) {
   while (pos < length) {
     const char* piece = text.c_str() + pos;
     const int next = static_cast<int>(atoms_.FullSegment(piece) - text.c_str());
-    if (atoms_.AtomCount() >= 3) {
+    if (atoms_.AtomCount() >= 3 && atoms_.WordGraph() != nullptr) {
+      if (lattice_ == Lattice::kCountedWords) DropUncountedWords();
       const int count = segmenter_->BiSegment(atoms_.WordGraph(), atoms_.GraphLength(),
                                               atoms_.WordCounter(), atoms_.AtomCount());
       for (int k = 0; k < count; ++k) {
@@ -163,14 +188,17 @@ std::vector<unsigned char> RoleTrainer::AssignRoles(const std::string& text,
 
 void RoleTrainer::Add(const ModelSentence& sentence) {
   const std::vector<word_t> path = Segment(sentence.text);
-  const std::vector<unsigned char> roles = AssignRoles(sentence.text, path, sentence.tokens);
+  counts_.Add(path, assign_(sentence.text, path, sentence.tokens));
+}
+
+void RoleCounts::Add(const std::vector<word_t>& path, const std::vector<unsigned char>& roles) {
   for (size_t i = 0; i < path.size(); ++i) {
     if (path[i].handle >= 0) ++lexicon_[{path[i].handle, roles[i]}];
     if (i > 0) ++transitions_[{roles[i - 1], roles[i]}];
   }
 }
 
-void RoleTrainer::AddTransitions(CContextStat* stat) const {
+void RoleCounts::AddTransitions(CContextStat* stat) const {
   for (const auto& [pair, count] : transitions_) stat->Add(pair.first, pair.second, count);
 }
 
@@ -187,30 +215,30 @@ void RoleTrainer::AddTransitions(CContextStat* stat) const {
 // given name (nr2) was tried and turns many place names and nouns into
 // names (绍兴, 礼治); see Data/ROLES.md.
 bool WriteNameAutomaton(const std::string& path) {
-  struct Edge {
-    int from;
-    NameRole role;
-    int to;
-  };
   constexpr int kStates = 13;
-  const Edge edges[] = {
+  const std::vector<AutomatonEdge> edges = {
       {0, kRoleSurname, 1},       {1, kRoleGivenFirst, 2},    {2, kRoleGivenSecond, 3},
       {1, kRoleGivenSingle, 4},   {1, kRoleGivenWhole, 5},    {0, kRoleSurnameFirst, 6},
       {6, kRoleGivenSecond, 7},   {0, kRoleForeignFirst, 8},  {8, kRoleForeignMiddle, 8},
       {8, kRoleForeignLast, 9},   {0, kRolePrefix, 10},       {10, kRoleSurname, 11},
       {1, kRoleSuffix, 12},
   };
-  const int accepting[][2] = {{2, kTagFullName},  {3, kTagFullName},     {4, kTagFullName},
-                              {5, kTagFullName},  {7, kTagFullName},     {9, kTagForeignName},
-                              {11, kTagFullName}, {12, kTagFullName}};
+  const std::vector<std::pair<int, int>> accepting = {
+      {2, kTagFullName}, {3, kTagFullName}, {4, kTagFullName},  {5, kTagFullName},
+      {7, kTagFullName}, {9, kTagForeignName}, {11, kTagFullName}, {12, kTagFullName}};
+  return WriteRoleAutomaton(path, "person name automaton", kStates, kRoleCount, edges, accepting);
+}
+
+bool WriteRoleAutomaton(const std::string& path, const char* title, int states, int inputs,
+                        const std::vector<AutomatonEdge>& edges,
+                        const std::vector<std::pair<int, int>>& accepting) {
   FILE* fp = fopen(path.c_str(), "wb");
   if (fp == nullptr) return false;
-  fprintf(fp, "person name automaton\n%d\ninput symbols (roles)\n%d\naccepting states\n",
-          kStates, kRoleCount);
-  for (const auto& state : accepting) fprintf(fp, "%d ", state[0]);
+  fprintf(fp, "%s\n%d\ninput symbols (roles)\n%d\naccepting states\n", title, states, inputs);
+  for (const auto& state : accepting) fprintf(fp, "%d ", state.first);
   fprintf(fp, "\ntags of the accepting states\n");
-  for (const auto& state : accepting) fprintf(fp, "%d ", state[1]);
+  for (const auto& state : accepting) fprintf(fp, "%d ", state.second);
   fprintf(fp, "\ntransitions: from input to\n");
-  for (const Edge& edge : edges) fprintf(fp, "%d %d %d\n", edge.from, edge.role, edge.to);
+  for (const AutomatonEdge& edge : edges) fprintf(fp, "%d %d %d\n", edge.from, edge.role, edge.to);
   return fclose(fp) == 0;
 }

@@ -5,6 +5,7 @@
 #ifndef ZIVOR_TOOLS_MODEL_ROLES_H_
 #define ZIVOR_TOOLS_MODEL_ROLES_H_
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -44,41 +45,82 @@ enum NameRole : unsigned char {
   kRoleCount = 23,
 };
 
+// The roles of `path` (a segmented sentence with its markers, offsets into
+// the sentence text) given the sentence's corpus tokens.
+using RoleAssigner = std::function<std::vector<unsigned char>(
+    const std::string& text, const std::vector<word_t>& path,
+    const std::vector<ModelToken>& tokens)>;
+
+// The counts of one role inventory over segmented sentences.
+class RoleCounts {
+ public:
+  void Add(const std::vector<word_t>& path, const std::vector<unsigned char>& roles);
+  // (handle, role) -> count, over every word with a dictionary handle.
+  const std::map<std::pair<int, unsigned char>, int>& Lexicon() const { return lexicon_; }
+  // Role-to-role transition counts.
+  void AddTransitions(CContextStat* stat) const;
+
+ private:
+  std::map<std::pair<int, unsigned char>, int> lexicon_;
+  std::map<std::pair<unsigned char, unsigned char>, int> transitions_;
+};
+
 // Segments training sentences with the analyser's own segmenter (person
-// recognition off) and counts the roles of the words it produces.
+// and place recognition off) and counts the roles `assign` gives the words
+// it produces.
 class RoleTrainer {
  public:
+  // Which dictionary words the lattice holds: all of them, or only those
+  // the word tables count, the characters always (a word only the sentence's
+  // own part of the corpus uses is then in pieces, as new text shows a word
+  // the dictionary lacks).
+  enum class Lattice { kWholeDictionary, kCountedWords };
+
   // The resources must outlive the trainer; the fixed words' handles must be
   // those of `dict`.
-  RoleTrainer(CCharset* charset, CPDAT* dict, CUnigram* unigram, CBigram* bigram);
+  RoleTrainer(CCharset* charset, CPDAT* dict, CUnigram* unigram, CBigram* bigram,
+              RoleAssigner assign, Lattice lattice = Lattice::kWholeDictionary);
 
   void Add(const ModelSentence& sentence);
   // Segments the sentences added from now on with these word tables instead
   // (same dictionary); they must outlive those calls.
   void UseTables(CUnigram* unigram, CBigram* bigram);
 
-  // (handle, role) -> count, over every word with a dictionary handle.
-  const std::map<std::pair<int, unsigned char>, int>& Lexicon() const { return lexicon_; }
-  // Role-to-role transition counts.
-  void AddTransitions(CContextStat* stat) const;
+  const RoleCounts& Counts() const { return counts_; }
 
-  // The roles of `path` (a segmented sentence with its markers, offsets into
-  // the sentence text) given the names of the sentence.
+  // The person-name roles of `path` given the names of the sentence.
   static std::vector<unsigned char> AssignRoles(const std::string& text,
                                                 const std::vector<word_t>& path,
                                                 const std::vector<ModelToken>& tokens);
 
  private:
   std::vector<word_t> Segment(const std::string& text);
+  // Takes the words the tables do not count out of the lattice.
+  void DropUncountedWords();
 
   CPreProcess atoms_;
   CPDAT* dict_;
+  CUnigram* unigram_;
   std::unique_ptr<CSegment> segmenter_;
-  std::map<std::pair<int, unsigned char>, int> lexicon_;
-  std::map<std::pair<unsigned char, unsigned char>, int> transitions_;
+  const RoleAssigner assign_;
+  const Lattice lattice_;
+  RoleCounts counts_;
 };
 
 // Writes the name automaton in the text form that CFSA::Import reads.
 bool WriteNameAutomaton(const std::string& path);
+
+// One transition of an automaton over roles.
+struct AutomatonEdge {
+  int from;
+  unsigned char role;
+  int to;
+};
+
+// Writes an automaton over `inputs` roles with `states` states in that
+// text form; `accepting` pairs an accepting state with its tag.
+bool WriteRoleAutomaton(const std::string& path, const char* title, int states, int inputs,
+                        const std::vector<AutomatonEdge>& edges,
+                        const std::vector<std::pair<int, int>>& accepting);
 
 #endif  // ZIVOR_TOOLS_MODEL_ROLES_H_

@@ -72,6 +72,8 @@ Figures:
                    each (surname, given name) are first merged into one word,
                    as the training data builder reads them, for segmentation
                    as well; a name counts when its span matches exactly
+  places           the same for words whose coarse tag is ns (nsf counts as
+                   ns)
   speed            MB/s = bytes of raw text / 10^6 / wall seconds spent in the
                    analysis calls alone (ZIVOR_ParagraphProcessA; with
                    --no-tags, ZIVOR_ParagraphProcess with bPOStagged 0)

@@ -39,7 +39,8 @@ void PrintScores(FILE* out, const ReportHeader& header, const Counts& c) {
   fprintf(out, "%-13s refined %s  coarse %s\n", "tags",
           Fraction(c.refined_correct, c.tag_scored).c_str(),
           Fraction(c.coarse_correct, c.tag_scored).c_str());
-  PrintPRF(out, "names", c.correct_names, c.system_names, c.gold_names);
+  PrintPRF(out, "names", c.names.correct, c.names.system, c.names.gold);
+  PrintPRF(out, "places", c.places.correct, c.places.system, c.places.gold);
 }
 
 void PrintErrors(FILE* out, const Scorer& scorer, size_t n) {
@@ -120,7 +121,8 @@ void JsonScores(FILE* out, const ReportHeader& header, const Scorer& scorer, siz
             "\"coarse_correct\": %ld, \"scored\": %ld}",
             Ratio(c.refined_correct, c.tag_scored), Ratio(c.coarse_correct, c.tag_scored),
             c.refined_correct, c.coarse_correct, c.tag_scored);
-    JsonPRF(out, "names", c.correct_names, c.system_names, c.gold_names);
+    JsonPRF(out, "names", c.names.correct, c.names.system, c.names.gold);
+    JsonPRF(out, "places", c.places.correct, c.places.system, c.places.gold);
   }
   if (errors > 0) JsonErrors(out, scorer, errors);
 }

@@ -31,10 +31,10 @@ std::string Words(const std::string& text, const std::vector<Word>& words, size_
 }
 
 template <typename Word>
-std::set<Span> NameSpans(const std::vector<Word>& words) {
+std::set<Span> SpansTagged(const std::vector<Word>& words, const char* coarse) {
   std::set<Span> spans;
   for (const Word& word : words) {
-    if (word.coarse == "nr") spans.emplace(word.start, word.end);
+    if (word.coarse == coarse) spans.emplace(word.start, word.end);
   }
   return spans;
 }
@@ -44,7 +44,7 @@ std::set<Span> NameSpans(const std::vector<Word>& words) {
 const char* ErrorKindName(ErrorKind kind) {
   static const char* const kNames[kErrorKinds] = {
       "gold word split", "gold words joined", "crossing boundaries", "tag gold -> system (refined)",
-      "missed name",     "false name"};
+      "missed name",     "false name",         "missed place",        "false place"};
   return kNames[kind];
 }
 
@@ -73,7 +73,10 @@ void Scorer::Add(const GoldParagraph& gold, const std::vector<SystemWord>& syste
   counts_.gold_words += static_cast<long>(gold.words.size());
   counts_.system_words += static_cast<long>(system.size());
   ScoreWords(gold, system);
-  if (gold.tagged) ScoreNames(gold, system);
+  if (gold.tagged) {
+    ScoreSpans(gold, system, "nr", &counts_.names, kMissedName);
+    ScoreSpans(gold, system, "ns", &counts_.places, kMissedPlace);
+  }
   CollectSegmentErrors(gold, system);
 }
 
@@ -100,22 +103,22 @@ void Scorer::ScoreWords(const GoldParagraph& gold, const std::vector<SystemWord>
   }
 }
 
-void Scorer::ScoreNames(const GoldParagraph& gold, const std::vector<SystemWord>& system) {
-  const std::set<Span> gold_names = NameSpans(gold.words);
-  const std::set<Span> system_names = NameSpans(system);
-  counts_.gold_names += static_cast<long>(gold_names.size());
-  counts_.system_names += static_cast<long>(system_names.size());
-  for (const Span& name : gold_names) {
-    if (system_names.count(name)) {
-      ++counts_.correct_names;
+void Scorer::ScoreSpans(const GoldParagraph& gold, const std::vector<SystemWord>& system,
+                        const char* coarse, SpanCounts* counts, ErrorKind missed) {
+  const std::set<Span> gold_spans = SpansTagged(gold.words, coarse);
+  const std::set<Span> system_spans = SpansTagged(system, coarse);
+  counts->gold += static_cast<long>(gold_spans.size());
+  counts->system += static_cast<long>(system_spans.size());
+  for (const Span& span : gold_spans) {
+    if (system_spans.count(span)) {
+      ++counts->correct;
     } else {
-      errors_[kMissedName].Add(Piece(gold.text, name.first, name.second), "");
+      errors_[missed].Add(Piece(gold.text, span.first, span.second), "");
     }
   }
-  for (const Span& name : system_names) {
-    if (!gold_names.count(name)) {
-      errors_[kFalseName].Add(Piece(gold.text, name.first, name.second), "");
-    }
+  const ErrorKind wrong = static_cast<ErrorKind>(missed + 1);
+  for (const Span& span : system_spans) {
+    if (!gold_spans.count(span)) errors_[wrong].Add(Piece(gold.text, span.first, span.second), "");
   }
 }
 

@@ -13,6 +13,13 @@
 
 namespace eval {
 
+// Words of one coarse tag: in the gold text, in the output, in both.
+struct SpanCounts {
+  long gold = 0;
+  long system = 0;
+  long correct = 0;
+};
+
 struct Counts {
   long paragraphs = 0;
   long bytes = 0;
@@ -24,9 +31,8 @@ struct Counts {
   long tag_scored = 0;  // correct words whose gold word carries a tag
   long refined_correct = 0;
   long coarse_correct = 0;
-  long gold_names = 0;
-  long system_names = 0;
-  long correct_names = 0;
+  SpanCounts names;   // coarse tag nr on both sides, matched by span
+  SpanCounts places;  // coarse tag ns
 };
 
 // How often each error was seen, with a few of the words it was seen on.
@@ -47,7 +53,18 @@ class ErrorTable {
 };
 
 // The error kinds, in report order.
-enum ErrorKind { kSplit, kJoined, kCrossed, kTagPair, kMissedName, kFalseName, kErrorKinds };
+// Each "missed" kind is followed by its "false" kind.
+enum ErrorKind {
+  kSplit,
+  kJoined,
+  kCrossed,
+  kTagPair,
+  kMissedName,
+  kFalseName,
+  kMissedPlace,
+  kFalsePlace,
+  kErrorKinds
+};
 const char* ErrorKindName(ErrorKind kind);
 
 class Scorer {
@@ -62,7 +79,10 @@ class Scorer {
 
  private:
   void ScoreWords(const GoldParagraph& gold, const std::vector<SystemWord>& system);
-  void ScoreNames(const GoldParagraph& gold, const std::vector<SystemWord>& system);
+  // Words tagged `coarse` on either side, matched by span; errors go to
+  // `missed` and the kind after it.
+  void ScoreSpans(const GoldParagraph& gold, const std::vector<SystemWord>& system,
+                  const char* coarse, SpanCounts* counts, ErrorKind missed);
   void CollectSegmentErrors(const GoldParagraph& gold, const std::vector<SystemWord>& system);
 
   const Vocabulary* vocabulary_;
