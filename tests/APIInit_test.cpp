@@ -2,11 +2,13 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <functional>
 #include <string>
 
 #include "zivor/ZIVOR.h"
 #include "API/ZIVORState.h"
 #include "MiniData.h"
+#include "System/CharModel.h"
 #include "System/MainSystem.h"
 #include "Utility/Global.h"
 #include "Utility/PDAT.h"
@@ -36,6 +38,11 @@ class InitTest : public testutil::LibraryTest {
     testutil::WriteFile(work_.File("words.txt"), words);
     ASSERT_EQ(0, testutil::RunDataTool({"pdat", work_.File("words.txt"), DataFile("CoreDict.pdat")}));
   }
+  // Checks the key and the file of an optional recogniser, whose pointer
+  // `loaded` is set by initialisation.
+  void CheckRecogniserKey(const std::string& key, const std::string& file,
+                          const std::string& valid, const std::string& what,
+                          const std::function<bool()>& loaded) const;
 };
 
 TEST_F(InitTest, LoadsOnceAndExitsOnce) {
@@ -179,24 +186,44 @@ TEST_F(InitTest, SwitchedOffStagesNeedNoData) {
   EXPECT_EQ(0, g_pZIVOR->GetPosmap());
 }
 
-// The transliteration table: without the key it is read when it is there,
-// "on" asks for it, "off" leaves it; one that fails is logged and skipped.
-TEST_F(InitTest, TransliterationTableFollowsItsKeyAndIsSkippedWhenItFails) {
+// An optional recogniser's file: without its key it is read when it is
+// there, "on" asks for it, "off" leaves it; one that fails is logged and
+// skipped, and the analysis goes on.
+void InitTest::CheckRecogniserKey(const std::string& key, const std::string& file,
+                                  const std::string& valid, const std::string& what,
+                                  const std::function<bool()>& loaded) const {
   enum class File { kNone, kValid, kDamaged };
   const struct {
-    const char* key;
+    const char* value;
     File file;
     bool loaded;
     bool logged;
   } cases[] = {
-      {"", File::kNone, false, false},
-      {"", File::kValid, true, false},
-      {"", File::kDamaged, false, true},
-      {"<Transliteration>on</Transliteration>", File::kNone, false, true},
-      {"<Transliteration>on</Transliteration>", File::kValid, true, false},
-      {"<Transliteration>off</Transliteration>", File::kDamaged, false, false},
-      {"<Transliteration>off</Transliteration>", File::kValid, false, false},
+      {nullptr, File::kNone, false, false}, {nullptr, File::kValid, true, false},
+      {nullptr, File::kDamaged, false, true}, {"on", File::kNone, false, true},
+      {"on", File::kValid, true, false},     {"off", File::kDamaged, false, false},
+      {"off", File::kValid, false, false},
   };
+  const std::string failure = "Cannot open " + what + "\n" + DataFile(file) + "\n";
+  for (const auto& c : cases) {
+    const std::string xml =
+        c.value != nullptr ? "<" + key + ">" + c.value + "</" + key + ">" : std::string();
+    Configure("<TagSet>ZIVOR.map</TagSet>" + xml);
+    fs::remove(DataFile(file));
+    if (c.file != File::kNone) {
+      testutil::WriteFile(DataFile(file),
+                          c.file == File::kValid ? valid : valid.substr(0, valid.size() - 1));
+    }
+    ASSERT_TRUE(Init()) << xml;
+    EXPECT_EQ(c.loaded, loaded()) << xml;
+    EXPECT_EQ(c.logged ? failure : "", TakeLog()) << xml;
+    EXPECT_NE(ZIVOR_ParagraphProcess(Gbk("他说").c_str(), 1), nullptr);
+    ZIVOR_Exit();
+    EXPECT_FALSE(loaded());
+  }
+}
+
+TEST_F(InitTest, TransliterationTableFollowsItsKeyAndIsSkippedWhenItFails) {
   // A table over the mini dictionary in which 他 is a transliteration
   // character.
   CPDAT dict;
@@ -205,22 +232,16 @@ TEST_F(InitTest, TransliterationTableFollowsItsKeyAndIsSkippedWhenItFails) {
   ASSERT_TRUE(dict.Load(DataFile("CoreDict.pdat").c_str()) &&
               table.Import(work_.File("table.txt").c_str(), &dict, nullptr) == 3 &&
               table.Save(work_.File("tr.char").c_str()));
-  const std::string valid = testutil::ReadFileBytes(work_.File("tr.char"));
-  const std::string failure = "Cannot open transliteration table\n" + DataFile("tr.char") + "\n";
-  for (const auto& c : cases) {
-    Configure(std::string("<TagSet>ZIVOR.map</TagSet>") + c.key);
-    fs::remove(DataFile("tr.char"));
-    if (c.file != File::kNone) {
-      testutil::WriteFile(DataFile("tr.char"),
-                          c.file == File::kValid ? valid : valid.substr(0, valid.size() - 1));
-    }
-    ASSERT_TRUE(Init()) << c.key;
-    EXPECT_EQ(c.loaded, g_pTransliteration != nullptr) << c.key;
-    EXPECT_EQ(c.logged ? failure : "", TakeLog()) << c.key;
-    EXPECT_NE(ZIVOR_ParagraphProcess(Gbk("他说").c_str(), 1), nullptr);
-    ZIVOR_Exit();
-    EXPECT_EQ(g_pTransliteration, nullptr);
-  }
+  CheckRecogniserKey("Transliteration", "tr.char", testutil::ReadFileBytes(work_.File("tr.char")),
+                     "transliteration table", [] { return g_pTransliteration != nullptr; });
+}
+
+TEST_F(InitTest, CharacterModelFollowsItsKeyAndIsSkippedWhenItFails) {
+  CCharModel::Data model;
+  model.transitions.assign(CCharModel::kLabels * CCharModel::kLabels, 0);
+  ASSERT_TRUE(CCharModel::Save(model, work_.File("char.model").c_str()));
+  CheckRecogniserKey("CharModel", "char.model", testutil::ReadFileBytes(work_.File("char.model")),
+                     "character model", [] { return g_pCharModel != nullptr; });
 }
 
 TEST_F(InitTest, OptionalDictionariesThatFailAreLoggedAndSkipped) {

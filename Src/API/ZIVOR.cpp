@@ -39,6 +39,7 @@ CPOS* g_pPersonRole = nullptr;
 CContextStat* g_pPersonContext = nullptr;
 CFSA* g_pPersonFSA = nullptr;
 CTransliteration* g_pTransliteration = nullptr;
+CCharModel* g_pCharModel = nullptr;
 CCodeTran* g_pCodeTranslator = nullptr;
 FilePtr g_fpNewWord;
 pthread_rwlock_t g_userDictLock = PTHREAD_RWLOCK_WRITER_NONRECURSIVE_INITIALIZER_NP;
@@ -76,7 +77,10 @@ CMainSystem* NewMainSystem() {
       CMainSystem(g_pCharset, g_pCoreDict, g_pUnigram, g_pBiDict, g_pUserDict, g_pFieldDict,
                   g_pGranDict, g_pCorePOS, g_pFieldPOS, g_pGranPOS, g_ppPOSmap, g_pPOSContext,
                   g_pPersonRole, g_pPersonContext, g_pPersonFSA, g_pCodeTranslator);
-  if (system != nullptr) system->SetTransliteration(g_pTransliteration);
+  if (system != nullptr) {
+    system->SetTransliteration(g_pTransliteration);
+    system->SetCharModel(g_pCharModel);
+  }
   return system;
 }
 

@@ -17,6 +17,7 @@
 #include "zivor/ZIVOR.h"
 #include "API/ZIVORState.h"
 #include "System/MainSystem.h"
+#include "System/CharModel.h"
 #include "System/Transliteration.h"
 #include "Utility/Bigram.h"
 #include "Utility/Charset.h"
@@ -300,6 +301,7 @@ enum class Switch { kOff, kOn, kIfPresent };
 
 struct Recognisers {
   Switch transliteration = Switch::kIfPresent;
+  Switch char_model = Switch::kIfPresent;
 };
 
 Switch ReadSwitch(const char* config, const char* key) {
@@ -310,19 +312,30 @@ Switch ReadSwitch(const char* config, const char* key) {
 Recognisers ReadRecognisers(const char* config) {
   Recognisers on;
   on.transliteration = ReadSwitch(config, "Transliteration");
+  on.char_model = ReadSwitch(config, "CharModel");
   return on;
 }
 
-void LoadUnknownWordRecognisers(const Recognisers& on) {
-  const std::string path = DataFile("tr.char");
-  if (on.transliteration == Switch::kOff ||
-      (on.transliteration == Switch::kIfPresent && access(path.c_str(), F_OK) != 0)) {
+// Creates a recogniser with `make` and loads its file `name` when the switch
+// asks for it; logs a failure and leaves the pointer null.
+template <class Recogniser, class Make>
+void LoadRecogniser(Switch on, const char* name, const char* what, Recogniser** recogniser,
+                    Make make) {
+  const std::string path = DataFile(name);
+  if (on == Switch::kOff || (on == Switch::kIfPresent && access(path.c_str(), F_OK) != 0)) {
     return;
   }
-  g_pTransliteration = new (std::nothrow) CTransliteration(g_pCoreDict);
-  if (g_pTransliteration != nullptr && g_pTransliteration->Load(path.c_str())) return;
-  LogWithPath("Cannot open transliteration table", path);
-  DeleteAndNull(g_pTransliteration);
+  *recogniser = make();
+  if (*recogniser != nullptr && (*recogniser)->Load(path.c_str())) return;
+  LogWithPath(std::string("Cannot open ") + what, path);
+  DeleteAndNull(*recogniser);
+}
+
+void LoadUnknownWordRecognisers(const Recognisers& on) {
+  LoadRecogniser(on.transliteration, "tr.char", "transliteration table", &g_pTransliteration,
+                 [] { return new (std::nothrow) CTransliteration(g_pCoreDict); });
+  LoadRecogniser(on.char_model, "char.model", "character model", &g_pCharModel,
+                 [] { return new (std::nothrow) CCharModel(); });
 }
 
 // The new-word log, appended to; the library works without it.
@@ -365,6 +378,7 @@ void DeleteSharedResources() {
   DeleteAndNull(g_pPersonContext);
   DeleteAndNull(g_pPersonFSA);
   DeleteAndNull(g_pTransliteration);
+  DeleteAndNull(g_pCharModel);
 }
 
 void DeleteCodeTranslator() { DeleteAndNull(g_pCodeTranslator); }

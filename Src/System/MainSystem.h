@@ -27,6 +27,7 @@
 #include "Utility/WordStats.h"
 
 class CBigram;
+class CCharModel;
 class CCharset;
 class CCodeTran;
 class CContextStat;
@@ -84,6 +85,9 @@ class CMainSystem {
   void SetTransliteration(const CTransliteration* pTransliteration) {
     m_pTransliteration = pTransliteration;
   }
+  // The character model for words no dictionary holds (borrowed; null for
+  // none), run on the chosen path after the name recognisers.
+  void SetCharModel(const CCharModel* pCharModel) { m_pCharModel = pCharModel; }
 
   // Appends words 1 .. nWordCount-2 of one sentence segment to the result.
   int Output(const char* pLine, word_t* pWords, int nWordCount, int nStartLen,
@@ -173,6 +177,7 @@ class CMainSystem {
   CHMMTagger* m_pPERTagger = nullptr;
   CFSA* m_pPersonFSA;
   const CTransliteration* m_pTransliteration = nullptr;
+  const CCharModel* m_pCharModel = nullptr;
   CCodeTran* m_pCodeTranslator;
   CWordStats m_wordStats;  // over the core dictionary and the frequency tables
   bool m_bWordMerged = false;

@@ -1,0 +1,408 @@
+#include "System/CharModel.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "Utility/BinaryIO.h"
+
+namespace {
+
+constexpr int kMagic = 0x4D43475A;  // "ZGCM"
+constexpr int kVersion = 1;
+constexpr int kHeaderInts = 6;  // magic, version, margin, name tag, chars, features
+constexpr int kCharTables = 3;  // codes, last tags, first tags
+constexpr int kCharBytes = 2;
+constexpr int kFirstCode = 0x8140;
+constexpr int kLastCode = 0xFEFE;
+constexpr int kMaxFeatures = 1 << 24;
+constexpr int kTagLimit = 255;
+constexpr int64_t kNone = std::numeric_limits<int64_t>::min() / 4;
+
+// FNV-1a over the little-endian bytes of the ints.
+uint32_t Checksum(const std::vector<int>& ints, size_t count) {
+  uint32_t hash = 2166136261u;
+  for (size_t i = 0; i < count; ++i) {
+    const uint32_t v = static_cast<uint32_t>(ints[i]);
+    for (int shift = 0; shift < 32; shift += 8) {
+      hash ^= (v >> shift) & 0xFF;
+      hash *= 16777619u;
+    }
+  }
+  return hash;
+}
+
+int PackWeights(int16_t low, int16_t high) {
+  return static_cast<int>(static_cast<uint32_t>(static_cast<uint16_t>(low)) |
+                          static_cast<uint32_t>(static_cast<uint16_t>(high)) << 16);
+}
+
+int16_t Half(int packed, int which) {
+  return static_cast<int16_t>(static_cast<uint16_t>(static_cast<uint32_t>(packed) >> (16 * which)));
+}
+
+// The model's ints in file order, without the checksum.
+std::vector<int> Flatten(const CCharModel::Data& data) {
+  const int chars = static_cast<int>(data.codes.size());
+  const int features = static_cast<int>(data.keys.size());
+  std::vector<int> ints = {kMagic, kVersion, data.margin, data.name_tag, chars, features};
+  ints.insert(ints.end(), data.transitions.begin(), data.transitions.end());
+  ints.insert(ints.end(), data.codes.begin(), data.codes.end());
+  ints.insert(ints.end(), data.last_tags.begin(), data.last_tags.end());
+  ints.insert(ints.end(), data.first_tags.begin(), data.first_tags.end());
+  for (const uint32_t key : data.keys) ints.push_back(static_cast<int>(key));
+  for (size_t i = 0; i + 1 < data.weights.size(); i += 2) {
+    ints.push_back(PackWeights(data.weights[i], data.weights[i + 1]));
+  }
+  return ints;
+}
+
+bool Ascending(const std::vector<int>& values) {
+  return std::adjacent_find(values.begin(), values.end(),
+                            [](int a, int b) { return a >= b; }) == values.end();
+}
+
+// Whether every key names a template and characters of a model of `chars`.
+bool KeysValid(const std::vector<uint32_t>& keys, int chars) {
+  const uint32_t mask = (1u << CCharModel::kIdBits) - 1;
+  const uint32_t limit = static_cast<uint32_t>(chars) + 2;
+  for (size_t i = 0; i < keys.size(); ++i) {
+    const uint32_t key = keys[i];
+    if ((i > 0 && keys[i - 1] >= key) || (key >> (2 * CCharModel::kIdBits)) >= CCharModel::kTemplates ||
+        ((key >> CCharModel::kIdBits) & mask) >= limit || (key & mask) >= limit) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+bool CCharModel::IsChinese(const char* s) {
+  const unsigned char lead = static_cast<unsigned char>(s[0]);
+  const unsigned char trail = static_cast<unsigned char>(s[1]);
+  return lead >= 0x81 && lead != 0xFF && (lead < 0xA1 || lead > 0xA9) && trail >= 0x40 &&
+         trail != 0x7F && trail != 0xFF;
+}
+
+void CCharModel::FeatureKeys(const int* ids, int i, uint32_t keys[kTemplates]) {
+  for (int t = 0; t < kUnigramTemplates; ++t) keys[t] = Key(t, 0, ids[i + t - 2]);
+  keys[5] = Key(5, ids[i - 1], ids[i]);
+  keys[6] = Key(6, ids[i], ids[i + 1]);
+  keys[7] = Key(7, ids[i - 1], ids[i + 1]);
+}
+
+bool CCharModel::Save(const Data& data, const char* path) {
+  if (data.transitions.size() != kLabels * kLabels || data.last_tags.size() != data.codes.size() ||
+      data.first_tags.size() != data.codes.size() ||
+      data.weights.size() != data.keys.size() * kLabels) {
+    return false;
+  }
+  std::vector<int> ints = Flatten(data);
+  ints.push_back(static_cast<int>(Checksum(ints, ints.size())));
+  FilePtr fp = OpenFile(path, "wb");
+  if (!fp) return false;
+  BinaryWriter writer(fp.get());
+  return writer.WriteInts(ints.data(), ints.size()) && fclose(fp.release()) == 0;
+}
+
+bool CCharModel::Load(const char* path) {
+  FilePtr fp = OpenFile(path, "rb");
+  const int64_t size = FileSizeOf(fp.get());
+  constexpr int64_t kFixed = (kHeaderInts + kLabels * kLabels + 1) * 4;
+  if (!fp || size < kFixed || size % 4 != 0 || size > kFixed + 4 * (3LL * kMaxFeatures + kCharTables * kMaxChars)) {
+    return false;
+  }
+  std::vector<int> ints(static_cast<size_t>(size / 4));
+  if (BinaryReader(fp.get()).ReadInts(ints.data(), ints.size()) != ints.size()) return false;
+  const int chars = ints[4], features = ints[5];
+  if (ints[0] != kMagic || ints[1] != kVersion || chars < 0 || chars > kMaxChars || features < 0 ||
+      features > kMaxFeatures ||
+      size != kFixed + 4 * (int64_t{kCharTables} * chars + 3LL * features) ||
+      static_cast<uint32_t>(ints.back()) != Checksum(ints, ints.size() - 1)) {
+    return false;
+  }
+  Data data;
+  auto at = ints.begin() + kHeaderInts;
+  data.margin = ints[2];
+  data.name_tag = ints[3];
+  data.transitions.assign(at, at + kLabels * kLabels);
+  at += kLabels * kLabels;
+  data.codes.assign(at, at + chars);
+  data.last_tags.assign(at + chars, at + 2 * chars);
+  data.first_tags.assign(at + 2 * chars, at + 3 * chars);
+  at += kCharTables * chars;
+  for (int i = 0; i < features; ++i) data.keys.push_back(static_cast<uint32_t>(at[i]));
+  at += features;
+  for (int i = 0; i < 2 * features; ++i) {
+    data.weights.push_back(Half(at[i], 0));
+    data.weights.push_back(Half(at[i], 1));
+  }
+  const auto tag_ok = [](int tag) { return tag >= -1 && tag < kTagLimit; };
+  const bool tags_ok = tag_ok(data.name_tag) &&
+                       std::all_of(data.last_tags.begin(), data.last_tags.end(), tag_ok) &&
+                       std::all_of(data.first_tags.begin(), data.first_tags.end(), tag_ok);
+  if (data.margin < 0 || !Ascending(data.codes) || !tags_ok || !KeysValid(data.keys, chars) ||
+      (chars > 0 && (data.codes.front() < kFirstCode || data.codes.back() > kLastCode))) {
+    return false;
+  }
+  m_data = std::move(data);
+  // Where the keys of each template and first character begin.
+  m_rows.assign((kTemplates << kIdBits) + 1, 0);
+  for (size_t row = 0, k = 0; row < m_rows.size(); ++row) {
+    while (k < m_data.keys.size() && (m_data.keys[k] >> kIdBits) < row) ++k;
+    m_rows[row] = static_cast<uint32_t>(k);
+  }
+  m_ids.assign(kLastCode + 1, kUnknownId);
+  for (int i = 0; i < chars; ++i) m_ids[static_cast<size_t>(m_data.codes[i])] = static_cast<uint16_t>(i + 2);
+  // The weights of single characters, by id, template and label.
+  m_unigrams.assign(static_cast<size_t>(chars + 2) * kUnigramTemplates * kLabels, 0);
+  for (int id = 0; id < chars + 2; ++id) {
+    for (int t = 0; t < kUnigramTemplates; ++t) {
+      const int16_t* w = Weights(Key(t, 0, id));
+      if (w == nullptr) continue;
+      std::copy(w, w + kLabels, m_unigrams.begin() + (id * kUnigramTemplates + t) * kLabels);
+    }
+  }
+  return true;
+}
+
+const int16_t* CCharModel::Weights(uint32_t key) const {
+  const size_t row = key >> kIdBits;
+  const auto last = m_data.keys.begin() + m_rows[row + 1];
+  const auto found = std::lower_bound(m_data.keys.begin() + m_rows[row], last, key);
+  if (found == last || *found != key) return nullptr;
+  return m_data.weights.data() + (found - m_data.keys.begin()) * kLabels;
+}
+
+int CCharModel::IdOf(const char* s, int bytes) const {
+  if (bytes != kCharBytes || !IsChinese(s)) return kOtherId;
+  const int code = static_cast<unsigned char>(s[0]) * 256 + static_cast<unsigned char>(s[1]);
+  return m_ids.empty() ? kUnknownId : m_ids[static_cast<size_t>(code)];
+}
+
+void CCharModel::Score(const int* ids, int i, int* out) const {
+  uint32_t keys[kTemplates];
+  FeatureKeys(ids, i, keys);
+  std::fill(out, out + kLabels, 0);
+  for (int t = 0; t < kUnigramTemplates; ++t) {
+    const int* w = m_unigrams.data() + (ids[i + t - 2] * kUnigramTemplates + t) * kLabels;
+    for (int y = 0; y < kLabels; ++y) out[y] += w[y];
+  }
+  for (int t = kUnigramTemplates; t < kTemplates; ++t) {
+    const int16_t* w = Weights(keys[t]);
+    if (w == nullptr) continue;
+    for (int y = 0; y < kLabels; ++y) out[y] += w[y];
+  }
+}
+
+void CCharModel::ContextIds(const char* sentence, int from, int start, int end, int to,
+                            std::vector<int>* ids) const {
+  const size_t size = static_cast<size_t>((end - start) / kCharBytes) + 4;
+  ids->assign(2, kOtherId);
+  for (int pos = from; pos < to && ids->size() < size;) {
+    const int bytes = static_cast<unsigned char>(sentence[pos]) >= 0x81 && pos + 1 < to ? 2 : 1;
+    const int id = IdOf(sentence + pos, bytes);
+    if (pos < start) {
+      (*ids)[0] = (*ids)[1];
+      (*ids)[1] = id;
+    } else {
+      ids->push_back(id);
+    }
+    pos += bytes;
+  }
+  ids->resize(size, kOtherId);
+}
+
+namespace {
+
+// Work arrays of Decode, kept per thread so that a call allocates nothing
+// once they have grown.
+struct DecodeScratch {
+  std::vector<int> ids, emit, back;
+  std::vector<int64_t> alpha, beta;
+};
+
+DecodeScratch& Scratch() {
+  thread_local DecodeScratch scratch;
+  return scratch;
+}
+
+}  // namespace
+
+void CCharModel::Decode(const char* sentence, int from, int start, int end, int to,
+                        std::vector<int>* labels_out, std::vector<int>* margins) const {
+  DecodeScratch& scratch = Scratch();
+  ContextIds(sentence, from, start, end, to, &scratch.ids);
+  const std::vector<int>& ids = scratch.ids;
+  const int n = static_cast<int>(ids.size()) - 4;
+  labels_out->clear();
+  if (margins != nullptr) margins->clear();
+  if (n <= 0) return;
+  // Forward (best score of a prefix ending in each label) and backward
+  // (best score of the rest after each label) passes; their sum is the
+  // best sequence through that label.
+  const size_t cells = static_cast<size_t>(n) * kLabels;
+  std::vector<int64_t>& alpha = scratch.alpha;
+  std::vector<int64_t>& beta = scratch.beta;
+  std::vector<int>& emit = scratch.emit;
+  std::vector<int>& back = scratch.back;
+  alpha.assign(cells, kNone);
+  beta.assign(cells, kNone);
+  emit.assign(cells, 0);
+  back.assign(cells, 0);
+  for (int i = 0; i < n; ++i) Score(ids.data(), i + 2, &emit[static_cast<size_t>(i) * kLabels]);
+  const auto T = [this](int from_label, int to_label) {
+    return m_data.transitions[static_cast<size_t>(from_label * kLabels + to_label)];
+  };
+  for (int y = 0; y < kLabels; ++y) {
+    if (MayStart(y)) alpha[y] = emit[y];
+    if (MayEnd(y)) beta[static_cast<size_t>(n - 1) * kLabels + y] = 0;
+  }
+  for (int i = 1; i < n; ++i) {
+    for (int y = 0; y < kLabels; ++y) {
+      for (int p = 0; p < kLabels; ++p) {
+        const int64_t prev = alpha[static_cast<size_t>(i - 1) * kLabels + p];
+        if (prev == kNone || !MayFollow(p, y)) continue;
+        const int64_t s = prev + T(p, y) + emit[static_cast<size_t>(i) * kLabels + y];
+        int64_t& a = alpha[static_cast<size_t>(i) * kLabels + y];
+        if (s > a) {
+          a = s;
+          back[static_cast<size_t>(i) * kLabels + y] = p;
+        }
+      }
+    }
+  }
+  for (int i = n - 2; i >= 0; --i) {
+    for (int y = 0; y < kLabels; ++y) {
+      for (int q = 0; q < kLabels; ++q) {
+        const int64_t next = beta[static_cast<size_t>(i + 1) * kLabels + q];
+        if (next == kNone || !MayFollow(y, q)) continue;
+        const int64_t s = next + T(y, q) + emit[static_cast<size_t>(i + 1) * kLabels + q];
+        beta[static_cast<size_t>(i) * kLabels + y] = std::max(beta[static_cast<size_t>(i) * kLabels + y], s);
+      }
+    }
+  }
+  std::vector<int>& labels = *labels_out;
+  labels.assign(static_cast<size_t>(n), kS);
+  int64_t best = kNone;
+  for (int y = 0; y < kLabels; ++y) {
+    const int64_t a = alpha[static_cast<size_t>(n - 1) * kLabels + y];
+    if (MayEnd(y) && a != kNone && a > best) {
+      best = a;
+      labels[static_cast<size_t>(n - 1)] = y;
+    }
+  }
+  for (int i = n - 1; i > 0; --i) {
+    labels[static_cast<size_t>(i - 1)] = back[static_cast<size_t>(i) * kLabels + labels[static_cast<size_t>(i)]];
+  }
+  if (margins != nullptr) {
+    margins->assign(static_cast<size_t>(n), 0);
+    for (int i = 0; i < n; ++i) {
+      int64_t other = kNone;
+      for (int y = 0; y < kLabels; ++y) {
+        const size_t k = static_cast<size_t>(i) * kLabels + y;
+        if (y == labels[static_cast<size_t>(i)] || alpha[k] == kNone || beta[k] == kNone) continue;
+        other = std::max(other, alpha[k] + beta[k]);
+      }
+      const int64_t lead = other == kNone ? std::numeric_limits<int>::max() : best - other;
+      (*margins)[static_cast<size_t>(i)] =
+          static_cast<int>(std::min<int64_t>(lead, std::numeric_limits<int>::max()));
+    }
+  }
+}
+
+namespace {
+
+// Whether a word of the path is one Chinese character that no recogniser
+// merged.
+bool IsSingle(const char* sentence, const word_t& word) {
+  return word.end - word.start == kCharBytes && word.start >= 0 &&
+         CCharModel::IsChinese(sentence + word.start) &&
+         !(word.handle >= 0 && (word.handle == gUnknown_nr_ID || word.handle == gUnknown_ns_ID));
+}
+
+}  // namespace
+
+int CCharModel::MergeStretch(const char* sentence, const word_t* words, int first, int last,
+                             int from, int to, word_t* out) const {
+  thread_local std::vector<int> labels, margins;
+  Decode(sentence, from, words[first].start, words[last].end, to, &labels, &margins);
+  if (labels.size() != static_cast<size_t>(last - first + 1)) return 0;
+  int written = 0;
+  for (int i = first; i <= last;) {
+    int j = i;
+    int lead = margins[static_cast<size_t>(i - first)];
+    while (j < last && !MayEnd(labels[static_cast<size_t>(j - first)])) {
+      ++j;
+      lead = std::min(lead, margins[static_cast<size_t>(j - first)]);
+    }
+    if (j > i && lead >= m_data.margin) {
+      word_t word;
+      word.start = words[i].start;
+      word.end = words[j].end;
+      word.handle = gUnknown_nz_ID;
+      word.type = kWordType;
+      out[written++] = word;
+      i = j + 1;
+    } else {
+      out[written++] = words[i++];
+    }
+  }
+  return written;
+}
+
+void CCharModel::Merge(const char* sentence, word_t* words, int* count) const {
+  if (sentence == nullptr || words == nullptr || count == nullptr || *count < 4 ||
+      m_data.codes.empty()) {
+    return;
+  }
+  const int n = *count;
+  int out = 1;  // words kept so far (the start marker)
+  for (int i = 1; i < n - 1;) {
+    int j = i;
+    while (j + 1 < n - 1 && IsSingle(sentence, words[j]) && IsSingle(sentence, words[j + 1])) ++j;
+    if (j == i) {
+      words[out++] = words[i++];
+      continue;
+    }
+    // The context: the two words before (already written, the last ending
+    // where the stretch starts) and the two after it, still unread. Every
+    // word is written at or before the place it was read from.
+    const int from = words[std::max(out - 2, 0)].start;
+    const int to = words[std::min(j + 2, n - 1)].end;
+    const int written = MergeStretch(sentence, words, i, j, from, to, words + out);
+    if (written == 0) {
+      std::copy(words + i, words + j + 1, words + out);
+      out += j - i + 1;
+    } else {
+      out += written;
+    }
+    i = j + 1;
+  }
+  words[out++] = words[n - 1];
+  *count = out;
+}
+
+void CCharModel::Tag(const char* sentence, word_t* words, int count) const {
+  if (sentence == nullptr || words == nullptr) return;
+  for (int i = 0; i < count; ++i) {
+    word_t& word = words[i];
+    if (word.type != kWordType || word.end - word.start < kCharBytes) continue;
+    word.POS_id = TagOf(sentence, word);
+  }
+}
+
+int CCharModel::CharTag(const std::vector<int>& tags, const char* s) const {
+  const int id = IdOf(s, kCharBytes);
+  return id >= 2 ? tags[static_cast<size_t>(id - 2)] : -1;
+}
+
+unsigned char CCharModel::TagOf(const char* sentence, const word_t& word) const {
+  const int chars = (word.end - word.start) / kCharBytes;
+  if (chars == kNameChars && m_data.name_tag >= 0 &&
+      CharTag(m_data.first_tags, sentence + word.start) == m_data.name_tag) {
+    return static_cast<unsigned char>(m_data.name_tag);
+  }
+  const int tag = CharTag(m_data.last_tags, sentence + word.end - kCharBytes);
+  return tag >= 0 ? static_cast<unsigned char>(tag) : kDefaultTag;
+}
