@@ -18,18 +18,58 @@ constexpr int kMaxFeatures = 1 << 24;
 constexpr int kTagLimit = 255;
 constexpr int64_t kNone = std::numeric_limits<int64_t>::min() / 4;
 
-// FNV-1a over the little-endian bytes of the ints.
-uint32_t Checksum(const std::vector<int>& ints, size_t count) {
-  uint32_t hash = 2166136261u;
-  for (size_t i = 0; i < count; ++i) {
-    const uint32_t v = static_cast<uint32_t>(ints[i]);
+// FNV-1a over the little-endian bytes of the ints of the file.
+class Checksum {
+ public:
+  void Add(int value) {
+    const uint32_t v = static_cast<uint32_t>(value);
     for (int shift = 0; shift < 32; shift += 8) {
-      hash ^= (v >> shift) & 0xFF;
-      hash *= 16777619u;
+      hash_ ^= (v >> shift) & 0xFF;
+      hash_ *= 16777619u;
     }
   }
-  return hash;
-}
+  int value() const { return static_cast<int>(hash_); }
+
+ private:
+  uint32_t hash_ = 2166136261u;
+};
+
+// Reads the ints of the file in blocks, adding each to the checksum.
+class SummedReader {
+ public:
+  explicit SummedReader(FILE* fp) : reader_(fp) {}
+
+  // Calls take(value) for each of `count` ints; false when the file ends.
+  template <class Take>
+  bool Read(size_t count, Take take) {
+    int block[1024];
+    while (count > 0) {
+      const size_t n = std::min(count, std::size(block));
+      if (reader_.ReadInts(block, n) != n) return false;
+      for (size_t i = 0; i < n; ++i) {
+        sum_.Add(block[i]);
+        take(block[i]);
+      }
+      count -= n;
+    }
+    return true;
+  }
+  // Reads `count` ints into `values`.
+  template <class T>
+  bool ReadInto(size_t count, std::vector<T>* values) {
+    values->reserve(values->size() + count);
+    return Read(count, [values](int v) { values->push_back(static_cast<T>(v)); });
+  }
+  // Whether the last int of the file is the checksum of all before it.
+  bool SumMatches() {
+    int stored = 0;
+    return reader_.ReadInt(&stored) && stored == sum_.value();
+  }
+
+ private:
+  BinaryReader reader_;
+  Checksum sum_;
+};
 
 int PackWeights(int16_t low, int16_t high) {
   return static_cast<int>(static_cast<uint32_t>(static_cast<uint16_t>(low)) |
@@ -98,7 +138,9 @@ bool CCharModel::Save(const Data& data, const char* path) {
     return false;
   }
   std::vector<int> ints = Flatten(data);
-  ints.push_back(static_cast<int>(Checksum(ints, ints.size())));
+  Checksum sum;
+  for (const int v : ints) sum.Add(v);
+  ints.push_back(sum.value());
   FilePtr fp = OpenFile(path, "wb");
   if (!fp) return false;
   BinaryWriter writer(fp.get());
@@ -109,33 +151,30 @@ bool CCharModel::Load(const char* path) {
   FilePtr fp = OpenFile(path, "rb");
   const int64_t size = FileSizeOf(fp.get());
   constexpr int64_t kFixed = (kHeaderInts + kLabels * kLabels + 1) * 4;
-  if (!fp || size < kFixed || size % 4 != 0 || size > kFixed + 4 * (3LL * kMaxFeatures + kCharTables * kMaxChars)) {
-    return false;
-  }
-  std::vector<int> ints(static_cast<size_t>(size / 4));
-  if (BinaryReader(fp.get()).ReadInts(ints.data(), ints.size()) != ints.size()) return false;
-  const int chars = ints[4], features = ints[5];
-  if (ints[0] != kMagic || ints[1] != kVersion || chars < 0 || chars > kMaxChars || features < 0 ||
-      features > kMaxFeatures ||
-      size != kFixed + 4 * (int64_t{kCharTables} * chars + 3LL * features) ||
-      static_cast<uint32_t>(ints.back()) != Checksum(ints, ints.size() - 1)) {
+  SummedReader in(fp.get());
+  std::vector<int> header;
+  if (!fp || size < kFixed || !in.ReadInto(kHeaderInts, &header)) return false;
+  const int chars = header[4], features = header[5];
+  if (header[0] != kMagic || header[1] != kVersion || chars < 0 || chars > kMaxChars ||
+      features < 0 || features > kMaxFeatures ||
+      size != kFixed + 4 * (int64_t{kCharTables} * chars + 3LL * features)) {
     return false;
   }
   Data data;
-  auto at = ints.begin() + kHeaderInts;
-  data.margin = ints[2];
-  data.name_tag = ints[3];
-  data.transitions.assign(at, at + kLabels * kLabels);
-  at += kLabels * kLabels;
-  data.codes.assign(at, at + chars);
-  data.last_tags.assign(at + chars, at + 2 * chars);
-  data.first_tags.assign(at + 2 * chars, at + 3 * chars);
-  at += kCharTables * chars;
-  for (int i = 0; i < features; ++i) data.keys.push_back(static_cast<uint32_t>(at[i]));
-  at += features;
-  for (int i = 0; i < 2 * features; ++i) {
-    data.weights.push_back(Half(at[i], 0));
-    data.weights.push_back(Half(at[i], 1));
+  data.margin = header[2];
+  data.name_tag = header[3];
+  data.weights.reserve(static_cast<size_t>(features) * kLabels);
+  const auto unpack = [&data](int packed) {
+    data.weights.push_back(Half(packed, 0));
+    data.weights.push_back(Half(packed, 1));
+  };
+  if (!in.ReadInto(kLabels * kLabels, &data.transitions) ||
+      !in.ReadInto(static_cast<size_t>(chars), &data.codes) ||
+      !in.ReadInto(static_cast<size_t>(chars), &data.last_tags) ||
+      !in.ReadInto(static_cast<size_t>(chars), &data.first_tags) ||
+      !in.ReadInto(static_cast<size_t>(features), &data.keys) ||
+      !in.Read(2 * static_cast<size_t>(features), unpack) || !in.SumMatches()) {
+    return false;
   }
   const auto tag_ok = [](int tag) { return tag >= -1 && tag < kTagLimit; };
   const bool tags_ok = tag_ok(data.name_tag) &&
