@@ -16,7 +16,6 @@ constexpr int kFirstCode = 0x8140;
 constexpr int kLastCode = 0xFEFE;
 constexpr int kMaxFeatures = 1 << 24;
 constexpr int kTagLimit = 255;
-constexpr int64_t kNone = std::numeric_limits<int64_t>::min() / 4;
 
 // FNV-1a over the little-endian bytes of the ints of the file.
 class Checksum {
@@ -219,7 +218,7 @@ int CCharModel::IdOf(const char* s, int bytes) const {
   return m_ids.empty() ? kUnknownId : m_ids[static_cast<size_t>(code)];
 }
 
-void CCharModel::Score(const int* ids, int i, int* out) const {
+void CCharModel::Score(const int* ids, int i, int64_t* out) const {
   uint32_t keys[kTemplates];
   FeatureKeys(ids, i, keys);
   std::fill(out, out + kLabels, 0);
@@ -257,8 +256,8 @@ namespace {
 // Work arrays of Decode, kept per thread so that a call allocates nothing
 // once they have grown.
 struct DecodeScratch {
-  std::vector<int> ids, emit, back;
-  std::vector<int64_t> alpha, beta;
+  std::vector<int> ids, back;
+  std::vector<int64_t> emit, alpha, beta;
 };
 
 DecodeScratch& Scratch() {
@@ -268,85 +267,87 @@ DecodeScratch& Scratch() {
 
 }  // namespace
 
-void CCharModel::Decode(const char* sentence, int from, int start, int end, int to,
-                        std::vector<int>* labels_out, std::vector<int>* margins) const {
-  DecodeScratch& scratch = Scratch();
-  ContextIds(sentence, from, start, end, to, &scratch.ids);
-  const std::vector<int>& ids = scratch.ids;
-  const int n = static_cast<int>(ids.size()) - 4;
-  labels_out->clear();
-  if (margins != nullptr) margins->clear();
-  if (n <= 0) return;
-  // Forward (best score of a prefix ending in each label) and backward
-  // (best score of the rest after each label) passes; their sum is the
-  // best sequence through that label.
+int64_t CCharModel::BestLabels(const int64_t* emit, int n, const int* transitions,
+                               std::vector<int64_t>* alpha, std::vector<int>* back,
+                               std::vector<int>* labels) {
   const size_t cells = static_cast<size_t>(n) * kLabels;
-  std::vector<int64_t>& alpha = scratch.alpha;
-  std::vector<int64_t>& beta = scratch.beta;
-  std::vector<int>& emit = scratch.emit;
-  std::vector<int>& back = scratch.back;
-  alpha.assign(cells, kNone);
-  beta.assign(cells, kNone);
-  emit.assign(cells, 0);
-  back.assign(cells, 0);
-  for (int i = 0; i < n; ++i) Score(ids.data(), i + 2, &emit[static_cast<size_t>(i) * kLabels]);
-  const auto T = [this](int from_label, int to_label) {
-    return m_data.transitions[static_cast<size_t>(from_label * kLabels + to_label)];
-  };
+  alpha->assign(cells, kNone);
+  back->assign(cells, 0);
+  labels->assign(static_cast<size_t>(n), kS);
+  if (n <= 0) return kNone;
+  int64_t* a = alpha->data();
   for (int y = 0; y < kLabels; ++y) {
-    if (MayStart(y)) alpha[y] = emit[y];
-    if (MayEnd(y)) beta[static_cast<size_t>(n - 1) * kLabels + y] = 0;
+    if (MayStart(y)) a[y] = emit[y];
   }
-  for (int i = 1; i < n; ++i) {
+  for (size_t i = kLabels; i < cells; i += kLabels) {
     for (int y = 0; y < kLabels; ++y) {
       for (int p = 0; p < kLabels; ++p) {
-        const int64_t prev = alpha[static_cast<size_t>(i - 1) * kLabels + p];
+        const int64_t prev = a[i - kLabels + p];
         if (prev == kNone || !MayFollow(p, y)) continue;
-        const int64_t s = prev + T(p, y) + emit[static_cast<size_t>(i) * kLabels + y];
-        int64_t& a = alpha[static_cast<size_t>(i) * kLabels + y];
-        if (s > a) {
-          a = s;
-          back[static_cast<size_t>(i) * kLabels + y] = p;
+        const int64_t s = prev + transitions[p * kLabels + y] + emit[i + y];
+        if (s > a[i + y]) {
+          a[i + y] = s;
+          (*back)[i + y] = p;
         }
       }
     }
   }
-  for (int i = n - 2; i >= 0; --i) {
-    for (int y = 0; y < kLabels; ++y) {
-      for (int q = 0; q < kLabels; ++q) {
-        const int64_t next = beta[static_cast<size_t>(i + 1) * kLabels + q];
-        if (next == kNone || !MayFollow(y, q)) continue;
-        const int64_t s = next + T(y, q) + emit[static_cast<size_t>(i + 1) * kLabels + q];
-        beta[static_cast<size_t>(i) * kLabels + y] = std::max(beta[static_cast<size_t>(i) * kLabels + y], s);
-      }
-    }
-  }
-  std::vector<int>& labels = *labels_out;
-  labels.assign(static_cast<size_t>(n), kS);
   int64_t best = kNone;
+  const size_t last = cells - kLabels;
   for (int y = 0; y < kLabels; ++y) {
-    const int64_t a = alpha[static_cast<size_t>(n - 1) * kLabels + y];
-    if (MayEnd(y) && a != kNone && a > best) {
-      best = a;
-      labels[static_cast<size_t>(n - 1)] = y;
+    if (MayEnd(y) && a[last + y] > best) {
+      best = a[last + y];
+      (*labels)[static_cast<size_t>(n - 1)] = y;
     }
   }
-  for (int i = n - 1; i > 0; --i) {
-    labels[static_cast<size_t>(i - 1)] = back[static_cast<size_t>(i) * kLabels + labels[static_cast<size_t>(i)]];
+  for (size_t i = static_cast<size_t>(n) - 1; i > 0; --i) {
+    (*labels)[i - 1] = (*back)[i * kLabels + static_cast<size_t>((*labels)[i])];
   }
-  if (margins != nullptr) {
-    margins->assign(static_cast<size_t>(n), 0);
-    for (int i = 0; i < n; ++i) {
-      int64_t other = kNone;
-      for (int y = 0; y < kLabels; ++y) {
-        const size_t k = static_cast<size_t>(i) * kLabels + y;
-        if (y == labels[static_cast<size_t>(i)] || alpha[k] == kNone || beta[k] == kNone) continue;
-        other = std::max(other, alpha[k] + beta[k]);
+  return best;
+}
+
+void CCharModel::Decode(const char* sentence, int from, int start, int end, int to,
+                        std::vector<int>* labels, std::vector<int>* margins) const {
+  DecodeScratch& scratch = Scratch();
+  ContextIds(sentence, from, start, end, to, &scratch.ids);
+  const int n = static_cast<int>(scratch.ids.size()) - 4;
+  labels->clear();
+  if (margins != nullptr) margins->clear();
+  if (n <= 0) return;
+  const size_t cells = static_cast<size_t>(n) * kLabels;
+  std::vector<int64_t>& emit = scratch.emit;
+  emit.resize(cells);
+  for (int i = 0; i < n; ++i) Score(scratch.ids.data(), i + 2, &emit[static_cast<size_t>(i) * kLabels]);
+  const int* T = m_data.transitions.data();
+  const int64_t best = BestLabels(emit.data(), n, T, &scratch.alpha, &scratch.back, labels);
+  if (margins == nullptr) return;
+  // The backward pass: the best score of the rest after each label. With
+  // the forward one it gives the best sequence through every label.
+  std::vector<int64_t>& beta = scratch.beta;
+  beta.assign(cells, kNone);
+  for (int y = 0; y < kLabels; ++y) {
+    if (MayEnd(y)) beta[cells - kLabels + static_cast<size_t>(y)] = 0;
+  }
+  for (size_t i = cells - kLabels; i > 0; i -= kLabels) {
+    for (int y = 0; y < kLabels; ++y) {
+      int64_t& b = beta[i - kLabels + static_cast<size_t>(y)];
+      for (int q = 0; q < kLabels; ++q) {
+        if (beta[i + q] == kNone || !MayFollow(y, q)) continue;
+        b = std::max(b, beta[i + q] + T[y * kLabels + q] + emit[i + q]);
       }
-      const int64_t lead = other == kNone ? std::numeric_limits<int>::max() : best - other;
-      (*margins)[static_cast<size_t>(i)] =
-          static_cast<int>(std::min<int64_t>(lead, std::numeric_limits<int>::max()));
     }
+  }
+  const std::vector<int64_t>& alpha = scratch.alpha;
+  margins->assign(static_cast<size_t>(n), 0);
+  for (size_t i = 0; i < static_cast<size_t>(n); ++i) {
+    int64_t other = kNone;
+    for (int y = 0; y < kLabels; ++y) {
+      const size_t k = i * kLabels + static_cast<size_t>(y);
+      if (y == (*labels)[i] || alpha[k] == kNone || beta[k] == kNone) continue;
+      other = std::max(other, alpha[k] + beta[k]);
+    }
+    const int64_t lead = other == kNone ? std::numeric_limits<int>::max() : best - other;
+    (*margins)[i] = static_cast<int>(std::min<int64_t>(lead, std::numeric_limits<int>::max()));
   }
 }
 

@@ -33,6 +33,7 @@
 #define ZIVOR_SYSTEM_CHARMODEL_H_
 
 #include <cstdint>
+#include <climits>
 #include <string>
 #include <vector>
 
@@ -86,6 +87,15 @@ class CCharModel {
   static bool MayFollow(int from, int to) { return (from == kB || from == kM) == (to == kM || to == kE); }
   static bool MayStart(int label) { return label == kB || label == kS; }
   static bool MayEnd(int label) { return label == kE || label == kS; }
+  // The score of no sequence.
+  static constexpr int64_t kNone = INT64_MIN / 4;
+  // The best labels of n positions with these emission scores (kLabels
+  // each) and transition weights; returns their score (kNone for n < 1).
+  // `alpha` receives the best score of each position's prefix ending in
+  // each label, `back` the label before it on that prefix.
+  static int64_t BestLabels(const int64_t* emit, int n, const int* transitions,
+                            std::vector<int64_t>* alpha, std::vector<int>* back,
+                            std::vector<int>* labels);
   // Whether the two GBK bytes at s are a Chinese character (not a symbol).
   static bool IsChinese(const char* s);
 
@@ -123,7 +133,7 @@ class CCharModel {
   void ContextIds(const char* sentence, int from, int start, int end, int to,
                   std::vector<int>* ids) const;
   // The summed weights of the features of position i, for each label.
-  void Score(const int* ids, int i, int* out) const;
+  void Score(const int* ids, int i, int64_t* out) const;
   const int16_t* Weights(uint32_t key) const;
   // The entry of `tags` for the character at s (-1 for one outside the model).
   int CharTag(const std::vector<int>& tags, const char* s) const;

@@ -15,7 +15,6 @@ constexpr double kWeightScale = 32000.0;
 // A last character's tag needs this many distinct words behind it.
 constexpr int kMinTagWords = 2;
 constexpr unsigned kShuffleSeed = 20260124;
-constexpr int64_t kNone = INT64_MIN / 4;
 
 int CodeAt(const std::string& text, size_t i) {
   return static_cast<unsigned char>(text[i]) * 256 + static_cast<unsigned char>(text[i + 1]);
@@ -47,54 +46,28 @@ class Perceptron {
   }
 
  private:
-  void Add(std::vector<int64_t>* w, std::vector<int64_t>* sum, size_t k, int delta) {
+  template <class Weight>
+  void Add(std::vector<Weight>* w, std::vector<int64_t>* sum, size_t k, int delta) {
     (*w)[k] += delta;
     (*sum)[k] += delta * clock_;
   }
 
-  std::vector<int64_t> w_, sum_, t_, tsum_;
+  std::vector<int64_t> w_, sum_;
+  std::vector<int> t_;  // transitions, as the decoder reads them
+  std::vector<int64_t> tsum_;
   int64_t clock_ = 1;
 };
 
 std::vector<int> Perceptron::Decode(const int* feats, int n) const {
-  std::vector<int64_t> score(static_cast<size_t>(n) * kLabels, kNone);
-  std::vector<int> back(static_cast<size_t>(n) * kLabels, 0);
-  for (int i = 0; i < n; ++i) {
-    int64_t emit[kLabels] = {0, 0, 0, 0};
+  std::vector<int64_t> emit(static_cast<size_t>(n) * kLabels, 0), alpha;
+  for (size_t i = 0; i < emit.size(); i += kLabels) {
     for (int t = 0; t < kTemplates; ++t) {
-      const int64_t* w = w_.data() + static_cast<size_t>(feats[i * kTemplates + t]) * kLabels;
-      for (int y = 0; y < kLabels; ++y) emit[y] += w[y];
-    }
-    for (int y = 0; y < kLabels; ++y) {
-      int64_t& s = score[static_cast<size_t>(i) * kLabels + y];
-      if (i == 0) {
-        if (CCharModel::MayStart(y)) s = emit[y];
-        continue;
-      }
-      for (int p = 0; p < kLabels; ++p) {
-        const int64_t prev = score[static_cast<size_t>(i - 1) * kLabels + p];
-        if (prev == kNone || !CCharModel::MayFollow(p, y)) continue;
-        const int64_t c = prev + t_[static_cast<size_t>(p * kLabels + y)] + emit[y];
-        if (c > s) {
-          s = c;
-          back[static_cast<size_t>(i) * kLabels + y] = p;
-        }
-      }
+      const int64_t* w = w_.data() + static_cast<size_t>(*feats++) * kLabels;
+      for (int y = 0; y < kLabels; ++y) emit[i + static_cast<size_t>(y)] += w[y];
     }
   }
-  std::vector<int> labels(static_cast<size_t>(n), CCharModel::kS);
-  int64_t best = kNone;
-  for (int y = 0; y < kLabels; ++y) {
-    const int64_t s = score[static_cast<size_t>(n - 1) * kLabels + y];
-    if (CCharModel::MayEnd(y) && s > best) {
-      best = s;
-      labels[static_cast<size_t>(n - 1)] = y;
-    }
-  }
-  for (int i = n - 1; i > 0; --i) {
-    labels[static_cast<size_t>(i - 1)] =
-        back[static_cast<size_t>(i) * kLabels + labels[static_cast<size_t>(i)]];
-  }
+  std::vector<int> back, labels;
+  CCharModel::BestLabels(emit.data(), n, t_.data(), &alpha, &back, &labels);
   return labels;
 }
 
