@@ -106,7 +106,8 @@ bool KeysValid(const std::vector<uint32_t>& keys, int chars) {
   const uint32_t limit = static_cast<uint32_t>(chars) + 2;
   for (size_t i = 0; i < keys.size(); ++i) {
     const uint32_t key = keys[i];
-    if ((i > 0 && keys[i - 1] >= key) || (key >> (2 * CCharModel::kIdBits)) >= CCharModel::kTemplates ||
+    if ((i > 0 && keys[i - 1] >= key) ||
+        (key >> (2 * CCharModel::kIdBits)) >= CCharModel::kTemplates ||
         ((key >> CCharModel::kIdBits) & mask) >= limit || (key & mask) >= limit) {
       return false;
     }
@@ -191,7 +192,9 @@ bool CCharModel::Load(const char* path) {
     m_rows[row] = static_cast<uint32_t>(k);
   }
   m_ids.assign(kLastCode + 1, kUnknownId);
-  for (int i = 0; i < chars; ++i) m_ids[static_cast<size_t>(m_data.codes[i])] = static_cast<uint16_t>(i + 2);
+  for (int i = 0; i < chars; ++i) {
+    m_ids[static_cast<size_t>(m_data.codes[i])] = static_cast<uint16_t>(i + 2);
+  }
   // The weights of single characters, by id, template and label.
   m_unigrams.assign(static_cast<size_t>(chars + 2) * kUnigramTemplates * kLabels, 0);
   for (int id = 0; id < chars + 2; ++id) {
@@ -317,7 +320,9 @@ void CCharModel::Decode(const char* sentence, int from, int start, int end, int 
   const size_t cells = static_cast<size_t>(n) * kLabels;
   std::vector<int64_t>& emit = scratch.emit;
   emit.resize(cells);
-  for (int i = 0; i < n; ++i) Score(scratch.ids.data(), i + 2, &emit[static_cast<size_t>(i) * kLabels]);
+  for (int i = 0; i < n; ++i) {
+    Score(scratch.ids.data(), i + 2, &emit[static_cast<size_t>(i) * kLabels]);
+  }
   const int* T = m_data.transitions.data();
   const int64_t best = BestLabels(emit.data(), n, T, &scratch.alpha, &scratch.back, labels);
   if (margins == nullptr) return;

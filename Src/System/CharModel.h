@@ -33,7 +33,6 @@
 #define ZIVOR_SYSTEM_CHARMODEL_H_
 
 #include <cstdint>
-#include <climits>
 #include <string>
 #include <vector>
 
@@ -84,7 +83,9 @@ class CCharModel {
   // kOtherId (or context) entries before and after the positions labelled.
   static void FeatureKeys(const int* ids, int i, uint32_t keys[kTemplates]);
   // Whether a B/M/E/S label may follow another (first: may start a word).
-  static bool MayFollow(int from, int to) { return (from == kB || from == kM) == (to == kM || to == kE); }
+  static bool MayFollow(int from, int to) {
+    return (from == kB || from == kM) == (to == kM || to == kE);
+  }
   static bool MayStart(int label) { return label == kB || label == kS; }
   static bool MayEnd(int label) { return label == kE || label == kS; }
   // The score of no sequence.

@@ -207,7 +207,8 @@ CCharModel::Data CharTaggerTrainer::Train(double margin) const {
   }
   const double scale = largest > 0 ? kWeightScale / largest : 1.0;
   for (size_t k = 0; k < static_cast<size_t>(kLabels * kLabels); ++k) {
-    data.transitions.push_back(static_cast<int>(std::lround(perceptron.AverageTransition(k) * scale)));
+    const double t = perceptron.AverageTransition(k);
+    data.transitions.push_back(static_cast<int>(std::lround(t * scale)));
   }
   data.margin = static_cast<int>(std::lround(margin * scale));
   std::vector<std::pair<uint32_t, int>> kept;  // key, feature index
@@ -223,7 +224,8 @@ CCharModel::Data CharTaggerTrainer::Train(double margin) const {
   for (const auto& [key, f] : kept) {
     data.keys.push_back(key);
     for (int y = 0; y < kLabels; ++y) {
-      const double w = perceptron.Average(static_cast<size_t>(f) * kLabels + static_cast<size_t>(y));
+      const size_t k = static_cast<size_t>(f) * kLabels + static_cast<size_t>(y);
+      const double w = perceptron.Average(k);
       data.weights.push_back(static_cast<int16_t>(std::lround(w * scale)));
     }
   }
