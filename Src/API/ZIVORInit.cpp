@@ -16,8 +16,8 @@
 
 #include "zivor/ZIVOR.h"
 #include "API/ZIVORState.h"
-#include "System/MainSystem.h"
 #include "System/CharModel.h"
+#include "System/MainSystem.h"
 #include "System/Transliteration.h"
 #include "Utility/Bigram.h"
 #include "Utility/Charset.h"
