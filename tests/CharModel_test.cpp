@@ -71,7 +71,7 @@ std::vector<word_t> Path(const std::string& text, const std::vector<int>& length
 class CharModelTest : public ::testing::Test {
  protected:
   std::unique_ptr<CCharModel> Loaded(const CCharModel::Data& data) {
-    auto model = std::make_unique<CCharModel>();
+    auto model = std::make_unique<CCharModel>(nullptr);
     EXPECT_TRUE(CCharModel::Save(data, dir_.File("char.model").c_str()) &&
                 model->Load(dir_.File("char.model").c_str()));
     return model;
@@ -88,7 +88,7 @@ TEST_F(CharModelTest, LoadRefusesDamagedFiles) {
   for (const std::string& bytes : {good.substr(0, good.size() - 1), good + '\0', std::string(),
                                    flipped}) {
     testutil::WriteFile(path, bytes);
-    EXPECT_FALSE(CCharModel().Load(path.c_str())) << bytes.size();
+    EXPECT_FALSE(CCharModel(nullptr).Load(path.c_str())) << bytes.size();
   }
   // Damage the checksum does not catch: written with a valid one.
   const std::function<void(CCharModel::Data*)> damages[] = {
@@ -104,7 +104,7 @@ TEST_F(CharModelTest, LoadRefusesDamagedFiles) {
     CCharModel::Data data = HandMade(0);
     damages[k](&data);
     ASSERT_TRUE(CCharModel::Save(data, path.c_str()));
-    EXPECT_FALSE(CCharModel().Load(path.c_str())) << k;
+    EXPECT_FALSE(CCharModel(nullptr).Load(path.c_str())) << k;
   }
 }
 

@@ -173,7 +173,7 @@ TEST_F(ModelBuilderTest, TransliterationTableCountsTheCharactersOfTransliterated
 // The character model learns the words of its training text: a sentence of
 // it is labelled as the corpus cuts it, a name as one word.
 TEST_F(ModelBuilderTest, CharacterModelLabelsItsTrainingTextAsTheCorpusCutsIt) {
-  CCharModel model;
+  CCharModel model(nullptr);
   ASSERT_TRUE(model.Load((Build("all") + "/char.model").c_str()));
   using L = CCharModel::Label;
   const struct {

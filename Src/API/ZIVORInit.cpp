@@ -335,7 +335,7 @@ void LoadUnknownWordRecognisers(const Recognisers& on) {
   LoadRecogniser(on.transliteration, "tr.char", "transliteration table", &g_pTransliteration,
                  [] { return new (std::nothrow) CTransliteration(g_pCoreDict); });
   LoadRecogniser(on.char_model, "char.model", "character model", &g_pCharModel,
-                 [] { return new (std::nothrow) CCharModel(); });
+                 [] { return new (std::nothrow) CCharModel(g_pCoreDict); });
 }
 
 // The new-word log, appended to; the library works without it.

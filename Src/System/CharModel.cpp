@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "Utility/BinaryIO.h"
+#include "Utility/PDAT.h"
 
 namespace {
 
@@ -382,18 +383,25 @@ int CCharModel::MergeStretch(const char* sentence, const word_t* words, int firs
       lead = std::min(lead, margins[static_cast<size_t>(j - first)]);
     }
     if (j > i && lead >= m_data.margin) {
-      word_t word;
-      word.start = words[i].start;
-      word.end = words[j].end;
-      word.handle = gUnknown_nz_ID;
-      word.type = kWordType;
-      out[written++] = word;
+      out[written++] = Joined(sentence, words[i], words[j]);
       i = j + 1;
     } else {
       out[written++] = words[i++];
     }
   }
   return written;
+}
+
+word_t CCharModel::Joined(const char* sentence, const word_t& first, const word_t& last) const {
+  word_t word;
+  word.start = first.start;
+  word.end = last.end;
+  const int handle = m_pDict != nullptr ? m_pDict->Find(sentence + word.start,
+                                                        static_cast<unsigned int>(word.end - word.start))
+                                        : -1;
+  word.handle = handle >= 0 ? handle : gUnknown_nz_ID;
+  word.type = handle >= 0 ? first.type : kWordType;
+  return word;
 }
 
 void CCharModel::Merge(const char* sentence, word_t* words, int* count) const {

@@ -18,9 +18,10 @@
 // recogniser merged is never a single character, so no name is cut or
 // swallowed.
 //
-// A found word has the handle of the proper-noun class (未##专), so that
-// the tagger reads it as a noun among its neighbours, and kWordType. Tag
-// gives it its own tag after the tagger: a word of three characters whose
+// A found word the dictionary holds takes its handle and is tagged as any
+// dictionary word. Any other has the handle of the proper-noun class
+// (未##专), so that the tagger reads it as a noun among its neighbours, and
+// kWordType; Tag gives it its own tag after the tagger: a word of three characters whose
 // first character starts more distinct names of the training text than
 // other words is a person name (with two characters too, names F fell on
 // days 25-27: 0.8445 against 0.8504); any other word takes the tag most
@@ -37,6 +38,8 @@
 #include <vector>
 
 #include "Utility/Global.h"
+
+class CPDAT;
 
 class CCharModel {
  public:
@@ -100,7 +103,8 @@ class CCharModel {
   // Whether the two GBK bytes at s are a Chinese character (not a symbol).
   static bool IsChinese(const char* s);
 
-  CCharModel() = default;
+  // `dict` is the core dictionary (borrowed; null: no word is known).
+  explicit CCharModel(const CPDAT* dict) : m_pDict(dict) {}
   CCharModel(const CCharModel&) = delete;
   CCharModel& operator=(const CCharModel&) = delete;
 
@@ -145,6 +149,11 @@ class CCharModel {
   int MergeStretch(const char* sentence, const word_t* words, int first, int last, int from,
                    int to, word_t* out) const;
 
+  // The word made of words[first .. last]: its dictionary handle, or a
+  // found word's.
+  word_t Joined(const char* sentence, const word_t& first, const word_t& last) const;
+
+  const CPDAT* m_pDict;
   Data m_data;
   std::vector<uint16_t> m_ids;      // by GBK code
   std::vector<int> m_unigrams;      // by id, template, label
