@@ -10,6 +10,7 @@
 #include "API/ZIVORState.h"
 #include "MiniData.h"
 #include "PlaceData.h"
+#include "System/CharModel.h"
 #include "System/MainSystem.h"
 #include "Utility/Global.h"
 #include "Utility/PDAT.h"
@@ -207,6 +208,9 @@ TEST_F(InitTest, UnknownWordRecognisersFollowTheirKeysAndAreSkippedWhenTheyFail)
               table.Import(work_.File("table.txt").c_str(), &dict, nullptr) == 3 &&
               table.Save(work_.File("tr.char").c_str()) &&
               testutil::WritePlaceModel(work_.path(), dict, {"他 2 10", "说 4 10"}));
+  CCharModel::Data model;
+  model.transitions.assign(CCharModel::kLabels * CCharModel::kLabels, 0);
+  ASSERT_TRUE(CCharModel::Save(model, work_.File("char.model").c_str()));
   const struct {
     std::string key;
     std::vector<std::string> files;  // the first is the one damaged
@@ -217,6 +221,8 @@ TEST_F(InitTest, UnknownWordRecognisersFollowTheirKeysAndAreSkippedWhenTheyFail)
        [] { return g_pTransliteration != nullptr; }},
       {"Place", {"ns.role", "ns.ctx", "ns.fsa"}, "Cannot open place-name tables",
        [] { return g_pPlaceModel != nullptr; }},
+      {"CharModel", {"char.model"}, "Cannot open character model",
+       [] { return g_pCharModel != nullptr; }},
   };
   for (const auto& r : recognisers) {
     for (const auto& c : cases) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "System/CharModel.h"
 #include "TestUtil.h"
 #include "Utility/FSA.h"
 #include "Utility/PDAT.h"
@@ -22,7 +23,8 @@ using testutil::Gbk;
 const char* const kTrainedFiles[] = {"CoreDict.pdat", "CoreDict.unig", "BiWord.big",
                                      "CoreDict.pos",  "ZIVOR.ctx",     "nr.role",
                                      "nr.ctx",        "nr.fsa",        "tr.char",
-                                     "ns.role",       "ns.ctx",        "ns.fsa"};
+                                     "ns.role",       "ns.ctx",        "ns.fsa",
+                                     "char.model"};
 
 // Day 1 has four names (江泽民, 克林顿, 王小红, 小王); day 2 one more.
 const char* const kCorpus[] = {
@@ -167,6 +169,29 @@ TEST_F(ModelBuilderTest, TransliterationTableCountsTheCharactersOfTransliterated
   EXPECT_EQ(counts("顿"), (Tags{{0, 1}, {2, 1}, {3, 1}}));
   EXPECT_EQ(counts("中"), (Tags{{2, 4}}));  // 中国 twice, 中央, 中央电视台
   EXPECT_EQ(counts("泽"), (Tags{{2, 1}}));  // a Chinese name is no transliteration
+}
+
+// The character model learns the words of its training text: a sentence of
+// it is labelled as the corpus cuts it, a name as one word.
+TEST_F(ModelBuilderTest, CharacterModelLabelsItsTrainingTextAsTheCorpusCutsIt) {
+  CCharModel model(nullptr);
+  ASSERT_TRUE(model.Load((Build("all") + "/char.model").c_str()));
+  using L = CCharModel::Label;
+  const struct {
+    const char* text;
+    std::vector<int> labels;
+  } cases[] = {
+      {"我们是中国人民", {L::kB, L::kE, L::kS, L::kB, L::kE, L::kB, L::kE}},
+      {"江泽民主席在北京", {L::kB, L::kM, L::kE, L::kB, L::kE, L::kS, L::kB, L::kE}},
+  };
+  for (const auto& c : cases) {
+    const std::string text = Gbk(c.text);
+    const int end = static_cast<int>(text.size());
+    std::vector<int> labels, margins;
+    model.Decode(text.c_str(), 0, 0, end, end, &labels, &margins);
+    EXPECT_EQ(labels, c.labels) << c.text;
+    EXPECT_EQ(margins.size(), labels.size()) << c.text;
+  }
 }
 
 TEST_F(ModelBuilderTest, DroppedWordsAreCountedAsTheirLongestKnownParts) {

@@ -28,7 +28,7 @@ class ShippedDataTest : public ::testing::Test {
     for (const char* file : {"Configure.xml", "ZIVOR.map", "ZIVOR_First.map", "PKU.map",
                              "PKU_First.map", "charset.type", "CoreDict.pdat", "CoreDict.unig",
                              "BiWord.big", "CoreDict.pos", "ZIVOR.ctx", "nr.role", "nr.ctx",
-                             "nr.fsa", "tr.char", "ns.role", "ns.ctx", "ns.fsa"}) {
+                             "nr.fsa", "tr.char", "ns.role", "ns.ctx", "ns.fsa", "char.model"}) {
       testutil::WriteFile(data_->File(std::string("Data/") + file),
                           testutil::ReadFileBytes(source + file));
     }

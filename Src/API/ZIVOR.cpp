@@ -40,6 +40,7 @@ CContextStat* g_pPersonContext = nullptr;
 CFSA* g_pPersonFSA = nullptr;
 CTransliteration* g_pTransliteration = nullptr;
 CPlaceModel* g_pPlaceModel = nullptr;
+CCharModel* g_pCharModel = nullptr;
 CCodeTran* g_pCodeTranslator = nullptr;
 FilePtr g_fpNewWord;
 pthread_rwlock_t g_userDictLock = PTHREAD_RWLOCK_WRITER_NONRECURSIVE_INITIALIZER_NP;
@@ -80,6 +81,7 @@ CMainSystem* NewMainSystem() {
   if (system != nullptr) {
     system->SetTransliteration(g_pTransliteration);
     system->SetPlaceModel(g_pPlaceModel);
+    system->SetCharModel(g_pCharModel);
   }
   return system;
 }

@@ -16,6 +16,7 @@
 
 #include "zivor/ZIVOR.h"
 #include "API/ZIVORState.h"
+#include "System/CharModel.h"
 #include "System/MainSystem.h"
 #include "System/PlaceModel.h"
 #include "System/Transliteration.h"
@@ -311,6 +312,7 @@ enum class Switch { kOff, kOn, kIfPresent };
 struct Recognisers {
   Switch transliteration = Switch::kIfPresent;
   Switch place = Switch::kIfPresent;
+  Switch char_model = Switch::kIfPresent;
 };
 
 Switch ReadSwitch(const char* config, const char* key) {
@@ -322,6 +324,7 @@ Recognisers ReadRecognisers(const char* config) {
   Recognisers on;
   on.transliteration = ReadSwitch(config, "Transliteration");
   on.place = ReadSwitch(config, "Place");
+  on.char_model = ReadSwitch(config, "CharModel");
   return on;
 }
 
@@ -331,13 +334,17 @@ bool Wanted(Switch on, const char* name) {
   return access(DataFile(name).c_str(), F_OK) == 0;
 }
 
-void LoadTransliteration(Switch on) {
-  const std::string path = DataFile("tr.char");
-  if (!Wanted(on, "tr.char")) return;
-  g_pTransliteration = new (std::nothrow) CTransliteration(g_pCoreDict);
-  if (g_pTransliteration != nullptr && g_pTransliteration->Load(path.c_str())) return;
-  LogWithPath("Cannot open transliteration table", path);
-  DeleteAndNull(g_pTransliteration);
+// Creates a recogniser with `make` and loads its file `name` when the switch
+// asks for it; logs a failure and leaves the pointer null.
+template <class Recogniser, class Make>
+void LoadRecogniser(Switch on, const char* name, const char* what, Recogniser** recogniser,
+                    Make make) {
+  if (!Wanted(on, name)) return;
+  const std::string path = DataFile(name);
+  *recogniser = make();
+  if (*recogniser != nullptr && (*recogniser)->Load(path.c_str())) return;
+  LogWithPath(std::string("Cannot open ") + what, path);
+  DeleteAndNull(*recogniser);
 }
 
 // The place-name recogniser's three files (ns.role is the one looked for).
@@ -353,8 +360,11 @@ void LoadPlaceModel(Switch on) {
 }
 
 void LoadUnknownWordRecognisers(const Recognisers& on) {
-  LoadTransliteration(on.transliteration);
+  LoadRecogniser(on.transliteration, "tr.char", "transliteration table", &g_pTransliteration,
+                 [] { return new (std::nothrow) CTransliteration(g_pCoreDict); });
   LoadPlaceModel(on.place);
+  LoadRecogniser(on.char_model, "char.model", "character model", &g_pCharModel,
+                 [] { return new (std::nothrow) CCharModel(g_pCoreDict); });
 }
 
 // The new-word log, appended to; the library works without it.
@@ -398,6 +408,7 @@ void DeleteSharedResources() {
   DeleteAndNull(g_pPersonFSA);
   DeleteAndNull(g_pTransliteration);
   DeleteAndNull(g_pPlaceModel);
+  DeleteAndNull(g_pCharModel);
 }
 
 void DeleteCodeTranslator() { DeleteAndNull(g_pCodeTranslator); }

@@ -23,6 +23,7 @@
 #include "Utility/BinaryIO.h"
 
 class CBigram;
+class CCharModel;
 class CCharset;
 class CCodeTran;
 class CContextStat;
@@ -68,6 +69,7 @@ extern CContextStat* g_pPersonContext;
 extern CFSA* g_pPersonFSA;
 extern CTransliteration* g_pTransliteration;  // null when off or not loaded
 extern CPlaceModel* g_pPlaceModel;            // null when off or not loaded
+extern CCharModel* g_pCharModel;              // null when off or not loaded
 extern CCodeTran* g_pCodeTranslator;  // null when the caller's encoding is GBK
 extern FilePtr g_fpNewWord;           // the new-word log "NewWord.lst"
 

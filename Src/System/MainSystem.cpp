@@ -13,6 +13,7 @@
 #include "Segment/PreProcess.h"
 #include "Segment/Segment.h"
 #include "System/PlaceRecogniser.h"
+#include "System/CharModel.h"
 #include "System/Transliteration.h"
 #include "Tagger/HMMTagger.h"
 #include "Utility/BufferGrowth.h"
@@ -404,6 +405,7 @@ void CMainSystem::ProcessSegment(const char* pSegment, int nOffset, bool bPOStag
   }
   if (m_pPlaces != nullptr) m_pPlaces->Claim(words, &count);
   if (m_pTransliteration != nullptr) m_pTransliteration->Merge(pSegment, words, &count);
+  if (m_pCharModel != nullptr) m_pCharModel->Merge(pSegment, words, &count);
   m_pSegmenter->m_nWordCount = count;
   // The tagger marks the merged names; without it they are marked here,
   // so that the words never depend on whether tags were asked for.
@@ -411,6 +413,7 @@ void CMainSystem::ProcessSegment(const char* pSegment, int nOffset, bool bPOStag
     MarkPersonNames(words, count);
   }
   if (tagging) m_pTagger->Tagging(words, count);
+  if (tagging && m_pCharModel != nullptr) m_pCharModel->Tag(pSegment, words, count);
   if ((m_pGranDict != nullptr || m_pFieldDict != nullptr) &&
       !GrowBuffer(&m_pVecField, &m_nFiledMemSize, int64_t{count} + 2, kGrowthStep)) {
     Fail("Out of memory: the dictionary passes of a sentence of " + std::to_string(count) +

@@ -28,6 +28,7 @@
 #include "Utility/WordStats.h"
 
 class CBigram;
+class CCharModel;
 class CCharset;
 class CCodeTran;
 class CContextStat;
@@ -91,6 +92,9 @@ class CMainSystem {
   // found on the chosen path and claim their words from the person names
   // recognised there (CPlaceRecogniser).
   void SetPlaceModel(const CPlaceModel* pModel);
+  // The character model for words no dictionary holds (borrowed; null for
+  // none), run on the chosen path after the name recognisers.
+  void SetCharModel(const CCharModel* pCharModel) { m_pCharModel = pCharModel; }
 
   // Appends words 1 .. nWordCount-2 of one sentence segment to the result.
   int Output(const char* pLine, word_t* pWords, int nWordCount, int nStartLen,
@@ -181,6 +185,7 @@ class CMainSystem {
   CFSA* m_pPersonFSA;
   const CTransliteration* m_pTransliteration = nullptr;
   std::unique_ptr<CPlaceRecogniser> m_pPlaces;
+  const CCharModel* m_pCharModel = nullptr;
   CCodeTran* m_pCodeTranslator;
   CWordStats m_wordStats;  // over the core dictionary and the frequency tables
   bool m_bWordMerged = false;

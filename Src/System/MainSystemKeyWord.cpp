@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include "Segment/PreProcess.h"
 #include "System/MainSystem.h"
@@ -30,6 +31,13 @@ void CMainSystem::SetUserDict(CTrie* pUserDict) {
 }
 
 int CMainSystem::ScanText(CKeyWordFinder* pFinder, const char* sText) {
+  // The finder builds new words from the pieces of the words the dictionary
+  // lacks; the character model, which would join them first, stays out.
+  struct Restore {
+    const CCharModel*& slot;
+    const CCharModel* const model;
+    ~Restore() { slot = model; }
+  } restore{m_pCharModel, std::exchange(m_pCharModel, nullptr)};
   // The records keep their offsets in the GBK text, which the finder reads.
   const char* text = ToAnalysisText(sText, &m_sTransText);
   RunText(text, true, false, false);

@@ -15,6 +15,7 @@
 #include <stdlib.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -27,6 +28,7 @@
 #include "Command.h"
 #include "ScratchDir.h"
 #include "Corpus.h"
+#include "ModelCharTagger.h"
 #include "ModelCorpus.h"
 #include "ModelLexicon.h"
 #include "ModelPlaceRoles.h"
@@ -179,27 +181,33 @@ const int kRoleFolds = 10;
 // 25-27 (0.9575, 0.9574; 0.9571, 0.9562) than 1 (0.9575).
 const int kLexiconCount = 1;
 
+// The least lead, in perceptron updates, of every label of a word the
+// character model merges (CCharModel::Merge).
+const double kCharMargin = 5.0;
+
 const DataCommand kModel{
     "model",
     "model --corpus FILE... --out DIR [--exclude-days D1-D2] [--drop-words FILE] "
-    "[--lexicon FILE] [--keep-text]",
+    "[--lexicon FILE] [--char-margin X] [--keep-text]",
     "every trained data file of DIR (which must hold charset.type and ZIVOR.map) from the "
     "annotated corpus (--drop-words keeps the listed words out of the dictionary, their "
     "tokens counted as their pieces; --lexicon adds the words of a general word list, "
-    "\"WORD COUNT [TAG]\" lines in UTF-8; --keep-text keeps the text forms of the tables)",
+    "\"WORD COUNT [TAG]\" lines in UTF-8; --char-margin sets the least lead of a label of a "
+    "word the character model finds; --keep-text keeps the text forms of the tables)",
     RunModel};
 
 // What the model is trained from besides the corpus.
 struct ModelInputs {
   std::set<std::string> dropped;      // words kept out of the dictionary
   std::vector<LexiconLine> lexicon;   // the general word list, if any
+  double char_margin = kCharMargin;   // the character model's least label lead
 };
 
 class ModelBuilder {
  public:
   ModelBuilder(const std::string& out, const ScratchDir& temp, ModelInputs inputs)
       : out_(out), temp_(temp), dropped_(std::move(inputs.dropped)),
-        lexicon_lines_(std::move(inputs.lexicon)) {}
+        lexicon_lines_(std::move(inputs.lexicon)), char_margin_(inputs.char_margin) {}
 
   int Run(const std::vector<std::string>& corpora, int first_day, int last_day);
 
@@ -220,6 +228,7 @@ class ModelBuilder {
   bool WriteRoleSet(const RoleCounts& counts, unsigned char role_count, const std::string& prefix,
                     bool (*write_automaton)(const std::string&));
   bool WriteTransliterationTable();
+  bool WriteCharModel();
   bool SaveContext(const CContextStat& stat, const char* name) const;
   bool WriteFoldTables(const WordCounts& counts, const std::string& name, CUnigram* unigram,
                        CBigram* bigram) const;
@@ -228,6 +237,7 @@ class ModelBuilder {
   const ScratchDir& temp_;
   const std::set<std::string> dropped_;  // words kept out of the dictionary
   const std::vector<LexiconLine> lexicon_lines_;
+  const double char_margin_;
   std::map<std::string, LexiconWord> lexicon_;  // the words added from the list
   LexiconTagMap tag_map_;                       // their tags
   CCharset charset_;
@@ -250,7 +260,8 @@ int ModelBuilder::Run(const std::vector<std::string>& corpora, int first_day, in
       (WriteWordTables() || Failure("cannot build the dictionary and word tables")) &&
       (WriteTagTables() || Failure("cannot build the tag lexicon and statistics")) &&
       (WriteRoleTables() || Failure("cannot build the person-name and place-name tables")) &&
-      (WriteTransliterationTable() || Failure("cannot build the transliteration table"));
+      (WriteTransliterationTable() || Failure("cannot build the transliteration table")) &&
+      (WriteCharModel() || Failure("cannot build the character model"));
   if (!built) return 1;
   printf("%zu sentences, %zu words, %zu pairs, total word frequency %d\n", sentences_.size(),
          words_.size(), counts_.bigrams.size(), unigram_.GetTotalFreq());
@@ -466,6 +477,18 @@ bool ModelBuilder::WriteTransliterationTable() {
          table.Save(Out("tr.char").c_str());
 }
 
+// The character tagger for words no dictionary holds (ModelCharTagger).
+bool ModelBuilder::WriteCharModel() {
+  CharTaggerTrainer trainer(map_.GetID("nr"));
+  for (const ModelSentence& sentence : sentences_) trainer.Add(sentence);
+  const auto begin = std::chrono::steady_clock::now();
+  const CCharModel::Data model = trainer.Train(char_margin_);
+  const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
+  printf("character model: %zu characters, %zu features, trained in %.1f s\n", model.codes.size(),
+         model.keys.size(), took.count());
+  return CCharModel::Save(model, Out("char.model").c_str());
+}
+
 // Unigram and bigram tables over the dictionary's handles from other counts
 // (those of the sentences outside one fold), laid out as WriteWordTables
 // lays out the shipped ones.
@@ -503,7 +526,8 @@ bool ReadDroppedWords(const std::string& path, std::set<std::string>* words) {
 }
 
 int RunModel(const std::vector<std::string>& raw) {
-  const ArgList args(raw, {"--corpus", "--out", "--exclude-days", "--drop-words", "--lexicon"});
+  const ArgList args(raw, {"--corpus", "--out", "--exclude-days", "--drop-words", "--lexicon",
+                                "--char-margin"});
   // "--corpus A B C": the first file is the option's value, the rest positional.
   std::vector<std::string> corpora = args.positional();
   if (!args.Option("--corpus").empty()) corpora.insert(corpora.begin(), args.Option("--corpus"));
@@ -512,6 +536,12 @@ int RunModel(const std::vector<std::string>& raw) {
   if (!args.ok() || corpora.empty() || args.Option("--out").empty() ||
       !ParseDayRange(args.Option("--exclude-days"), &first_day, &last_day)) {
     return UsageError(kModel);
+  }
+  const std::string margin = args.Option("--char-margin");
+  if (!margin.empty()) {
+    char* end = nullptr;
+    inputs.char_margin = strtod(margin.c_str(), &end);
+    if (*end != '\0' || !(inputs.char_margin >= 0)) return UsageError(kModel);
   }
   ScratchDir temp("zivor-model");
   if (!temp.ok()) return Fail("cannot create a temporary directory");
