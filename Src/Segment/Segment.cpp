@@ -79,6 +79,7 @@ int CSegment::BiSegment(word_t** lattice, int rowCount, int* rowSizes, int capac
   }
   for (int r = last - 1; r >= 0; --r) {
     const int size = RowSize(lattice, rowSizes, r);
+    PrefetchPairs(lattice, rowSizes, r, last);
     for (int k = 0; k < size; ++k) {
       word_t& w = lattice[r][k];
       w.value = Freq(w.handle);
@@ -100,6 +101,19 @@ int CSegment::BiSegment(word_t** lattice, int rowCount, int* rowSizes, int capac
   }
   CopyPath(lattice, rowCount, rowSizes, capacity, offsets.data(), next.data());
   return m_nWordCount;
+}
+
+void CSegment::PrefetchPairs(word_t* const* lattice, const int* rowSizes, int row,
+                             int last) const {
+  if (m_pBigram == nullptr) return;
+  const int size = RowSize(lattice, rowSizes, row);
+  for (int k = 0; k < size; ++k) {
+    const word_t& w = lattice[row][k];
+    if (w.end < row || w.end >= last) continue;
+    const int nr = w.end + 1;
+    const int successors = RowSize(lattice, rowSizes, nr);
+    for (int j = 0; j < successors; ++j) m_pBigram->Prefetch(w.handle, lattice[nr][j].handle);
+  }
 }
 
 void CSegment::CopyPath(word_t** lattice, int rowCount, const int* rowSizes, int capacity,
