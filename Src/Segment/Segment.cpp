@@ -1,5 +1,6 @@
 #include "Segment/Segment.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -13,6 +14,11 @@ namespace {
 // Add-constants of the bigram and unigram terms (deliberately different).
 constexpr double kBigramAdd = 0.00001;
 constexpr double kUnigramAdd = 0.5;
+
+// How many rows (bytes of the sentence) ahead of the row being scored the
+// frequencies of its words and edges are asked for: far enough for the
+// memory reads to arrive in time, near enough for them to stay in the cache.
+constexpr int kPrefetchRows = 8;
 
 // The starting score of every word: the double whose eight bytes are 0xC0
 // (about -8577.5), kept by words whose successor row is empty.
@@ -77,9 +83,13 @@ int CSegment::BiSegment(word_t** lattice, int rowCount, int* rowSizes, int capac
     score[offsets[last]] = 0;
     next[offsets[last]] = -1;
   }
+  // The tables are read kPrefetchRows rows ahead of the row being scored.
+  int fetched = last;
   for (int r = last - 1; r >= 0; --r) {
+    for (; fetched > std::max(r - kPrefetchRows, 0); --fetched) {
+      Prefetch(lattice, rowSizes, fetched - 1, last);
+    }
     const int size = RowSize(lattice, rowSizes, r);
-    PrefetchPairs(lattice, rowSizes, r, last);
     for (int k = 0; k < size; ++k) {
       word_t& w = lattice[r][k];
       w.value = Freq(w.handle);
@@ -103,13 +113,12 @@ int CSegment::BiSegment(word_t** lattice, int rowCount, int* rowSizes, int capac
   return m_nWordCount;
 }
 
-void CSegment::PrefetchPairs(word_t* const* lattice, const int* rowSizes, int row,
-                             int last) const {
-  if (m_pBigram == nullptr) return;
+void CSegment::Prefetch(word_t* const* lattice, const int* rowSizes, int row, int last) const {
   const int size = RowSize(lattice, rowSizes, row);
   for (int k = 0; k < size; ++k) {
     const word_t& w = lattice[row][k];
-    if (w.end < row || w.end >= last) continue;
+    if (m_pUnigram != nullptr) m_pUnigram->Prefetch(w.handle);
+    if (m_pBigram == nullptr || w.end < row || w.end >= last) continue;
     const int nr = w.end + 1;
     const int successors = RowSize(lattice, rowSizes, nr);
     for (int j = 0; j < successors; ++j) m_pBigram->Prefetch(w.handle, lattice[nr][j].handle);

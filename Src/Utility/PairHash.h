@@ -7,14 +7,16 @@
 // search answers: the frequency of the first stored record of a pair, 0 for
 // a pair not stored. Keys are the two handles themselves, so there are no
 // false matches; the table is sized at about 4/3 of its keys (linear
-// probing, one empty slot at least, so every probe sequence ends). Built once
-// at load; lookups are const and may run from any number of threads.
+// probing, one empty slot at least, so every probe sequence ends), in
+// huge-page memory where the system has it. Built once at load; lookups are
+// const and may run from any number of threads.
 #ifndef ZIVOR_UTILITY_PAIRHASH_H_
 #define ZIVOR_UTILITY_PAIRHASH_H_
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+
+#include "Utility/BinaryIO.h"
 
 struct bigram_info;
 struct index_t;
@@ -32,12 +34,12 @@ class CPairHash {
   // Frequency of the pair, 0 when it is not stored (any handles may be
   // asked for).
   int Find(int handle1, int handle2) const {
-    if (m_slots.empty() || handle1 < 0 || handle2 < 0) return 0;
+    if (m_nSlots == 0 || handle1 < 0 || handle2 < 0) return 0;
     const uint32_t first = static_cast<uint32_t>(handle1) + 1;
     const uint32_t second = static_cast<uint32_t>(handle2);
-    const size_t count = m_slots.size();
-    for (size_t i = Home(first, second, count);; i = Next(i, count)) {
-      const Slot& slot = m_slots[i];
+    const Slot* slots = m_slots.get();
+    for (size_t i = Home(first, second, m_nSlots);; i = Next(i, m_nSlots)) {
+      const Slot& slot = slots[i];
       if (slot.first == first && slot.second == second) return slot.freq;
       if (slot.first == kEmpty) return 0;
     }
@@ -46,15 +48,15 @@ class CPairHash {
   // Starts loading the cache line where a lookup of the pair begins, so that
   // a caller with many lookups ahead can have their memory reads overlap.
   void Prefetch(int handle1, int handle2) const {
-    if (m_slots.empty()) return;
+    if (m_nSlots == 0) return;
     const size_t i = Home(static_cast<uint32_t>(handle1) + 1, static_cast<uint32_t>(handle2),
-                          m_slots.size());
-    __builtin_prefetch(&m_slots[i]);
+                          m_nSlots);
+    __builtin_prefetch(m_slots.get() + i);
   }
 
   // Number of pairs stored and bytes the table takes.
   size_t GetSize() const { return m_nKeys; }
-  size_t GetBytes() const { return m_slots.size() * sizeof(Slot); }
+  size_t GetBytes() const { return m_nSlots * sizeof(Slot); }
 
  private:
   static constexpr uint32_t kEmpty = 0;
@@ -75,10 +77,12 @@ class CPairHash {
     return static_cast<size_t>((uint64_t{h} * count) >> 32);
   }
   static size_t Next(size_t i, size_t count) { return i + 1 < count ? i + 1 : 0; }
-  // Stores the pair unless it is there already; true when it was new.
-  static bool Insert(std::vector<Slot>* slots, uint32_t first, uint32_t second, int freq);
+  // Stores the pair in the count slots unless it is there already; true
+  // when it was new.
+  static bool Insert(Slot* slots, size_t count, uint32_t first, uint32_t second, int freq);
 
-  std::vector<Slot> m_slots;
+  MallocPtr<Slot> m_slots;  // huge-page table memory (AllocateTable)
+  size_t m_nSlots = 0;
   size_t m_nKeys = 0;
 };
 
