@@ -54,32 +54,36 @@ void CPairHash::Build(const bigram_info* pairs, const index_t* index, int bound,
   for (PairCursor c(index, bound); c.Valid(); c.Advance()) {
     keys += Searchable(pairs[c.position()], maxSecond);
   }
-  // About 3/4 full, and one slot more than keys: a probe always ends.
-  const size_t count = keys == 0 ? 0 : keys + keys / 3 + 1;
-  if (count > static_cast<size_t>(-1) / sizeof(Slot)) throw std::bad_alloc();
-  MallocPtr<Slot> slots(static_cast<Slot*>(AllocateTable(count * sizeof(Slot))));
-  if (count > 0 && slots == nullptr) throw std::bad_alloc();
-  std::fill_n(slots.get(), count, Slot{kEmpty, 0, 0});
+  // About 3/5 full, and more slots than keys: a lookup always ends.
+  const size_t count = keys == 0 ? 0 : keys / 3 + 1;
+  if (count > static_cast<size_t>(-1) / sizeof(Bucket)) throw std::bad_alloc();
+  MallocPtr<Bucket> buckets(static_cast<Bucket*>(AllocateTable(count * sizeof(Bucket))));
+  if (count > 0 && buckets == nullptr) throw std::bad_alloc();
+  std::fill_n(buckets.get(), count, Bucket{});
   size_t stored = 0;
   for (PairCursor c(index, bound); c.Valid() && count > 0; c.Advance()) {
     const bigram_info& pair = pairs[c.position()];
     if (!Searchable(pair, maxSecond)) continue;
-    stored += Insert(slots.get(), count, static_cast<uint32_t>(c.handle()) + 1,
+    stored += Insert(buckets.get(), count, static_cast<uint32_t>(c.handle()) + 1,
                      static_cast<uint32_t>(pair.handle2), pair.freq);
   }
-  m_slots = std::move(slots);
-  m_nSlots = count;
+  m_buckets = std::move(buckets);
+  m_nBuckets = count;
   m_nKeys = stored;
 }
 
-bool CPairHash::Insert(Slot* slots, size_t count, uint32_t first, uint32_t second,
+bool CPairHash::Insert(Bucket* buckets, size_t count, uint32_t first, uint32_t second,
                        int freq) {
-  for (size_t i = Home(first, second, count);; i = Next(i, count)) {
-    Slot& slot = slots[i];
-    if (slot.first == first && slot.second == second) return false;  // the first record wins
-    if (slot.first == kEmpty) {
-      slot = Slot{first, second, freq};
-      return true;
+  for (size_t b = Home(first, second, count);; b = Next(b, count)) {
+    Bucket& bucket = buckets[b];
+    for (int s = 0; s < kBucketSlots; ++s) {
+      if (bucket.first[s] == first && bucket.second[s] == second) return false;  // first wins
+      if (bucket.first[s] == kEmpty) {
+        bucket.first[s] = first;
+        bucket.second[s] = second;
+        bucket.freq[s] = freq;
+        return true;
+      }
     }
   }
 }
