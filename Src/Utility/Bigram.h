@@ -5,11 +5,11 @@
 // and sorted by second handle within a group; an index gives each first
 // handle's run of pairs. That is the file's form; for lookups the pairs are
 // also put into a hash table when they are loaded or imported (CPairHash,
-// about 12 bytes per 3/4 pair), which answers what a binary search over a
-// run answers in one probe. The table is built from "word1@word2 count"
-// lines with the dictionary at hand, saved as a raw little-endian file and
-// loaded once at start-up; lookups are const and may run from any number of
-// threads.
+// a 64-byte bucket per three pairs), which answers what a binary search
+// over a run answers, mostly from one cache line. The table is built from
+// "word1@word2 count" lines with the dictionary at hand, saved as a raw
+// little-endian file and loaded once at start-up; lookups are const and may
+// run from any number of threads.
 #ifndef ZIVOR_UTILITY_BIGRAM_H_
 #define ZIVOR_UTILITY_BIGRAM_H_
 
