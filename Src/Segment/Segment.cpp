@@ -1,6 +1,5 @@
 #include "Segment/Segment.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -14,11 +13,6 @@ namespace {
 // Add-constants of the bigram and unigram terms (deliberately different).
 constexpr double kBigramAdd = 0.00001;
 constexpr double kUnigramAdd = 0.5;
-
-// How many rows (bytes of the sentence) ahead of the row being scored the
-// frequencies of its words and edges are asked for: far enough for the
-// memory reads to arrive in time, near enough for them to stay in the cache.
-constexpr int kPrefetchRows = 8;
 
 // The starting score of every word: the double whose eight bytes are 0xC0
 // (about -8577.5), kept by words whose successor row is empty.
@@ -83,12 +77,7 @@ int CSegment::BiSegment(word_t** lattice, int rowCount, int* rowSizes, int capac
     score[offsets[last]] = 0;
     next[offsets[last]] = -1;
   }
-  // The tables are read kPrefetchRows rows ahead of the row being scored.
-  int fetched = last;
   for (int r = last - 1; r >= 0; --r) {
-    for (; fetched > std::max(r - kPrefetchRows, 0); --fetched) {
-      Prefetch(lattice, rowSizes, fetched - 1, last);
-    }
     const int size = RowSize(lattice, rowSizes, r);
     for (int k = 0; k < size; ++k) {
       word_t& w = lattice[r][k];
@@ -111,18 +100,6 @@ int CSegment::BiSegment(word_t** lattice, int rowCount, int* rowSizes, int capac
   }
   CopyPath(lattice, rowCount, rowSizes, capacity, offsets.data(), next.data());
   return m_nWordCount;
-}
-
-void CSegment::Prefetch(word_t* const* lattice, const int* rowSizes, int row, int last) const {
-  const int size = RowSize(lattice, rowSizes, row);
-  for (int k = 0; k < size; ++k) {
-    const word_t& w = lattice[row][k];
-    if (m_pUnigram != nullptr) m_pUnigram->Prefetch(w.handle);
-    if (m_pBigram == nullptr || w.end < row || w.end >= last) continue;
-    const int nr = w.end + 1;
-    const int successors = RowSize(lattice, rowSizes, nr);
-    for (int j = 0; j < successors; ++j) m_pBigram->Prefetch(w.handle, lattice[nr][j].handle);
-  }
 }
 
 void CSegment::CopyPath(word_t** lattice, int rowCount, const int* rowSizes, int capacity,

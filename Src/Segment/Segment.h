@@ -41,10 +41,6 @@ class CSegment {
   double PairFreq(int handle1, int handle2) const;
   // ln P of word w followed by n (w.value and n.value hold their F).
   double TransitionLogProb(const word_t& w, const word_t& n) const;
-  // Asks for the frequencies of the row's words and of every edge leaving
-  // them to be fetched into the cache: the lookups are independent, and
-  // their memory reads overlap instead of waiting one after the other.
-  void Prefetch(word_t* const* lattice, const int* rowSizes, int row, int last) const;
   // Copies the path that starts at the start atom and follows `next`
   // (successor index of each word, found at next[offset[row] + index]).
   void CopyPath(word_t** lattice, int rowCount, const int* rowSizes, int capacity,

@@ -44,8 +44,6 @@ class CBigram {
     if (handle1 < 0 || handle2 < 0 || handle1 >= m_nBound || handle2 > m_nBound) return 0;
     return m_hash.Find(handle1, handle2);
   }
-  // Starts fetching the memory GetFreq(handle1, handle2) will read.
-  void Prefetch(int handle1, int handle2) const { m_hash.Prefetch(handle1, handle2); }
   // The same answer found by a binary search over handle1's run, as the
   // file's layout allows without the hash table: the reference that checks
   // the table.

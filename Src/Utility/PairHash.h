@@ -54,14 +54,6 @@ class CPairHash {
     }
   }
 
-  // Starts loading the bucket where a lookup of the pair begins, so that a
-  // caller with many lookups ahead can have their memory reads overlap.
-  void Prefetch(int handle1, int handle2) const {
-    if (m_nBuckets == 0) return;
-    __builtin_prefetch(m_buckets.get() + Home(static_cast<uint32_t>(handle1) + 1,
-                                              static_cast<uint32_t>(handle2), m_nBuckets));
-  }
-
   // Number of pairs stored and bytes the table takes.
   size_t GetSize() const { return m_nKeys; }
   size_t GetBytes() const { return m_nBuckets * sizeof(Bucket); }

@@ -20,10 +20,6 @@ class CUnigram {
   // Frequency of a handle; 0 when the handle is negative or not below the
   // number of imported lines (m_nSize), even if the array is longer.
   int GetFreq(int handle) const;
-  // Starts fetching the memory GetFreq(handle) reads.
-  void Prefetch(int handle) const {
-    if (handle >= 0 && handle < m_nSize && handle <= m_nBound) __builtin_prefetch(m_pData + handle);
-  }
   // Sum of all imported frequencies.
   int GetTotalFreq() const { return m_nTotal; }
   // Number of imported lines of known words.
