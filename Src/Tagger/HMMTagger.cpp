@@ -148,8 +148,9 @@ void CHMMTagger::Transition(int i, int j) {
   double& best = m_pWeight[Slot(i, j)];
   int& from = m_pPrevIdx[Slot(i, j)];
   for (int k = 0; k < m_pCounter[i - 1]; ++k) {
-    const size_t row = static_cast<size_t>(previousDefault ? m_aDefaultRow[i] : m_aRow[previous + k]);
-    const double s = Rounded(m_aTransition[row * side + column] + m_pWeight[previous + k]);
+    const int row = previousDefault ? m_aDefaultRow[i] : m_aRow[previous + k];
+    const double s =
+        Rounded(m_aTransition[static_cast<size_t>(row) * side + column] + m_pWeight[previous + k]);
     if (k == 0 || s > best) {
       best = s;
       from = k;
