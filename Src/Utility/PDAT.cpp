@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "Utility/BinaryIO.h"
-#include "Utility/HugePages.h"
 #include "Utility/global_linux.h"
 
 namespace {
@@ -406,7 +405,7 @@ bool CPDAT::Load(const char* path) {
   }
   const int states = lowerBound + 1;
   const size_t bytes = static_cast<size_t>(states) * sizeof(state);
-  MallocPtr<state> data(static_cast<state*>(AllocateTable(bytes)));
+  MallocPtr<state> data(static_cast<state*>(malloc(bytes)));
   int indexed = 0;
   if (data == nullptr ||
       reader.ReadRecords(data.get(), static_cast<size_t>(states)) != static_cast<size_t>(states) ||

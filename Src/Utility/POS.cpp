@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "Utility/BinaryIO.h"
-#include "Utility/HugePages.h"
 #include "Utility/global_linux.h"
 #include "Utility/PDAT.h"
 #include "Utility/POSmap.h"
@@ -151,8 +150,8 @@ void CPOS::Release() {
 
 bool CPOS::Allocate(int n, int b) {
   Release();
-  m_pData = static_cast<POS_info*>(AllocateTable(std::max(n, 1) * sizeof(POS_info)));
-  m_pIndex = static_cast<index_t*>(AllocateTable((static_cast<size_t>(b) + 1) * sizeof(index_t)));
+  m_pData = static_cast<POS_info*>(malloc(std::max(n, 1) * sizeof(POS_info)));
+  m_pIndex = static_cast<index_t*>(malloc((static_cast<size_t>(b) + 1) * sizeof(index_t)));
   if (m_pData == nullptr || m_pIndex == nullptr) {
     Release();
     return false;
