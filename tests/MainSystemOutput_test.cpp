@@ -27,6 +27,12 @@ class OutputTest : public testutil::MiniSystemTest {
     EXPECT_EQ(1, sys_->ProcessA(Gbk(utf8).c_str(), scratch, true, userDict, false)) << utf8;
     return sys_->m_pVecResult[0];
   }
+  // The records of a tagged analysis (a text result makes none).
+  const result_t* Records(const char* utf8, int expectedCount, bool userDict = true) {
+    std::string scratch;
+    EXPECT_EQ(expectedCount, sys_->ProcessA(Gbk(utf8).c_str(), scratch, true, userDict, false));
+    return sys_->m_pVecResult;
+  }
 
 };
 
@@ -80,15 +86,14 @@ TEST_F(OutputTest, OnlyTheFirstCharacterOfDelimiterAndBoundaryIsWritten) {
   // records stay complete.
   g_sWordBoundary = "";
   EXPECT_EQ("他_rr", Text("他是学生"));
-  EXPECT_EQ(3, sys_->m_nVecResultLen);
-  EXPECT_STREQ("n", sys_->m_pVecResult[2].sPOS);
+  EXPECT_STREQ("n", Records("他是学生", 3)[2].sPOS);
 }
 
 TEST_F(OutputTest, UserWordsReplaceOnlyTheWordsTheyCoverExactly) {
   EXPECT_EQ("经济/n 发展/v 很/d 快/a ", Text("经济发展很快", 1, false));
   EXPECT_EQ("经济发展 很 快 ", Text("经济发展很快", 0));
   EXPECT_EQ("经济发展/n 很/d 快/a ", Text("经济发展很快"));
-  const result_t* records = sys_->m_pVecResult;
+  const result_t* records = Records("经济发展很快", 3);
   EXPECT_EQ(8, records[0].length);
   EXPECT_EQ(1, records[0].word_type);
   EXPECT_EQ(-1, records[0].word_ID);
@@ -105,7 +110,7 @@ TEST_F(OutputTest, UserWordsReplaceOnlyTheWordsTheyCoverExactly) {
   options.ownUserDict = &users;
   sys_ = r_->NewSystem(options);
   EXPECT_EQ("他/rr 是/vshi 北京大学/nt 的/ude1 学生。/zz ", Text(kSentence));
-  const result_t last = sys_->m_pVecResult[sys_->m_nVecResultLen - 1];
+  const result_t last = Records(kSentence, 5)[4];
   EXPECT_STREQ("zz", last.sPOS);
   EXPECT_EQ(21, last.iPOS);
 }
@@ -131,8 +136,7 @@ TEST_F(OutputTest, PatternMerges) {
     EXPECT_EQ(-1, record.word_ID);  // a class, not a dictionary word
     EXPECT_EQ(int(Gbk(c.text).size()), record.length);
   }
-  Text("中国//人民");
-  EXPECT_EQ(98, sys_->m_pVecResult[1].iPOS);
+  EXPECT_EQ(98, Records("中国//人民", 3)[1].iPOS);
 }
 
 std::string Describe(const word_t& w) {
@@ -225,7 +229,7 @@ TEST_F(FieldDicTest, GranularityThenFieldPassInThePipeline) {
   options.fieldPOS = &field.pos;
   sys_ = r_->NewSystem(options);
   EXPECT_EQ("他/rr 是/vshi 北京大学/nz 的学生/n 。/wj ", Text(kSentence));
-  const result_t* records = sys_->m_pVecResult;
+  const result_t* records = Records(kSentence, 5);
   EXPECT_EQ(2, records[2].word_type);  // the field pass's type 102
   EXPECT_EQ(field.dict.Find(Gbk("北京大学").c_str()), records[2].word_ID);
   EXPECT_EQ(0, records[3].word_type);

@@ -2,7 +2,9 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <algorithm>
 #include <initializer_list>
+#include <new>
 
 #include "Utility/Charset.h"
 #include "Utility/PDAT.h"
@@ -89,14 +91,30 @@ CPreProcess::~CPreProcess() {
 }
 
 void CPreProcess::FreeGraph() {
-  if (m_pWordGraph != nullptr) {
-    for (int i = 0; i < m_nGraphLength; ++i) free(m_pWordGraph[i]);
-  }
   free(m_pWordGraph);
   free(m_pWordCounter);
   m_pWordGraph = nullptr;
   m_pWordCounter = nullptr;
   m_nGraphLength = 0;
+  m_nGraphCapacity = 0;
+}
+
+bool CPreProcess::ResetGraph(int length) {
+  if (length > m_nGraphCapacity) {
+    FreeGraph();
+    m_pWordGraph = static_cast<word_t**>(malloc(sizeof(word_t*) * static_cast<size_t>(length)));
+    m_pWordCounter = static_cast<int*>(malloc(sizeof(int) * static_cast<size_t>(length)));
+    if (m_pWordGraph == nullptr || m_pWordCounter == nullptr) {
+      FreeGraph();
+      return false;
+    }
+    m_nGraphCapacity = length;
+  }
+  std::fill_n(m_pWordGraph, length, nullptr);
+  std::fill_n(m_pWordCounter, length, 0);
+  m_nGraphLength = length;
+  m_vecLattice.clear();
+  return true;
 }
 
 bool CPreProcess::ReserveAtoms(int count) {
@@ -402,22 +420,26 @@ const char* CPreProcess::FullSegment(const char* text) {
   if (text == nullptr) text = "";
   const char* next = AtomSegment(text);
   if (m_nAtomSize < 3) return next;
-  FreeGraph();
-  const int length = m_pAtom[m_nAtomSize - 1].start + 2;
-  m_pWordGraph = static_cast<word_t**>(calloc(length, sizeof(word_t*)));
-  m_pWordCounter = static_cast<int*>(calloc(length, sizeof(int)));
-  if (m_pWordGraph == nullptr || m_pWordCounter == nullptr) {
-    FreeGraph();
+  if (!ResetGraph(m_pAtom[m_nAtomSize - 1].start + 2)) return next;
+  try {
+    for (int i = 0; i < m_nAtomSize; ++i) BuildRow(text, i);
+  } catch (const std::bad_alloc&) {
+    FreeGraph();  // no half-built lattice
     return next;
   }
-  m_nGraphLength = length;
-  for (int i = 0; i < m_nAtomSize; ++i) {
-    if (!BuildRow(text, i)) {
-      FreeGraph();  // no half-built lattice
-      break;
-    }
-  }
+  LinkRows();
   return next;
+}
+
+void CPreProcess::LinkRows() {
+  // The rows lie in the arena in atom order; their words stay where they
+  // are until the next sentence.
+  word_t* words = m_vecLattice.data();
+  for (int i = 0; i < m_nAtomSize; ++i) {
+    const int row = RowOf(i);
+    m_pWordGraph[row] = words;
+    words += m_pWordCounter[row];
+  }
 }
 
 bool CPreProcess::HasSingleRow(const word_t& atom) const {
@@ -435,30 +457,35 @@ bool CPreProcess::HasSingleRow(const word_t& atom) const {
   }
 }
 
-bool CPreProcess::BuildRow(const char* text, int atomIndex) {
-  const word_t& atom = m_pAtom[atomIndex];
+void CPreProcess::BuildRow(const char* text, int atomIndex) {
+  const word_t atom = m_pAtom[atomIndex];
   const bool boundary = atomIndex == 0 || atomIndex == m_nAtomSize - 1;
-  const int row = atomIndex == 0 ? 0 : atom.start + 1;
+  const size_t first = m_vecLattice.size();
+  m_vecLattice.push_back(atom);
+  if (!boundary && !HasSingleRow(atom)) AddDictionaryWords(text, atomIndex);
+  m_pWordCounter[RowOf(atomIndex)] = static_cast<int>(m_vecLattice.size() - first);
+}
+
+void CPreProcess::AddDictionaryWords(const char* text, int atomIndex) {
+  if (m_pCoreDict == nullptr) return;
+  const word_t& atom = m_pAtom[atomIndex];
   unsigned int matches = 0;
-  if (!boundary && !HasSingleRow(atom) && m_pCoreDict != nullptr) {
-    m_pCoreDict->GetWords(text + atom.start, &m_pVecCandidateHandle, &m_pVecCandidatePosition,
-                          &m_nCadidateSize, &matches, atom.end - atom.start);
-  }
-  word_t* words = static_cast<word_t*>(malloc(sizeof(word_t) * (size_t{matches} + 1)));
-  if (words == nullptr) return false;
-  words[0] = atom;
-  int count = 1;
+  m_pCoreDict->GetWords(text + atom.start, &m_pVecCandidateHandle, &m_pVecCandidatePosition,
+                        &m_nCadidateSize, &matches, atom.end - atom.start);
   for (unsigned int k = 0; k < matches; ++k) {
     const int length = static_cast<int>(m_pVecCandidatePosition[k]);
-    if (!IsValidPosition(atomIndex, length)) continue;
-    word_t& w = words[count++] = word_t();
-    w.handle = static_cast<int>(m_pVecCandidateHandle[k]);
-    w.start = atom.start;
-    w.end = atom.start + length;
-    w.type = atom.type;
-    w.value = 0.0;
+    if (IsValidPosition(atomIndex, length)) {
+      AddWord(atom, static_cast<int>(m_pVecCandidateHandle[k]), length);
+    }
   }
-  m_pWordGraph[row] = words;
-  m_pWordCounter[row] = count;
-  return true;
+}
+
+void CPreProcess::AddWord(const word_t& atom, int handle, int length) {
+  word_t w;
+  w.handle = handle;
+  w.start = atom.start;
+  w.end = atom.start + length;
+  w.type = atom.type;
+  w.value = 0.0;
+  m_vecLattice.push_back(w);
 }

@@ -21,6 +21,8 @@
 #ifndef ZIVOR_SEGMENT_PREPROCESS_H_
 #define ZIVOR_SEGMENT_PREPROCESS_H_
 
+#include <vector>
+
 #include "Utility/Global.h"
 
 class CCharset;
@@ -120,15 +122,33 @@ class CPreProcess {
   void CheckDictionary(const char* text, word_t* atom) const;
   // Whether an atom's row holds the atom alone.
   bool HasSingleRow(const word_t& atom) const;
-  // Builds the lattice row of an atom; false when memory runs out.
-  bool BuildRow(const char* text, int atomIndex);
+  // Empties the lattice and sizes its row table for `length` rows; false
+  // when memory runs out.
+  bool ResetGraph(int length);
+  // The lattice row of an atom: the atom, then the words that start at it.
+  // The words go to the end of the arena, so rows are built in atom order;
+  // LinkRows points the row table at them once all are there. Throws
+  // std::bad_alloc when memory runs out.
+  void BuildRow(const char* text, int atomIndex);
+  void AddDictionaryWords(const char* text, int atomIndex);
+  // Appends a word of `length` bytes starting at the atom to the row being
+  // built.
+  void AddWord(const word_t& atom, int handle, int length);
+  void LinkRows();
+  int RowOf(int atomIndex) const { return atomIndex == 0 ? 0 : m_pAtom[atomIndex].start + 1; }
   int FindCode(int code) const;
 
   word_t* m_pAtom = nullptr;
   int m_nAtomSize = 0;
+  // Row table and word counts of the lattice (m_nGraphLength rows used of
+  // m_nGraphCapacity); the rows point into m_vecLattice, an arena that is
+  // kept across sentences, so a sentence allocates nothing once the
+  // buffers are large enough.
   word_t** m_pWordGraph = nullptr;
   int m_nGraphLength = 0;
   int* m_pWordCounter = nullptr;
+  int m_nGraphCapacity = 0;
+  std::vector<word_t> m_vecLattice;
   CCharset* m_pCharset;
   CPDAT* m_pCoreDict;
   CTrie* m_pUserDict;

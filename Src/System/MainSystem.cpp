@@ -274,7 +274,8 @@ int CMainSystem::ProcessAtomEx(const char* sLine, bool bPOStagged, bool bUserDic
 
 int CMainSystem::RunText(const char* sLine, bool bPOStagged, bool bUserDict, bool bStrOut) {
   m_bLongText = false;
-  m_bKeepLineRecords = true;
+  // A result wanted as text needs no records: none are made.
+  m_bKeepLineRecords = !bStrOut;
   const size_t length = sLine != nullptr ? strlen(sLine) : 0;
   if (length > kMaxLineBytes) {
     Fail("Text too long to analyse: " + std::to_string(length) + " bytes (at most " +
@@ -294,9 +295,6 @@ int CMainSystem::RunLongText(const char* sLine, int nLen, bool bPOStagged, bool 
   std::vector<char> text(sLine, sLine + nLen + 1);
   m_nVecOutLen = 0;
   if (bStrOut) m_sOutput.clear();
-  // A long text's result as text needs no records of its lines: they are
-  // dropped sentence by sentence instead of growing with the line.
-  m_bKeepLineRecords = !bStrOut;
   char* const base = text.data();
   char* cursor = base;
   for (;;) {
@@ -486,11 +484,14 @@ bool CMainSystem::ReserveRecords(result_t** ppVec, int* pCapacity, int64_t nReco
 
 result_t* CMainSystem::AppendRecord(result_t** ppVec, int* pLen, int* pCapacity) {
   if (!ReserveRecords(ppVec, pCapacity, int64_t{*pLen} + 1)) return nullptr;
-  result_t* record = *ppVec + (*pLen)++;
-  memset(record, 0, sizeof(*record));
-  record->iPOS = kNoTag;
-  record->word_ID = -1;
-  return record;
+  return ClearRecord(*ppVec + (*pLen)++);
+}
+
+result_t* CMainSystem::ClearRecord(result_t* pRecord) {
+  memset(pRecord, 0, sizeof(*pRecord));
+  pRecord->iPOS = kNoTag;
+  pRecord->word_ID = -1;
+  return pRecord;
 }
 
 bool CMainSystem::AppendResultText(const char* pText, int nLen) {

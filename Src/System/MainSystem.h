@@ -73,8 +73,8 @@ class CMainSystem {
   int ProcessA(const char* sLineOrig, std::string& sLineTrans, bool bPOStagged,
                bool bUserDict, bool bKeyWordExtract);
   // Analyses a GBK text, line by line when it is longer than 100 bytes.
-  // Returns the record count of the last line run (for a long text analysed
-  // into text, of its last sentence: such a text keeps no records).
+  // Returns the record count of the last line run; 0 with bStrOut, which
+  // asks for the result as text only and makes no records.
   int ProcessAtomEx(const char* sLine, bool bPOStagged, bool bUserDict,
                     bool bStrOut);
   // Analyses one GBK line into m_sResult and m_pVecResult.
@@ -289,6 +289,8 @@ class CMainSystem {
   bool ReserveResultText(int64_t nBytes);
   bool ReserveRecords(result_t** ppVec, int* pCapacity, int64_t nRecords);
   result_t* AppendRecord(result_t** ppVec, int* pLen, int* pCapacity);
+  // Zeroes a record, no tag and no word id; returns it.
+  static result_t* ClearRecord(result_t* pRecord);
   bool AppendResultText(const char* pText, int nLen);
   void AppendWordBoundary();
   void TerminateResult();
@@ -363,8 +365,8 @@ class CMainSystem {
   std::vector<TextSpan> m_vecSpans;
   bool m_bTrackSpans = false;
   bool m_bFailed = false;
-  // Whether a line's records are kept until the line is done; a long text
-  // analysed into text keeps only the current sentence's.
+  // Whether the analysis makes records (set by each call: not when the
+  // result is wanted as text, which then costs no record and no weight).
   bool m_bKeepLineRecords = true;
 };
 

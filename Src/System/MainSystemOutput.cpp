@@ -103,10 +103,15 @@ int CMainSystem::OutputWord(const char* pLine, word_t* pWords, int nWordCount, i
                             int nStartLen, bool bTagged, bool bUserDict,
                             const CPOSmap* pMap) {
   word_t& word = pWords[i];
-  result_t* record = AppendRecord(&m_pVecResult, &m_nVecResultLen, &m_nVecResultMemSize);
+  // A call that wants text only fills a record on the stack, which the tag
+  // and user-word steps write as they would a kept one, and skips its weight.
+  result_t scratch;
+  result_t* record = m_bKeepLineRecords
+                         ? AppendRecord(&m_pVecResult, &m_nVecResultLen, &m_nVecResultMemSize)
+                         : ClearRecord(&scratch);
   if (record == nullptr) return nWordCount;  // out of memory: the segment ends here
   record->word_ID = word.handle;
-  record->weight = -std::log(GetUniProb(word.handle));
+  if (m_bKeepLineRecords) record->weight = -std::log(GetUniProb(word.handle));
   record->word_type = word.type == kMergedWordType ? 2 : 0;
 
   Token token;
@@ -262,6 +267,7 @@ int CMainSystem::SetOutput(const char* pLine, int nStartLen, int nWordLen, int /
   AppendResultText(word, nWordLen);
   AppendWordBoundary();
   TerminateResult();
+  if (!m_bKeepLineRecords) return m_nVecResultLen;
   result_t* record = AppendRecord(&m_pVecResult, &m_nVecResultLen, &m_nVecResultMemSize);
   if (record != nullptr) {
     record->start = nStartLen;

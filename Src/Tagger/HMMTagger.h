@@ -12,8 +12,13 @@
 //                + ln(f + 0.02) - ln(F + 0.02 * V)
 // where f is the candidate's count in the lexicon, F the statistics'
 // frequency of its tag and V the vocabulary size given to the constructor.
-// Among equal predecessors the earliest candidate (lowest tag id) wins.
-//
+// Among equal predecessors the earliest candidate (lowest tag id) wins. The
+// constructor tabulates ln P for every pair of tags and ln(F + 0.02 * V) for
+// every tag, so the statistics must not change while the tagger lives; the
+// logarithms of small counts come from a table shared by all taggers. A call
+// first looks up every word's candidates and their emission scores, then
+// decodes: the lexicon reads of a sentence do not wait on one another.
+
 // A word without lexicon entries gets the tagger's single default candidate
 // (count 0). When such a word has a character type from 1 to 4, the default
 // tag switches to 78 for good: every word without entries that this object
@@ -30,6 +35,7 @@
 #ifndef ZIVOR_TAGGER_HMMTAGGER_H_
 #define ZIVOR_TAGGER_HMMTAGGER_H_
 
+#include <cstddef>
 #include <vector>
 
 #include "Utility/Global.h"
@@ -80,29 +86,44 @@ class CHMMTagger {
   // only grows; the contents are reset (candidate counts -1, no lists).
   void Reset(int count);
   // Sets the candidate list of word i: its lexicon entries, or for i > 0
-  // the default candidate (after the switch to 78 for types 1 to 4).
+  // the default candidate (after the switch to 78 for types 1 to 4); and
+  // the candidates' table rows and emission scores as they stand now.
   void SetCandidates(int i, const word_t& word);
   // The best predecessor of candidate j of word i (i > 0) and its path score.
   void Transition(int i, int j);
-  double TransitionScore(unsigned char prev, unsigned char next) const;
   double Emission(const POS_info& candidate) const;
+  // Row and column of a tag in m_aTransition: tags the statistics do not
+  // hold share the last one.
+  int TableIndex(unsigned char tag) const { return tag < m_nTags ? tag : m_nTags; }
   // The candidate of word i with the best path score; the earliest on ties.
   int BestCandidate(int i) const;
   void BackTrace(word_t* words, int count) const;
   bool ValidCandidate(int word, int candidate) const;
+  // Position of candidate j of word i in the per-candidate arrays.
+  size_t Slot(int i, int j) const { return m_pFirst[i] + static_cast<size_t>(j); }
 
   int m_nItemCount = 0;
-  // Per word: number of candidates, back-pointers, path scores, candidates.
-  // Only the first m_nItemCount entries belong to the last call.
+  // Per word: number of candidates, first slot in the per-candidate arrays,
+  // candidates (into the lexicon, or &m_POSDefault). Only the first
+  // m_nItemCount entries belong to the last call.
   std::vector<int> m_pCounter;
-  std::vector<std::vector<int>> m_pPrevIdx;
-  std::vector<std::vector<double>> m_pWeight;
-  std::vector<const POS_info*> m_pCandidatePOS;  // into the lexicon, or &m_POSDefault
+  std::vector<size_t> m_pFirst;
+  std::vector<int> m_aDefaultRow;  // the default candidate's row once word i is set
+  std::vector<const POS_info*> m_pCandidatePOS;
+  // Per candidate: its row in m_aTransition, emission, path score and
+  // back-pointer.
+  std::vector<int> m_aRow;
+  std::vector<double> m_aEmission;
+  std::vector<double> m_pWeight;
+  std::vector<int> m_pPrevIdx;
   POS_info m_POSDefault;
   const CPOS* m_pPOSData;
-  const CContextStat* m_pContextData;
-  double m_dTotalItemCount;
   bool m_bFixedDefault;
+  // ln P(prev -> next) at [TableIndex(prev) * (m_nTags + 1) + TableIndex(next)],
+  // and ln(F + 0.02 * V) by tag id.
+  int m_nTags = 0;
+  std::vector<double> m_aTransition;
+  std::vector<double> m_aLogTagFreq;
 };
 
 #endif  // ZIVOR_TAGGER_HMMTAGGER_H_

@@ -73,15 +73,20 @@ CBigram::~CBigram() {
 }
 
 void CBigram::Replace(int size, bigram_info* data, int bound, index_t* index) {
+  MallocPtr<bigram_info> ownedData(data);
+  MallocPtr<index_t> ownedIndex(index);
+  CPairHash hash;
+  hash.Build(data, index, bound, bound);
   free(m_pData);
   free(m_pIndex);
   m_nSize = size;
-  m_pData = data;
+  m_pData = ownedData.release();
   m_nBound = bound;
-  m_pIndex = index;
+  m_pIndex = ownedIndex.release();
+  m_hash = std::move(hash);
 }
 
-int CBigram::GetFreq(int handle1, int handle2) const {
+int CBigram::SearchFreq(int handle1, int handle2) const {
   if (handle1 < 0 || handle2 < 0 || handle1 > m_nBound || handle2 > m_nBound) return 0;
   if (handle1 == m_nBound) return 0;  // the index has no entry for it
   const index_t& run = m_pIndex[handle1];
