@@ -11,7 +11,8 @@ constexpr bool kHostIsLittleEndian = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
 // Integers pass through a bounded scratch block.
 constexpr size_t kBlockInts = 4096;
 
-uint32_t Swap32(uint32_t v) { return __builtin_bswap32(v); }
+// Used only on big-endian hosts (the other branches are discarded).
+[[maybe_unused]] uint32_t Swap32(uint32_t v) { return __builtin_bswap32(v); }
 
 }  // namespace
 
