@@ -46,7 +46,9 @@ class CSegment {
   void CopyPath(word_t** lattice, int rowCount, const int* rowSizes, int capacity,
                 const int* offsets, const int* next);
 
-  CPDAT* m_pCoreDict;
+  // The lattice is built by the pre-processor; the segmenter keeps the
+  // dictionary it was given but needs no lookups of its own.
+  [[maybe_unused]] CPDAT* m_pCoreDict;
   CUnigram* m_pUnigram;
   CBigram* m_pBigram;
   double m_dSmoothingArg;
