@@ -1,8 +1,9 @@
 """The development split of the annotated corpus: zivor.lcut gives the
 words of the zivor command, line by line."""
 
-import importlib.util
 import os
+import runpy
+import types
 
 import pytest
 
@@ -15,10 +16,7 @@ COMMAND = os.environ.get("ZIVOR_CLI")
 
 def devsplit():
     path = os.path.join(PROJECT, "python", "bench", "devsplit.py")
-    spec = importlib.util.spec_from_file_location("devsplit", path)
-    module = importlib.util.module_from_spec(spec)
-    spec.loader.exec_module(module)
-    return module
+    return types.SimpleNamespace(**runpy.run_path(path))
 
 
 @pytest.mark.skipif(not os.path.isfile(CORPUS), reason="no annotated corpus")
