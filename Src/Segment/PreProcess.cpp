@@ -421,6 +421,7 @@ const char* CPreProcess::FullSegment(const char* text) {
   const char* next = AtomSegment(text);
   if (m_nAtomSize < 3) return next;
   if (!ResetGraph(m_pAtom[m_nAtomSize - 1].start + 2)) return next;
+  PrefetchDictionaryWalks(text);
   try {
     for (int i = 0; i < m_nAtomSize; ++i) BuildRow(text, i);
   } catch (const std::bad_alloc&) {
@@ -457,12 +458,27 @@ bool CPreProcess::HasSingleRow(const word_t& atom) const {
   }
 }
 
+bool CPreProcess::LooksUpWords(int atomIndex) const {
+  const bool boundary = atomIndex == 0 || atomIndex == m_nAtomSize - 1;
+  return !boundary && !HasSingleRow(m_pAtom[atomIndex]);
+}
+
+void CPreProcess::PrefetchDictionaryWalks(const char* text) const {
+  if (m_pCoreDict == nullptr) return;
+  // The first character's state lies in the dictionary's small first level;
+  // the second and third are far apart in a large table.
+  for (int depth = 2; depth <= 3; ++depth) {
+    for (int i = 0; i < m_nAtomSize; ++i) {
+      if (LooksUpWords(i)) m_pCoreDict->PrefetchWalk(text + m_pAtom[i].start, depth);
+    }
+  }
+}
+
 void CPreProcess::BuildRow(const char* text, int atomIndex) {
   const word_t atom = m_pAtom[atomIndex];
-  const bool boundary = atomIndex == 0 || atomIndex == m_nAtomSize - 1;
   const size_t first = m_vecLattice.size();
   m_vecLattice.push_back(atom);
-  if (!boundary && !HasSingleRow(atom)) AddDictionaryWords(text, atomIndex);
+  if (LooksUpWords(atomIndex)) AddDictionaryWords(text, atomIndex);
   m_pWordCounter[RowOf(atomIndex)] = static_cast<int>(m_vecLattice.size() - first);
 }
 

@@ -122,6 +122,11 @@ class CPreProcess {
   void CheckDictionary(const char* text, word_t* atom) const;
   // Whether an atom's row holds the atom alone.
   bool HasSingleRow(const word_t& atom) const;
+  // Whether the dictionary is asked for the words that start at the atom.
+  bool LooksUpWords(int atomIndex) const;
+  // Starts loading the dictionary states the sentence's lookups will read
+  // (CPDAT::PrefetchWalk), before the rows are built.
+  void PrefetchDictionaryWalks(const char* text) const;
   // Empties the lattice and sizes its row table for `length` rows; false
   // when memory runs out.
   bool ResetGraph(int length);

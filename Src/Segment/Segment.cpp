@@ -46,13 +46,16 @@ double CSegment::PairFreq(int handle1, int handle2) const {
   return m_pBigram != nullptr ? m_pBigram->GetFreq(handle1, handle2) : 0;
 }
 
-double CSegment::TransitionLogProb(const word_t& w, const word_t& n) const {
-  const double lambda = m_dSmoothingArg;
-  const double p = lambda * (PairFreq(w.handle, n.handle) + kBigramAdd) /
-                       (m_dTotalItem * kBigramAdd + w.value) +
-                   (1 - lambda) * (n.value + kUnigramAdd) /
-                       (m_dTotalItem * kUnigramAdd + m_dTotalFreq);
-  return log(p);
+double CSegment::UnigramTerm(double freq) const {
+  return (1 - m_dSmoothingArg) * (freq + kUnigramAdd) /
+         (m_dTotalItem * kUnigramAdd + m_dTotalFreq);
+}
+
+double CSegment::TransitionLogProb(int pairFreq, double pairBase, double unigramTerm) const {
+  // The same operations, in the same order, as
+  //   ln(lambda (f(w, n) + a) / (V a + F(w)) + (1 - lambda) (F(n) + b) / (V b + N))
+  // with the parts that depend on one word alone computed once per word.
+  return log(m_dSmoothingArg * (pairFreq + kBigramAdd) / pairBase + unigramTerm);
 }
 
 int CSegment::BiSegment(word_t** lattice, int rowCount, int* rowSizes, int capacity) {
@@ -61,45 +64,85 @@ int CSegment::BiSegment(word_t** lattice, int rowCount, int* rowSizes, int capac
     m_nWordCount = 0;
     return 0;
   }
-  // Score and successor index of every word, row after row in one array.
-  std::vector<int> offsets(rowCount);
-  int total = 0;
-  for (int r = 0; r < rowCount; ++r) {
-    offsets[r] = total;
-    total += RowSize(lattice, rowSizes, r);
-  }
-  std::vector<double> score(total, InitialScore());
-  std::vector<int> next(total, 0);
+  const int total = PrepareWords(lattice, rowCount, rowSizes);
+  PrefetchPairs(lattice, rowCount, rowSizes);
+  std::fill_n(m_score.begin(), total, InitialScore());
+  std::fill_n(m_next.begin(), total, 0);
 
   const int last = rowCount - 1;
   if (RowSize(lattice, rowSizes, last) > 0) {
-    lattice[last][0].value = Freq(lattice[last][0].handle);
-    score[offsets[last]] = 0;
-    next[offsets[last]] = -1;
+    m_score[m_offsets[last]] = 0;
+    m_next[m_offsets[last]] = -1;
   }
   for (int r = last - 1; r >= 0; --r) {
     const int size = RowSize(lattice, rowSizes, r);
     for (int k = 0; k < size; ++k) {
-      word_t& w = lattice[r][k];
-      w.value = Freq(w.handle);
+      const word_t& w = lattice[r][k];
       if (w.end < r || w.end >= last) continue;  // no successor row
       const int nr = w.end + 1;
-      const int self = offsets[r] + k;
+      const int self = m_offsets[r] + k;
+      const int first = m_offsets[nr];
+      const double base = m_pairBase[self];
       const int successors = RowSize(lattice, rowSizes, nr);
       for (int j = 0; j < successors; ++j) {
         const double candidate =
-            TransitionLogProb(w, lattice[nr][j]) + score[offsets[nr] + j];
+            TransitionLogProb(PairFreq(w.handle, lattice[nr][j].handle), base,
+                              m_unigramTerm[first + j]) +
+            m_score[first + j];
         // The first successor is taken as it is; a later one only when it is
         // strictly better, so ties keep the earlier word and NaN never wins.
-        if (j == 0 || candidate > score[self]) {
-          score[self] = candidate;
-          next[self] = j;
+        if (j == 0 || candidate > m_score[self]) {
+          m_score[self] = candidate;
+          m_next[self] = j;
         }
       }
     }
   }
-  CopyPath(lattice, rowCount, rowSizes, capacity, offsets.data(), next.data());
+  CopyPath(lattice, rowCount, rowSizes, capacity, m_offsets.data(), m_next.data());
   return m_nWordCount;
+}
+
+int CSegment::PrepareWords(word_t** lattice, int rowCount, const int* rowSizes) {
+  m_offsets.resize(static_cast<size_t>(rowCount));
+  int total = 0;
+  for (int r = 0; r < rowCount; ++r) {
+    m_offsets[r] = total;
+    total += RowSize(lattice, rowSizes, r);
+  }
+  const size_t words = static_cast<size_t>(total);
+  if (m_score.size() < words) {
+    m_score.resize(words);
+    m_next.resize(words);
+    m_pairBase.resize(words);
+    m_unigramTerm.resize(words);
+  }
+  for (int r = 0; r < rowCount; ++r) {
+    const int size = RowSize(lattice, rowSizes, r);
+    for (int k = 0; k < size; ++k) {
+      word_t& w = lattice[r][k];
+      w.value = Freq(w.handle);
+      const size_t i = static_cast<size_t>(m_offsets[r] + k);
+      m_pairBase[i] = m_dTotalItem * kBigramAdd + w.value;
+      m_unigramTerm[i] = UnigramTerm(w.value);
+    }
+  }
+  return total;
+}
+
+void CSegment::PrefetchPairs(word_t** lattice, int rowCount, const int* rowSizes) const {
+  if (m_pBigram == nullptr) return;
+  // In the order the decoding pass reads them: from the last row back.
+  const int last = rowCount - 1;
+  for (int r = last - 1; r >= 0; --r) {
+    const int size = RowSize(lattice, rowSizes, r);
+    for (int k = 0; k < size; ++k) {
+      const word_t& w = lattice[r][k];
+      if (w.end < r || w.end >= last) continue;
+      const int nr = w.end + 1;
+      const int successors = RowSize(lattice, rowSizes, nr);
+      for (int j = 0; j < successors; ++j) m_pBigram->Prefetch(w.handle, lattice[nr][j].handle);
+    }
+  }
 }
 
 void CSegment::CopyPath(word_t** lattice, int rowCount, const int* rowSizes, int capacity,

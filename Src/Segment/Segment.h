@@ -10,6 +10,8 @@
 #ifndef ZIVOR_SEGMENT_SEGMENT_H_
 #define ZIVOR_SEGMENT_SEGMENT_H_
 
+#include <vector>
+
 #include "Utility/Global.h"
 
 class CPDAT;
@@ -39,8 +41,19 @@ class CSegment {
   // Unigram and bigram frequencies (0 without a table).
   double Freq(int handle) const;
   double PairFreq(int handle1, int handle2) const;
-  // ln P of word w followed by n (w.value and n.value hold their F).
-  double TransitionLogProb(const word_t& w, const word_t& n) const;
+  // (1 - lambda) (F(n) + b) / (V b + N): the part of a transition's
+  // probability that depends on the following word alone.
+  double UnigramTerm(double freq) const;
+  // ln P of a word followed by n, from the pair's frequency, the first
+  // word's V a + F(w) and n's UnigramTerm.
+  double TransitionLogProb(int pairFreq, double pairBase, double unigramTerm) const;
+  // Sets every word's value to its frequency, lays the words out row after
+  // row (m_offsets) and computes each word's two per-word terms. Returns
+  // the number of words.
+  int PrepareWords(word_t** lattice, int rowCount, const int* rowSizes);
+  // Starts loading the pair-table lines of every lattice edge, so that the
+  // decoding pass finds them in cache instead of waiting on each in turn.
+  void PrefetchPairs(word_t** lattice, int rowCount, const int* rowSizes) const;
   // Copies the path that starts at the start atom and follows `next`
   // (successor index of each word, found at next[offset[row] + index]).
   void CopyPath(word_t** lattice, int rowCount, const int* rowSizes, int capacity,
@@ -54,6 +67,14 @@ class CSegment {
   double m_dSmoothingArg;
   double m_dTotalFreq;
   double m_dTotalItem;
+  // Per-call scratch, kept between calls: the first word of every row in
+  // the arrays below; each word's best score, successor index, V a + F(w)
+  // and UnigramTerm.
+  std::vector<int> m_offsets;
+  std::vector<double> m_score;
+  std::vector<int> m_next;
+  std::vector<double> m_pairBase;
+  std::vector<double> m_unigramTerm;
 };
 
 #endif  // ZIVOR_SEGMENT_SEGMENT_H_

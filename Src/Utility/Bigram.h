@@ -44,6 +44,9 @@ class CBigram {
     if (handle1 < 0 || handle2 < 0 || handle1 >= m_nBound || handle2 > m_nBound) return 0;
     return m_hash.Find(handle1, handle2);
   }
+  // Starts loading what GetFreq of the pair will read (see
+  // CPairHash::Prefetch); any handles may be given.
+  void Prefetch(int handle1, int handle2) const { m_hash.Prefetch(handle1, handle2); }
   // The same answer found by a binary search over handle1's run, as the
   // file's layout allows without the hash table: the reference that checks
   // the table.

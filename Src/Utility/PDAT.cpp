@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Utility/BinaryIO.h"
+#include "Utility/Prefetch.h"
 #include "Utility/global_linux.h"
 
 namespace {
@@ -389,6 +390,28 @@ int CPDAT::GetWords(const char* s, unsigned int** handles, unsigned int** length
     return true;
   });
   return best;
+}
+
+void CPDAT::PrefetchWalk(const char* s, int depth) const {
+  if (s == nullptr || m_pData == nullptr) return;
+  int current = kRoot;
+  for (int pos = 0, step = 1; s[pos] != '\0'; ++step) {
+    const bool last = s[pos + 1] == '\0';
+    int charLen = 0;
+    const int code = CharCode(static_cast<unsigned char>(s[pos]),
+                              last ? 0 : static_cast<unsigned char>(s[pos + 1]), last, &charLen);
+    const int index = CharIndex(code);
+    if (index < 0) return;
+    if (step == depth) {
+      const int64_t base = current == kRoot ? 0 : std::abs(int64_t{m_pData[current].base});
+      const int64_t target = base + index;
+      if (target <= m_nLowerBound && target < m_nLength) PrefetchLine(m_pData + target);
+      return;
+    }
+    current = Next(current, index);
+    if (current < 0 || IsLeaf(current)) return;
+    pos += charLen;
+  }
 }
 
 bool CPDAT::Load(const char* path) {

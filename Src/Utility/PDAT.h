@@ -105,6 +105,14 @@ class CPDAT {
   int GetWords(const char* s, unsigned int** handles, unsigned int** lengths,
                unsigned int* capacity, unsigned int* count, int minLen) const;
 
+  // Starts loading the state that the depth-th character of s leads to, as
+  // GetWords would walk s, so that the walks of many strings can wait on
+  // memory together: a caller prefetches every string at depth 2, then at
+  // depth 3 (the states of depth 2 then being in cache), then walks them.
+  // Does nothing when the walk ends before that character. Reads s up to
+  // the character and the states before it; changes nothing.
+  void PrefetchWalk(const char* s, int depth) const;
+
   int GetItemCount() const;
   bool IsEmpty() const;
 

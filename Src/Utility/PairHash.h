@@ -20,6 +20,7 @@
 #include <cstdint>
 
 #include "Utility/BinaryIO.h"
+#include "Utility/Prefetch.h"
 
 struct bigram_info;
 struct index_t;
@@ -52,6 +53,17 @@ class CPairHash {
       }
       if (found || !full) return freq;
     }
+  }
+
+  // Starts loading the cache line a Find of the same pair reads first, so
+  // that the lookups of many pairs can wait on memory together: a caller
+  // with a batch of pairs prefetches them all, then finds them. Any handles
+  // may be given; nothing is read.
+  void Prefetch(int handle1, int handle2) const {
+    if (m_nBuckets == 0 || handle1 < 0 || handle2 < 0) return;
+    const size_t b = Home(static_cast<uint32_t>(handle1) + 1, static_cast<uint32_t>(handle2),
+                          m_nBuckets);
+    PrefetchLine(m_buckets.get() + b);
   }
 
   // Number of pairs stored and bytes the table takes.
