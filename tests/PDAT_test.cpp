@@ -137,6 +137,41 @@ TEST(PDATTest, PackingMatchesLiteralAlgorithmByteForByte) {
   }
 }
 
+// The batched walk finds, for every string, exactly what GetWords finds for
+// it alone, in the same order: on random dictionaries and every suffix of
+// texts made of their words (ASCII of both cases, lone lead bytes at the end).
+TEST(PDATTest, WalkingManyStringsTogetherFindsWhatEachFindsAlone) {
+  for (const unsigned seed : {7u, 8u, 9u}) {
+    SCOPED_TRACE(seed);
+    const auto words = RandomWords(seed, 400, 30);
+    const auto dict = Build(words);
+    std::mt19937 rng(seed);
+    std::string text;
+    for (int i = 0; i < 60; ++i) text += words[rng() % words.size()].substr(0, 1 + rng() % 12);
+    std::vector<const char*> strings;
+    std::vector<int> minLens;
+    for (size_t i = 0; i < text.size(); ++i) {
+      strings.push_back(i % 7 == 3 ? nullptr : text.c_str() + i);  // null: not looked up
+      minLens.push_back(int(rng() % 3));
+    }
+    std::vector<CPDAT::PrefixWord> found;
+    dict->GetWordsOfAll(strings.data(), minLens.data(), int(strings.size()), &found);
+
+    std::vector<std::vector<std::pair<int, int>>> batched(strings.size()), alone(strings.size());
+    for (const auto& w : found) batched[size_t(w.source)].push_back({w.handle, w.bytes});
+    unsigned int *handles = nullptr, *lengths = nullptr, capacity = 0, count = 0;
+    for (size_t i = 0; i < strings.size(); ++i) {
+      if (strings[i] == nullptr) continue;
+      dict->GetWords(strings[i], &handles, &lengths, &capacity, &count, minLens[i]);
+      for (unsigned k = 0; k < count; ++k) alone[i].push_back({int(handles[k]), int(lengths[k])});
+    }
+    free(handles);
+    free(lengths);
+    EXPECT_EQ(batched, alone);
+    EXPECT_GT(found.size(), text.size() / 4);  // the texts do hold words
+  }
+}
+
 class SmallDictTest : public ::testing::Test {
  protected:
   // Handles: 中 1, 中国 2, 中国人 3, 人民 4, 人 5, Hello 6, 国 7,

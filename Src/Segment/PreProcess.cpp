@@ -421,9 +421,9 @@ const char* CPreProcess::FullSegment(const char* text) {
   const char* next = AtomSegment(text);
   if (m_nAtomSize < 3) return next;
   if (!ResetGraph(m_pAtom[m_nAtomSize - 1].start + 2)) return next;
-  PrefetchDictionaryWalks(text);
+  FindDictionaryWords(text);
   try {
-    for (int i = 0; i < m_nAtomSize; ++i) BuildRow(text, i);
+    for (int i = 0; i < m_nAtomSize; ++i) BuildRow(i);
   } catch (const std::bad_alloc&) {
     FreeGraph();  // no half-built lattice
     return next;
@@ -463,36 +463,45 @@ bool CPreProcess::LooksUpWords(int atomIndex) const {
   return !boundary && !HasSingleRow(m_pAtom[atomIndex]);
 }
 
-void CPreProcess::PrefetchDictionaryWalks(const char* text) const {
-  if (m_pCoreDict == nullptr) return;
-  // The first character's state lies in the dictionary's small first level;
-  // the second and third are far apart in a large table.
-  for (int depth = 2; depth <= 3; ++depth) {
-    for (int i = 0; i < m_nAtomSize; ++i) {
-      if (LooksUpWords(i)) m_pCoreDict->PrefetchWalk(text + m_pAtom[i].start, depth);
-    }
+void CPreProcess::FindDictionaryWords(const char* text) {
+  const size_t atoms = static_cast<size_t>(m_nAtomSize);
+  m_walkStrings.assign(atoms, nullptr);
+  m_walkMinLens.assign(atoms, 0);
+  for (int i = 0; i < m_nAtomSize; ++i) {
+    if (!LooksUpWords(i)) continue;
+    m_walkStrings[static_cast<size_t>(i)] = text + m_pAtom[i].start;
+    m_walkMinLens[static_cast<size_t>(i)] = m_pAtom[i].end - m_pAtom[i].start;
+  }
+  m_walkFound.clear();
+  if (m_pCoreDict != nullptr) {
+    m_pCoreDict->GetWordsOfAll(m_walkStrings.data(), m_walkMinLens.data(), m_nAtomSize,
+                               &m_walkFound);
+  }
+  // Grouped by atom, each atom's words in the order found (shortest first).
+  m_dictFirst.assign(atoms + 1, 0);
+  for (const CPDAT::PrefixWord& w : m_walkFound) ++m_dictFirst[static_cast<size_t>(w.source) + 1];
+  for (size_t i = 0; i < atoms; ++i) m_dictFirst[i + 1] += m_dictFirst[i];
+  m_dictWords.resize(m_walkFound.size());
+  m_walkMinLens.assign(m_dictFirst.begin(), m_dictFirst.end() - 1);  // next free slot per atom
+  for (const CPDAT::PrefixWord& w : m_walkFound) {
+    m_dictWords[static_cast<size_t>(m_walkMinLens[static_cast<size_t>(w.source)]++)] = w;
   }
 }
 
-void CPreProcess::BuildRow(const char* text, int atomIndex) {
+void CPreProcess::BuildRow(int atomIndex) {
   const word_t atom = m_pAtom[atomIndex];
   const size_t first = m_vecLattice.size();
   m_vecLattice.push_back(atom);
-  if (LooksUpWords(atomIndex)) AddDictionaryWords(text, atomIndex);
+  if (LooksUpWords(atomIndex)) AddDictionaryWords(atomIndex);
   m_pWordCounter[RowOf(atomIndex)] = static_cast<int>(m_vecLattice.size() - first);
 }
 
-void CPreProcess::AddDictionaryWords(const char* text, int atomIndex) {
-  if (m_pCoreDict == nullptr) return;
+void CPreProcess::AddDictionaryWords(int atomIndex) {
   const word_t& atom = m_pAtom[atomIndex];
-  unsigned int matches = 0;
-  m_pCoreDict->GetWords(text + atom.start, &m_pVecCandidateHandle, &m_pVecCandidatePosition,
-                        &m_nCadidateSize, &matches, atom.end - atom.start);
-  for (unsigned int k = 0; k < matches; ++k) {
-    const int length = static_cast<int>(m_pVecCandidatePosition[k]);
-    if (IsValidPosition(atomIndex, length)) {
-      AddWord(atom, static_cast<int>(m_pVecCandidateHandle[k]), length);
-    }
+  const size_t i = static_cast<size_t>(atomIndex);
+  for (int k = m_dictFirst[i]; k < m_dictFirst[i + 1]; ++k) {
+    const CPDAT::PrefixWord& w = m_dictWords[static_cast<size_t>(k)];
+    if (IsValidPosition(atomIndex, w.bytes)) AddWord(atom, w.handle, w.bytes);
   }
 }
 

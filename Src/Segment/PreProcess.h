@@ -24,9 +24,9 @@
 #include <vector>
 
 #include "Utility/Global.h"
+#include "Utility/PDAT.h"
 
 class CCharset;
-class CPDAT;
 class CTrie;
 
 class CPreProcess {
@@ -124,9 +124,10 @@ class CPreProcess {
   bool HasSingleRow(const word_t& atom) const;
   // Whether the dictionary is asked for the words that start at the atom.
   bool LooksUpWords(int atomIndex) const;
-  // Starts loading the dictionary states the sentence's lookups will read
-  // (CPDAT::PrefetchWalk), before the rows are built.
-  void PrefetchDictionaryWalks(const char* text) const;
+  // Looks up the dictionary words that start at every atom that asks for
+  // them, all atoms together (CPDAT::GetWordsOfAll), before the rows are
+  // built: m_dictWords, grouped by atom.
+  void FindDictionaryWords(const char* text);
   // Empties the lattice and sizes its row table for `length` rows; false
   // when memory runs out.
   bool ResetGraph(int length);
@@ -134,8 +135,9 @@ class CPreProcess {
   // The words go to the end of the arena, so rows are built in atom order;
   // LinkRows points the row table at them once all are there. Throws
   // std::bad_alloc when memory runs out.
-  void BuildRow(const char* text, int atomIndex);
-  void AddDictionaryWords(const char* text, int atomIndex);
+  void BuildRow(int atomIndex);
+  // Adds the atom's dictionary words that end at an atom's end.
+  void AddDictionaryWords(int atomIndex);
   // Appends a word of `length` bytes starting at the atom to the row being
   // built.
   void AddWord(const word_t& atom, int handle, int length);
@@ -154,6 +156,14 @@ class CPreProcess {
   int* m_pWordCounter = nullptr;
   int m_nGraphCapacity = 0;
   std::vector<word_t> m_vecLattice;
+  // The dictionary words of the sentence's atoms (FindDictionaryWords):
+  // those of atom i are m_dictWords[m_dictFirst[i] .. m_dictFirst[i + 1]).
+  std::vector<CPDAT::PrefixWord> m_dictWords;
+  std::vector<int> m_dictFirst;
+  // FindDictionaryWords's scratch, kept between sentences.
+  std::vector<const char*> m_walkStrings;
+  std::vector<int> m_walkMinLens;
+  std::vector<CPDAT::PrefixWord> m_walkFound;
   CCharset* m_pCharset;
   CPDAT* m_pCoreDict;
   CTrie* m_pUserDict;

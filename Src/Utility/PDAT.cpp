@@ -392,26 +392,60 @@ int CPDAT::GetWords(const char* s, unsigned int** handles, unsigned int** length
   return best;
 }
 
-void CPDAT::PrefetchWalk(const char* s, int depth) const {
-  if (s == nullptr || m_pData == nullptr) return;
-  int current = kRoot;
-  for (int pos = 0, step = 1; s[pos] != '\0'; ++step) {
-    const bool last = s[pos + 1] == '\0';
-    int charLen = 0;
-    const int code = CharCode(static_cast<unsigned char>(s[pos]),
-                              last ? 0 : static_cast<unsigned char>(s[pos + 1]), last, &charLen);
-    const int index = CharIndex(code);
-    if (index < 0) return;
-    if (step == depth) {
-      const int64_t base = current == kRoot ? 0 : std::abs(int64_t{m_pData[current].base});
-      const int64_t target = base + index;
-      if (target <= m_nLowerBound && target < m_nLength) PrefetchLine(m_pData + target);
-      return;
-    }
-    current = Next(current, index);
-    if (current < 0 || IsLeaf(current)) return;
-    pos += charLen;
+// One string's walk in GetWordsOfAll: the state reached and what comes next.
+struct CPDAT::PrefixWalk {
+  int source;
+  int state;
+  int pos;
+  NextChar next;
+};
+
+void CPDAT::GetWordsOfAll(const char* const* strings, const int* minLens, int count,
+                          std::vector<PrefixWord>* words) const {
+  std::vector<PrefixWalk> walks;
+  walks.reserve(static_cast<size_t>(std::max(count, 0)));
+  for (int i = 0; i < count; ++i) {
+    if (strings[i] != nullptr) walks.push_back({i, kRoot, 0, ReadChar(strings[i])});
   }
+  while (!walks.empty()) {
+    size_t kept = 0;
+    for (PrefixWalk walk : walks) {
+      if (Step(strings[walk.source], minLens[walk.source], &walk, words)) walks[kept++] = walk;
+    }
+    walks.resize(kept);
+  }
+}
+
+// The character at s as WalkPrefixes reads it: a lead byte before the
+// string's end is one character alone.
+CPDAT::NextChar CPDAT::ReadChar(const char* s) const {
+  NextChar c;
+  if (s[0] == '\0') return c;
+  const bool last = s[1] == '\0';
+  const int code = CharCode(static_cast<unsigned char>(s[0]),
+                            last ? 0 : static_cast<unsigned char>(s[1]), last, &c.len);
+  c.index = CharIndex(code);
+  return c;
+}
+
+bool CPDAT::Step(const char* s, int minLen, PrefixWalk* walk,
+                 std::vector<PrefixWord>* words) const {
+  if (walk->next.len == 0) return false;
+  const int state = Next(walk->state, walk->next.index);
+  if (state < 0) return false;
+  walk->state = state;
+  walk->pos += walk->next.len;
+  if (IsWordEnd(state)) {
+    if (walk->pos > minLen) words->push_back({walk->source, m_pData[state].handle, walk->pos});
+    if (IsLeaf(state)) return false;
+  }
+  walk->next = ReadChar(s + walk->pos);
+  // The state the next step reads, loaded while the other walks take theirs.
+  if (walk->next.index >= 0) {
+    const int64_t target = std::abs(int64_t{m_pData[state].base}) + walk->next.index;
+    if (target <= m_nLowerBound && target < m_nLength) PrefetchLine(m_pData + target);
+  }
+  return true;
 }
 
 bool CPDAT::Load(const char* path) {

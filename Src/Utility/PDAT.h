@@ -23,6 +23,8 @@
 #ifndef ZIVOR_UTILITY_PDAT_H_
 #define ZIVOR_UTILITY_PDAT_H_
 
+#include <vector>
+
 // One entry of the double array.
 struct state {
   int base;    // transition base; negative at a word end
@@ -105,13 +107,21 @@ class CPDAT {
   int GetWords(const char* s, unsigned int** handles, unsigned int** lengths,
                unsigned int* capacity, unsigned int* count, int minLen) const;
 
-  // Starts loading the state that the depth-th character of s leads to, as
-  // GetWords would walk s, so that the walks of many strings can wait on
-  // memory together: a caller prefetches every string at depth 2, then at
-  // depth 3 (the states of depth 2 then being in cache), then walks them.
-  // Does nothing when the walk ends before that character. Reads s up to
-  // the character and the states before it; changes nothing.
-  void PrefetchWalk(const char* s, int depth) const;
+  // A word GetWordsOfAll found: the index of the string it begins, its
+  // handle and its length in bytes.
+  struct PrefixWord {
+    int source;
+    int handle;
+    int bytes;
+  };
+  // For each of `count` NUL-terminated strings, the words GetWords(strings[i],
+  // ..., minLens[i]) gives, appended to *words: those of one string shortest
+  // first, the strings' words interleaved. The strings are walked together,
+  // one character of each in turn, and each step starts loading the state
+  // the string's next character leads to, so that their reads of the
+  // (large) state array wait on memory together instead of one by one.
+  void GetWordsOfAll(const char* const* strings, const int* minLens, int count,
+                     std::vector<PrefixWord>* words) const;
 
   int GetItemCount() const;
   bool IsEmpty() const;
@@ -171,6 +181,18 @@ class CPDAT {
   // The same over at most `limit` bytes of s.
   template <typename OnWord>
   void WalkPrefixes(const char* s, int limit, OnWord&& onWord) const;
+  // GetWordsOfAll's steps. The next character of a walk: its index in the
+  // character table (-1 when it has none) and its byte length, 0 at the end
+  // of the string; one string's walk.
+  struct NextChar {
+    int index = -1;
+    int len = 0;
+  };
+  struct PrefixWalk;
+  // Takes the walk one character further, noting a word it completes; false
+  // when the walk is over.
+  bool Step(const char* s, int minLen, PrefixWalk* walk, std::vector<PrefixWord>* words) const;
+  NextChar ReadChar(const char* s) const;
   // State reached from `from` (kRoot or a state) on the character index, or
   // -1 when the transition does not exist or leaves the array.
   int Next(int from, int index) const;
