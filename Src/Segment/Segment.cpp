@@ -65,7 +65,7 @@ int CSegment::BiSegment(word_t** lattice, int rowCount, int* rowSizes, int capac
     return 0;
   }
   const int total = PrepareWords(lattice, rowCount, rowSizes);
-  PrefetchPairs(lattice, rowCount, rowSizes);
+  PrefetchPairs(total);
   std::fill_n(m_score.begin(), total, InitialScore());
   std::fill_n(m_next.begin(), total, 0);
 
@@ -74,27 +74,22 @@ int CSegment::BiSegment(word_t** lattice, int rowCount, int* rowSizes, int capac
     m_score[m_offsets[last]] = 0;
     m_next[m_offsets[last]] = -1;
   }
-  for (int r = last - 1; r >= 0; --r) {
-    const int size = RowSize(lattice, rowSizes, r);
-    for (int k = 0; k < size; ++k) {
-      const word_t& w = lattice[r][k];
-      if (w.end < r || w.end >= last) continue;  // no successor row
-      const int nr = w.end + 1;
-      const int self = m_offsets[r] + k;
-      const int first = m_offsets[nr];
-      const double base = m_pairBase[self];
-      const int successors = RowSize(lattice, rowSizes, nr);
-      for (int j = 0; j < successors; ++j) {
-        const double candidate =
-            TransitionLogProb(PairFreq(w.handle, lattice[nr][j].handle), base,
-                              m_unigramTerm[first + j]) +
-            m_score[first + j];
-        // The first successor is taken as it is; a later one only when it is
-        // strictly better, so ties keep the earlier word and NaN never wins.
-        if (j == 0 || candidate > m_score[self]) {
-          m_score[self] = candidate;
-          m_next[self] = j;
-        }
+  // Words in reverse order of their rows: every successor is scored before
+  // the words that lead to it.
+  for (int self = total - 1; self >= 0; --self) {
+    const int handle = m_handles[self];
+    const double base = m_pairBase[self];
+    const int first = m_successors[self].first;
+    const int count = m_successors[self].count;
+    for (int j = 0; j < count; ++j) {
+      const int n = first + j;
+      const double candidate =
+          TransitionLogProb(PairFreq(handle, m_handles[n]), base, m_unigramTerm[n]) + m_score[n];
+      // The first successor is taken as it is; a later one only when it is
+      // strictly better, so ties keep the earlier word and NaN never wins.
+      if (j == 0 || candidate > m_score[self]) {
+        m_score[self] = candidate;
+        m_next[self] = j;
       }
     }
   }
@@ -104,24 +99,35 @@ int CSegment::BiSegment(word_t** lattice, int rowCount, int* rowSizes, int capac
 
 int CSegment::PrepareWords(word_t** lattice, int rowCount, const int* rowSizes) {
   m_offsets.resize(static_cast<size_t>(rowCount));
+  m_rows.clear();
   int total = 0;
   for (int r = 0; r < rowCount; ++r) {
     m_offsets[r] = total;
-    total += RowSize(lattice, rowSizes, r);
+    const int size = RowSize(lattice, rowSizes, r);
+    if (size > 0) m_rows.push_back(r);
+    total += size;
   }
   const size_t words = static_cast<size_t>(total);
   if (m_score.size() < words) {
     m_score.resize(words);
     m_next.resize(words);
+    m_handles.resize(words);
+    m_successors.resize(words);
     m_pairBase.resize(words);
     m_unigramTerm.resize(words);
   }
-  for (int r = 0; r < rowCount; ++r) {
-    const int size = RowSize(lattice, rowSizes, r);
+  const int last = rowCount - 1;
+  for (const int r : m_rows) {
+    const int size = rowSizes[r];
     for (int k = 0; k < size; ++k) {
       word_t& w = lattice[r][k];
       w.value = Freq(w.handle);
       const size_t i = static_cast<size_t>(m_offsets[r] + k);
+      m_handles[i] = w.handle;
+      // Words ending at the last row or before their own start lead nowhere.
+      const bool leads = w.end >= r && w.end < last;
+      m_successors[i] = leads ? Successors{m_offsets[w.end + 1], RowSize(lattice, rowSizes, w.end + 1)}
+                              : Successors{0, 0};
       m_pairBase[i] = m_dTotalItem * kBigramAdd + w.value;
       m_unigramTerm[i] = UnigramTerm(w.value);
     }
@@ -129,18 +135,13 @@ int CSegment::PrepareWords(word_t** lattice, int rowCount, const int* rowSizes) 
   return total;
 }
 
-void CSegment::PrefetchPairs(word_t** lattice, int rowCount, const int* rowSizes) const {
+void CSegment::PrefetchPairs(int total) const {
   if (m_pBigram == nullptr) return;
-  // In the order the decoding pass reads them: from the last row back.
-  const int last = rowCount - 1;
-  for (int r = last - 1; r >= 0; --r) {
-    const int size = RowSize(lattice, rowSizes, r);
-    for (int k = 0; k < size; ++k) {
-      const word_t& w = lattice[r][k];
-      if (w.end < r || w.end >= last) continue;
-      const int nr = w.end + 1;
-      const int successors = RowSize(lattice, rowSizes, nr);
-      for (int j = 0; j < successors; ++j) m_pBigram->Prefetch(w.handle, lattice[nr][j].handle);
+  // In the order the decoding pass reads them.
+  for (int self = total - 1; self >= 0; --self) {
+    const Successors& next = m_successors[self];
+    for (int n = next.first; n < next.first + next.count; ++n) {
+      m_pBigram->Prefetch(m_handles[self], m_handles[n]);
     }
   }
 }

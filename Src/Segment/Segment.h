@@ -47,13 +47,13 @@ class CSegment {
   // ln P of a word followed by n, from the pair's frequency, the first
   // word's V a + F(w) and n's UnigramTerm.
   double TransitionLogProb(int pairFreq, double pairBase, double unigramTerm) const;
-  // Sets every word's value to its frequency, lays the words out row after
-  // row (m_offsets) and computes each word's two per-word terms. Returns
-  // the number of words.
+  // Sets every word's value to its frequency and lays the words out row
+  // after row (m_offsets) with what decoding reads of them: handle,
+  // successors and the two per-word terms. Returns the number of words.
   int PrepareWords(word_t** lattice, int rowCount, const int* rowSizes);
   // Starts loading the pair-table lines of every lattice edge, so that the
   // decoding pass finds them in cache instead of waiting on each in turn.
-  void PrefetchPairs(word_t** lattice, int rowCount, const int* rowSizes) const;
+  void PrefetchPairs(int total) const;
   // Copies the path that starts at the start atom and follows `next`
   // (successor index of each word, found at next[offset[row] + index]).
   void CopyPath(word_t** lattice, int rowCount, const int* rowSizes, int capacity,
@@ -67,12 +67,20 @@ class CSegment {
   double m_dSmoothingArg;
   double m_dTotalFreq;
   double m_dTotalItem;
+  // The words a word can be followed by: `count` words from `first`.
+  struct Successors {
+    int first;
+    int count;
+  };
   // Per-call scratch, kept between calls: the first word of every row in
-  // the arrays below; each word's best score, successor index, V a + F(w)
-  // and UnigramTerm.
+  // the arrays below and the rows that hold words; each word's best score,
+  // successor index, handle, successors, V a + F(w) and UnigramTerm.
   std::vector<int> m_offsets;
+  std::vector<int> m_rows;
   std::vector<double> m_score;
   std::vector<int> m_next;
+  std::vector<int> m_handles;
+  std::vector<Successors> m_successors;
   std::vector<double> m_pairBase;
   std::vector<double> m_unigramTerm;
 };
