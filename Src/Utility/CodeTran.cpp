@@ -256,6 +256,15 @@ void CCodeTran::BuildCharMap(const CWordList* pSrcWords, TextLayout layout, cons
       pCharMap->phraseStart[first.code] = true;
     }
   }
+  pCharMap->twoBytes.assign(CharMap::kKeys, 0);
+  for (uint32_t code = 0; code < CharMap::kKeys; ++code) {
+    const auto* target = reinterpret_cast<const unsigned char*>(pCharMap->single[code]);
+    if (target == nullptr || pCharMap->phraseStart[code] || target[0] == 0 || target[1] == 0 ||
+        target[2] != 0) {
+      continue;
+    }
+    pCharMap->twoBytes[code] = static_cast<uint16_t>(target[0] << 8 | target[1]);
+  }
 }
 
 const char* CCodeTran::Lookup(const CharMap& charMap, const CPDAT* pDict, const CIDMaps* pMap,
@@ -313,6 +322,19 @@ bool CCodeTran::ToGBK(const char* text, size_t len, std::string* gbk,
       continue;
     }
     const ScannedChar c = ScanChar(layout, text + pos, len - pos);
+    // (Without tables the map is empty.)
+    const bool mapped = c.kind == ScannedChar::kMultiByte && c.code < m_toGBK.twoBytes.size();
+    const uint16_t twoBytes = mapped ? m_toGBK.twoBytes[c.code] : 0;
+    if (twoBytes != 0) {  // what the general case below does for it, without the lookup
+      gbk->push_back(static_cast<char>(twoBytes >> 8));
+      gbk->push_back(static_cast<char>(twoBytes & 0xFF));
+      offsets->push_back(static_cast<int>(pos));
+      offsets->push_back(static_cast<int>(pos));
+      extendable = true;
+      joinNext = false;
+      pos += static_cast<size_t>(c.len);
+      continue;
+    }
     if (c.kind == ScannedChar::kMultiByte) {
       int matched = 0;
       const char* target = Lookup(m_toGBK, m_pCodeDict.get(), m_pCode2GBKMap.get(),

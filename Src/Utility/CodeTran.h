@@ -109,6 +109,10 @@ class CCodeTran {
     static constexpr uint32_t kKeys = 0x10000;
     std::vector<const char*> single;  // into the target word list; null: none
     std::vector<bool> phraseStart;
+    // A character that starts no phrase and converts to exactly two bytes:
+    // those bytes, first << 8 | second; 0 for any other character. The
+    // common case in one small read.
+    std::vector<uint16_t> twoBytes;
   };
   static void BuildCharMap(const CWordList* pSrcWords, TextLayout layout, const CIDMaps* pMap,
                            const CWordList* pDsnWords, CharMap* pCharMap);
