@@ -49,7 +49,10 @@ class CPreProcess::Scanner {
     const int len = Getchar(s, &c.code);
     if (len == 0 || len > kMaxSentenceBytes - pos) return c;
     c.len = len;
-    c.type = charset_ != nullptr ? charset_->GetType(s) : 0;
+    // The code the character table is keyed by: a lone lead byte at the end
+    // is keyed by the byte itself.
+    const int key = c.code >= 0 ? c.code : static_cast<unsigned char>(s[0]);
+    c.type = charset_ != nullptr ? charset_->GetType(key) : 0;
     c.first = s[0];
     return c;
   }
@@ -157,7 +160,7 @@ const char* CPreProcess::AtomSegment(const char* text) {
     atom.end = pos + c.len;
     atom.type = static_cast<unsigned char>(c.type);
     atom.handle = FindCode(c.code);
-    sentence_end = GroupAtom(scan, &atom, count, &dquotes, &squotes);
+    sentence_end = GroupAtom(scan, c, &atom, count, &dquotes, &squotes);
     word_t* current = &atom;
     if (IsClass(atom.handle, gUnknown_m_ID) && !FollowUpNumber(scan, &atom, count)) {
       current = &m_pAtom[count - 1];  // merged into the preceding prefix
@@ -175,9 +178,8 @@ const char* CPreProcess::AtomSegment(const char* text) {
   return text + pos;
 }
 
-bool CPreProcess::GroupAtom(const Scanner& scan, word_t* atom, int atomIndex, int* dquotes,
-                            int* squotes) const {
-  const CharAt c = scan.At(atom->start);
+bool CPreProcess::GroupAtom(const Scanner& scan, const CharAt& c, word_t* atom, int atomIndex,
+                            int* dquotes, int* squotes) const {
   switch (c.type) {
     case kDelimiter:
     case kInnerDelimiter:

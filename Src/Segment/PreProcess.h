@@ -107,9 +107,9 @@ class CPreProcess {
   // Makes room for `count` atoms; false when memory runs out.
   bool ReserveAtoms(int count);
   void FreeGraph();
-  // Grouping of one atom by the type of its first character; returns true
+  // Grouping of one atom by the type of its first character c; returns true
   // when the sentence ends after it.
-  bool GroupAtom(const Scanner& scan, word_t* atom, int atomIndex, int* dquotes,
+  bool GroupAtom(const Scanner& scan, const CharAt& c, word_t* atom, int atomIndex, int* dquotes,
                  int* squotes) const;
   void GroupDelimiter(const CharAt& c, word_t* atom, int* dquotes, int* squotes) const;
   void ExtendDigitString(const Scanner& scan, word_t* atom, int firstType) const;
