@@ -13,9 +13,10 @@ void CPlaceRecogniser::Find(const word_t* words, int count, unsigned char merged
   m_found.clear();
   m_merged = false;
   if (words == nullptr || count < 3) return;
-  m_found.assign(words, words + count);
+  m_tagger.LookUp(words, count);
   if (!MayHoldPlace()) return;
-  m_tagger.Tagging(m_found.data(), count);
+  m_found.assign(words, words + count);
+  m_tagger.Decode(m_found.data());
   m_model.Automaton().MaxPR(m_found.data(), &count, gUnknown_ns_ID);
   m_merged = static_cast<size_t>(count) < m_found.size();
   m_found.resize(static_cast<size_t>(count));
@@ -29,20 +30,22 @@ void CPlaceRecogniser::Find(const word_t* words, int count, unsigned char merged
   }
 }
 
-bool CPlaceRecogniser::CanPlay(const word_t& word, unsigned char role) const {
-  int n = 0;
-  const POS_info* roles = m_model.Roles().GetPOS(word.handle, &n);
-  for (int k = 0; k < n; ++k) {
-    if (roles[k].POS_id == role) return true;
+unsigned CPlaceRecogniser::Roles(int i) const {
+  const POS_info* candidates = m_tagger.GetCandidates(i);
+  unsigned roles = 0;
+  for (int k = 0; k < m_tagger.GetCandidateCount(i); ++k) {
+    if (candidates[k].POS_id < kPlaceRoleCount) roles |= RoleBit(candidates[k].POS_id);
   }
-  return false;
+  return roles;
 }
 
 bool CPlaceRecogniser::MayHoldPlace() const {
   bool open = false;  // a first piece and inner pieces may end at the word before
-  for (const word_t& word : m_found) {
-    if (open && CanPlay(word, kPlaceRoleLast)) return true;
-    open = CanPlay(word, kPlaceRoleFirst) || (open && CanPlay(word, kPlaceRoleMiddle));
+  for (int i = 0; i < m_tagger.GetItemCount(); ++i) {
+    const unsigned roles = Roles(i);
+    if (open && (roles & RoleBit(kPlaceRoleLast)) != 0) return true;
+    open = (roles & RoleBit(kPlaceRoleFirst)) != 0 ||
+           (open && (roles & RoleBit(kPlaceRoleMiddle)) != 0);
   }
   return false;
 }

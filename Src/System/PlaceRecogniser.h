@@ -44,11 +44,13 @@ class CPlaceRecogniser {
   void Claim(word_t* words, int* count);
 
  private:
-  // Whether the role lexicon gives the word that role.
-  bool CanPlay(const word_t& word, unsigned char role) const;
+  // The roles the tagger's last lookup may give word i, one bit each (see
+  // RoleBit); the default role among them.
+  unsigned Roles(int i) const;
+  static constexpr unsigned RoleBit(unsigned char role) { return 1u << role; }
   // Whether a place can be found at all: the tagger gives a word only the
   // roles the lexicon gives it, or "none", and a place is a run of words
-  // that can be a first piece, inner pieces and a last piece. Tagging the
+  // that can be a first piece, inner pieces and a last piece. Decoding the
   // other sentences is skipped.
   bool MayHoldPlace() const;
   // Whether found word i is a place.
