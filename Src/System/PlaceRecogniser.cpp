@@ -12,11 +12,9 @@ void CPlaceRecogniser::Find(const word_t* words, int count, unsigned char merged
   m_mergedType = mergedType;
   m_found.clear();
   m_merged = false;
-  if (words == nullptr || count < 3) return;
-  m_tagger.LookUp(words, count);
-  if (!MayHoldPlace()) return;
+  if (words == nullptr || count < 3 || !MayHoldPlace(words, count)) return;
   m_found.assign(words, words + count);
-  m_tagger.Decode(m_found.data());
+  m_tagger.Tagging(m_found.data(), count);
   m_model.Automaton().MaxPR(m_found.data(), &count, gUnknown_ns_ID);
   m_merged = static_cast<size_t>(count) < m_found.size();
   m_found.resize(static_cast<size_t>(count));
@@ -30,22 +28,15 @@ void CPlaceRecogniser::Find(const word_t* words, int count, unsigned char merged
   }
 }
 
-unsigned CPlaceRecogniser::Roles(int i) const {
-  const POS_info* candidates = m_tagger.GetCandidates(i);
-  unsigned roles = 0;
-  for (int k = 0; k < m_tagger.GetCandidateCount(i); ++k) {
-    if (candidates[k].POS_id < kPlaceRoleCount) roles |= RoleBit(candidates[k].POS_id);
-  }
-  return roles;
-}
-
-bool CPlaceRecogniser::MayHoldPlace() const {
+bool CPlaceRecogniser::MayHoldPlace(const word_t* words, int count) const {
+  constexpr unsigned kFirst = CPlaceModel::PieceBit(kPlaceRoleFirst);
+  constexpr unsigned kMiddle = CPlaceModel::PieceBit(kPlaceRoleMiddle);
+  constexpr unsigned kLast = CPlaceModel::PieceBit(kPlaceRoleLast);
   bool open = false;  // a first piece and inner pieces may end at the word before
-  for (int i = 0; i < m_tagger.GetItemCount(); ++i) {
-    const unsigned roles = Roles(i);
-    if (open && (roles & RoleBit(kPlaceRoleLast)) != 0) return true;
-    open = (roles & RoleBit(kPlaceRoleFirst)) != 0 ||
-           (open && (roles & RoleBit(kPlaceRoleMiddle)) != 0);
+  for (int i = 0; i < count; ++i) {
+    const unsigned roles = m_model.PieceRoles(words[i].handle);
+    if (open && (roles & kLast) != 0) return true;
+    open = (roles & kFirst) != 0 || (open && (roles & kMiddle) != 0);
   }
   return false;
 }

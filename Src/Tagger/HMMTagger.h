@@ -64,17 +64,8 @@ class CHMMTagger {
   // and the last the sentence-end marker, each with one tag. Should the
   // first word have no lexicon entries it gets no tag (255); should the last
   // have several, the best-scoring one ends the path. A count below 1 (or
-  // null words) changes nothing. Always returns 0. The same as LookUp
-  // followed by Decode.
+  // null words) changes nothing. Always returns 0.
   int Tagging(word_t* words, int count);
-  // Tagging's first half: the candidates of every word and their emission
-  // scores (GetCandidateCount and GetCandidates tell them afterwards). False,
-  // changing nothing, for a count below 1 or null words.
-  bool LookUp(const word_t* words, int count);
-  // Tagging's second half: decodes the words given to the last LookUp that
-  // returned true and tags `words`, which must hold as many (the same ones or
-  // a copy).
-  void Decode(word_t* words);
 
   // ln(f + 0.02) - ln(F + 0.02 * V). Counts below zero, which only a damaged
   // file can hold, count as zero.
@@ -107,6 +98,11 @@ class CHMMTagger {
   };
   static constexpr int kLoggedCountSlots = 64;
 
+  // Tagging's halves: the candidates of every word and their emission
+  // scores (false, changing nothing, for a count below 1 or null words);
+  // then the path scores, and the tags written back.
+  bool LookUp(const word_t* words, int count);
+  void Decode(word_t* words);
   // Prepares the per-word tables for `count` words. Storage is kept between
   // calls and only grows.
   void Reset(int count);
