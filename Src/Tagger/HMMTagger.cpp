@@ -49,6 +49,7 @@ CHMMTagger::CHMMTagger(const CPOS* pPOSData, const CContextStat* pContextData,
                        double dTotalItemCount, int nDefaultPOS, bool bFixedDefault)
     : m_pPOSData(pPOSData),
       m_bFixedDefault(bFixedDefault),
+      m_pSmallCountLogs(SmallCountLogs().data()),
       m_nTags(pContextData != nullptr ? pContextData->GetTableLen() : 0),
       m_aLogTagFreq(kNoTag + 1) {
   m_POSDefault.POS_id = static_cast<unsigned char>(nDefaultPOS);
@@ -196,8 +197,11 @@ double CHMMTagger::Emission(int freq, unsigned char tag) {
 }
 
 double CHMMTagger::LogCount(int f) {
-  f = std::max(f, 0);
-  if (f < kLoggedCounts) return SmallCountLogs()[static_cast<size_t>(f)];
+  if (f < kLoggedCounts) return m_pSmallCountLogs[std::max(f, 0)];
+  return LargeCountLog(f);
+}
+
+double CHMMTagger::LargeCountLog(int f) {
   LoggedCount& slot = m_aLargeCounts[static_cast<size_t>(f) % kLoggedCountSlots];
   if (slot.count != f) slot = LoggedCount{f, std::log(f + kLambda)};
   return slot.log;

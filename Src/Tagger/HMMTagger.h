@@ -120,6 +120,7 @@ class CHMMTagger {
   }
   double Emission(int freq, unsigned char tag);
   double LogCount(int f);
+  double LargeCountLog(int f);
   // Row and column of a tag in m_aTransition: tags the statistics do not
   // hold share the last one.
   int TableIndex(unsigned char tag) const { return tag < m_nTags ? tag : m_nTags; }
@@ -148,6 +149,8 @@ class CHMMTagger {
   int m_nDefaultSwitch = 0;
   const CPOS* m_pPOSData;
   bool m_bFixedDefault;
+  // ln(f + 0.02) of the small counts, shared by all taggers.
+  const double* m_pSmallCountLogs;
   // ln P(prev -> next) at [TableIndex(prev) * (m_nTags + 1) + TableIndex(next)],
   // and ln(F + 0.02 * V) by tag id.
   int m_nTags = 0;
