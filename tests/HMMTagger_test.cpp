@@ -143,6 +143,19 @@ TEST(HMMTaggerTest, EmissionIsSmoothedOverTheVocabulary) {
   EXPECT_DOUBLE_EQ(tagger->GetWeight(1, 0), std::log(1e-5) + unseen);
 }
 
+// Counts beyond the tagger's table of small ones, two of them 64 apart (they
+// share a slot of the tagger's memory of large counts), in two calls.
+TEST(HMMTaggerTest, LargeCountsScoreLikeSmallOnes) {
+  Model model = SmallModel();
+  model.lexicon[2] = {{kNoun, 20000}, {kVerb, 20064}};
+  Tagger tagger(model, 21);
+  for (int call = 0; call < 2; ++call) {
+    EXPECT_EQ(Tags(tagger.get(), {kStart, 2})[1], kNoun);  // the transitions decide
+    EXPECT_NEAR(tagger->GetWeight(1, 0), LnP(6, 10) + CHMMTagger::EmissionScore(20000, 10, 100), 1e-12);
+    EXPECT_NEAR(tagger->GetWeight(1, 1), LnP(4, 10) + CHMMTagger::EmissionScore(20064, 10, 100), 1e-12);
+  }
+}
+
 TEST(HMMTaggerTest, UnknownWordsGetTheDefaultUntilATypeOneToFourSwitchesItTo78) {
   Tagger pos(SmallModel(), 21);
   // Handles outside the lexicon, negative, or inside without entries.

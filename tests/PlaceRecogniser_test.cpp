@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <sstream>
 
 #include "PlaceData.h"
@@ -103,6 +104,26 @@ TEST_F(PlaceRecogniserTest, RunsOfPiecesBecomePlacesAndOverlappingNamesGiveWay) 
   CPlaceRecogniser fresh(model_, 20), used(model_, 20);
   Run(&used, "刘 桥 ，");
   EXPECT_EQ(Run(&used, "刘 桥 王"), Run(&fresh, "刘 桥 王"));
+}
+
+// The model's table of piece roles against the lexicon it was built from:
+// handles of both parities, and none outside the lexicon.
+TEST_F(PlaceRecogniserTest, PieceRolesFollowTheRoleLexicon) {
+  const unsigned first = CPlaceModel::PieceBit(kPlaceRoleFirst),
+                 middle = CPlaceModel::PieceBit(kPlaceRoleMiddle),
+                 last = CPlaceModel::PieceBit(kPlaceRoleLast);
+  const std::pair<const char*, unsigned> expected[] = {
+      {"在", 0}, {"刘", first}, {"赵", first}, {"李", middle}, {"桥", last}, {"说", 0}};
+  std::set<int> parities;
+  for (const auto& [word, roles] : expected) {
+    const int handle = dict_.Find(Gbk(word).c_str());
+    parities.insert(handle % 2);
+    EXPECT_EQ(model_.PieceRoles(handle), roles) << word;
+  }
+  EXPECT_EQ(parities.size(), 2u);
+  EXPECT_EQ(model_.PieceRoles(-1), 0u);
+  EXPECT_EQ(model_.PieceRoles(dict_.GetLowerBound()), 0u);
+  EXPECT_EQ(model_.PieceRoles(1 << 30), 0u);
 }
 
 // A cut file, another dictionary's lexicon, another role count or another

@@ -16,7 +16,26 @@ bool CPlaceModel::Load(const std::string& dir, int bound, std::string* error) {
     *error = automaton;
     return false;
   }
+  TabulatePieceRoles();
   return true;
+}
+
+void CPlaceModel::TabulatePieceRoles() {
+  const int bound = m_roles.GetBound();
+  m_pieceRoles.assign(static_cast<size_t>(bound) / 2 + 1, 0);
+  for (int handle = 0; handle < bound; ++handle) {
+    int n = 0;
+    const POS_info* roles = m_roles.GetPOS(handle, &n);
+    unsigned bits = 0;
+    for (int k = 0; k < n; ++k) {
+      const unsigned char role = roles[k].POS_id;
+      if (role >= kPlaceRoleFirst && role <= kPlaceRoleLast) {
+        bits |= PieceBit(static_cast<PlaceRole>(role));
+      }
+    }
+    m_pieceRoles[static_cast<size_t>(handle) / 2] |=
+        static_cast<unsigned char>(bits << (handle % 2 * 4));
+  }
 }
 
 bool CPlaceModel::AcceptsOnlyPlaces() const {

@@ -12,11 +12,15 @@
 // because the corpus uses them so, not because a list says so.
 //
 // The object is loaded once and afterwards only read, so any number of
-// threads may share it.
+// threads may share it. Load also tabulates, four bits a handle, which of
+// the piece roles (first, inner, last) the lexicon gives each word: most
+// sentences hold no run that could make a place, and this small table tells
+// so without reading the role lexicon itself.
 #ifndef ZIVOR_SYSTEM_PLACEMODEL_H_
 #define ZIVOR_SYSTEM_PLACEMODEL_H_
 
 #include <string>
+#include <vector>
 
 #include "Utility/ContextStat.h"
 #include "Utility/FSA.h"
@@ -57,12 +61,24 @@ class CPlaceModel {
   const CContextStat& Context() const { return m_context; }
   const CFSA& Automaton() const { return m_automaton; }
 
+  // The bit of a piece role (kPlaceRoleFirst, Middle or Last) in PieceRoles.
+  static constexpr unsigned PieceBit(PlaceRole role) { return 1u << (role - kPlaceRoleFirst); }
+  // The piece roles the role lexicon gives `handle`; 0 for a handle outside
+  // it.
+  unsigned PieceRoles(int handle) const {
+    if (handle < 0 || static_cast<size_t>(handle) / 2 >= m_pieceRoles.size()) return 0;
+    return (m_pieceRoles[static_cast<size_t>(handle) / 2] >> (handle % 2 * 4)) & 0xFu;
+  }
+
  private:
   bool AcceptsOnlyPlaces() const;
+  void TabulatePieceRoles();
 
   CPOS m_roles;
   CContextStat m_context;
   CFSA m_automaton;
+  // PieceRoles of handles 2k (low four bits) and 2k + 1 (high four) at k.
+  std::vector<unsigned char> m_pieceRoles;
 };
 
 #endif  // ZIVOR_SYSTEM_PLACEMODEL_H_

@@ -12,9 +12,8 @@ void CPlaceRecogniser::Find(const word_t* words, int count, unsigned char merged
   m_mergedType = mergedType;
   m_found.clear();
   m_merged = false;
-  if (words == nullptr || count < 3) return;
+  if (words == nullptr || count < 3 || !MayHoldPlace(words, count)) return;
   m_found.assign(words, words + count);
-  if (!MayHoldPlace()) return;
   m_tagger.Tagging(m_found.data(), count);
   m_model.Automaton().MaxPR(m_found.data(), &count, gUnknown_ns_ID);
   m_merged = static_cast<size_t>(count) < m_found.size();
@@ -29,20 +28,15 @@ void CPlaceRecogniser::Find(const word_t* words, int count, unsigned char merged
   }
 }
 
-bool CPlaceRecogniser::CanPlay(const word_t& word, unsigned char role) const {
-  int n = 0;
-  const POS_info* roles = m_model.Roles().GetPOS(word.handle, &n);
-  for (int k = 0; k < n; ++k) {
-    if (roles[k].POS_id == role) return true;
-  }
-  return false;
-}
-
-bool CPlaceRecogniser::MayHoldPlace() const {
+bool CPlaceRecogniser::MayHoldPlace(const word_t* words, int count) const {
+  constexpr unsigned kFirst = CPlaceModel::PieceBit(kPlaceRoleFirst);
+  constexpr unsigned kMiddle = CPlaceModel::PieceBit(kPlaceRoleMiddle);
+  constexpr unsigned kLast = CPlaceModel::PieceBit(kPlaceRoleLast);
   bool open = false;  // a first piece and inner pieces may end at the word before
-  for (const word_t& word : m_found) {
-    if (open && CanPlay(word, kPlaceRoleLast)) return true;
-    open = CanPlay(word, kPlaceRoleFirst) || (open && CanPlay(word, kPlaceRoleMiddle));
+  for (int i = 0; i < count; ++i) {
+    const unsigned roles = m_model.PieceRoles(words[i].handle);
+    if (open && (roles & kLast) != 0) return true;
+    open = (roles & kFirst) != 0 || (open && (roles & kMiddle) != 0);
   }
   return false;
 }

@@ -44,13 +44,11 @@ class CPlaceRecogniser {
   void Claim(word_t* words, int* count);
 
  private:
-  // Whether the role lexicon gives the word that role.
-  bool CanPlay(const word_t& word, unsigned char role) const;
-  // Whether a place can be found at all: the tagger gives a word only the
-  // roles the lexicon gives it, or "none", and a place is a run of words
-  // that can be a first piece, inner pieces and a last piece. Tagging the
-  // other sentences is skipped.
-  bool MayHoldPlace() const;
+  // Whether words[0 .. count - 1] can hold a place at all: the tagger gives
+  // a word only the roles the lexicon gives it, or "none", and a place is a
+  // run of words that can be a first piece, inner pieces and a last piece.
+  // Tagging the other sentences is skipped.
+  bool MayHoldPlace(const word_t* words, int count) const;
   // Whether found word i is a place.
   bool IsPlace(size_t i) const;
   // The number of found words from i on that `merged` covers exactly, none

@@ -21,14 +21,13 @@ bool SwitchesDefault(unsigned char type) { return type >= 1 && type <= 4; }
 // tagger: most candidates' counts are small.
 constexpr int kLoggedCounts = 1 << 14;
 
-double LogCount(int f) {
+const std::vector<double>& SmallCountLogs() {
   static const std::vector<double> table = [] {
     std::vector<double> logs(kLoggedCounts);
     for (int i = 0; i < kLoggedCounts; ++i) logs[i] = std::log(i + kLambda);
     return logs;
   }();
-  f = std::max(f, 0);
-  return f < kLoggedCounts ? table[static_cast<size_t>(f)] : std::log(f + kLambda);
+  return table;
 }
 
 // A path score rounded to double. Where arithmetic runs in extended
@@ -50,6 +49,7 @@ CHMMTagger::CHMMTagger(const CPOS* pPOSData, const CContextStat* pContextData,
                        double dTotalItemCount, int nDefaultPOS, bool bFixedDefault)
     : m_pPOSData(pPOSData),
       m_bFixedDefault(bFixedDefault),
+      m_pSmallCountLogs(SmallCountLogs().data()),
       m_nTags(pContextData != nullptr ? pContextData->GetTableLen() : 0),
       m_aLogTagFreq(kNoTag + 1) {
   m_POSDefault.POS_id = static_cast<unsigned char>(nDefaultPOS);
@@ -83,17 +83,32 @@ double CHMMTagger::EmissionScore(int f, int F, double V) {
 }
 
 int CHMMTagger::Tagging(word_t* words, int count) {
-  if (words == nullptr || count < 1) return 0;
-  Reset(count);
-  for (int i = 0; i < count; ++i) SetCandidates(i, words[i]);
-  for (int i = 1; i < count; ++i) {
-    for (int j = 0; j < m_pCounter[i]; ++j) {
-      Transition(i, j);
-      m_pWeight[Slot(i, j)] += m_aEmission[Slot(i, j)];
-    }
-  }
-  BackTrace(words, count);
+  if (LookUp(words, count)) Decode(words);
   return 0;
+}
+
+bool CHMMTagger::LookUp(const word_t* words, int count) {
+  if (words == nullptr || count < 1) return false;
+  Reset(count);
+  // The index entries first, then (in FindCandidates) the records: each
+  // pass only starts memory reads that the next one waits for.
+  if (m_pPOSData != nullptr) {
+    for (int i = 0; i < count; ++i) m_pPOSData->PrefetchIndex(words[i].handle);
+  }
+  size_t cells = 0;
+  for (int i = 0; i < count; ++i) {
+    FindCandidates(i, words[i]);
+    m_pFirst[i] = cells;
+    cells += static_cast<size_t>(m_pCounter[i]);
+  }
+  if (m_aCells.size() < cells) m_aCells.resize(cells);
+  for (int i = 0; i < count; ++i) ScoreCandidates(i);
+  return true;
+}
+
+void CHMMTagger::Decode(word_t* words) {
+  for (int i = 1; i < m_nItemCount; ++i) Advance(i);
+  BackTrace(words, m_nItemCount);
 }
 
 void CHMMTagger::Reset(int count) {
@@ -102,73 +117,100 @@ void CHMMTagger::Reset(int count) {
   if (m_pCounter.size() < size) {
     m_pCounter.resize(size);
     m_pFirst.resize(size);
-    m_aDefaultRow.resize(size);
     m_pCandidatePOS.resize(size);
   }
-  std::fill_n(m_pCounter.begin(), count, -1);
-  std::fill_n(m_pCandidatePOS.begin(), count, nullptr);
-  m_aRow.clear();
-  m_aEmission.clear();
+  m_nDefaultBefore = m_POSDefault.POS_id;
+  m_nDefaultSwitch = count;
 }
 
-void CHMMTagger::SetCandidates(int i, const word_t& word) {
+void CHMMTagger::FindCandidates(int i, const word_t& word) {
   int n = 0;
   const POS_info* candidates =
       m_pPOSData != nullptr ? m_pPOSData->GetPOS(word.handle, &n) : nullptr;
-  if (candidates == nullptr) n = 0;
-  // The sentence-start word gets no default: without entries it has no
-  // candidate at all and the next word starts from a score of 0.
-  if (n == 0 && i > 0) {
+  if (candidates != nullptr) {
+    CPOS::PrefetchRecords(candidates);
+  } else if (i > 0) {
+    // The sentence-start word gets no default: without entries it has no
+    // candidate at all and the next word starts from its emission alone.
     if (!m_bFixedDefault && SwitchesDefault(word.type)) {
       m_POSDefault.POS_id = kSwitchedDefaultPOS;
+      m_nDefaultSwitch = std::min(m_nDefaultSwitch, i);
     }
     candidates = &m_POSDefault;
     n = 1;
+  } else {
+    n = 0;
   }
   m_pCandidatePOS[i] = candidates;
   m_pCounter[i] = n;
-  m_aDefaultRow[i] = TableIndex(m_POSDefault.POS_id);
-  m_pFirst[i] = m_aRow.size();
+}
+
+void CHMMTagger::ScoreCandidates(int i) {
+  const POS_info* candidates = m_pCandidatePOS[i];
+  Cell* cells = m_aCells.data() + m_pFirst[i];
   // The default candidate is scored with the tag it has now, though a later
   // switch changes the tag it is given.
-  for (int j = 0; j < n; ++j) {
-    m_aRow.push_back(TableIndex(candidates[j].POS_id));
-    m_aEmission.push_back(Emission(candidates[j]));
+  const bool isDefault = candidates == &m_POSDefault;
+  for (int j = 0; j < m_pCounter[i]; ++j) {
+    const unsigned char tag = isDefault ? DefaultTag(i) : candidates[j].POS_id;
+    const double emission = i > 0 ? Emission(candidates[j].freq, tag) : 0.0;
+    cells[j] = Cell{emission, TableIndex(tag), 0};
   }
-  m_pWeight.resize(m_aRow.size());
-  m_pPrevIdx.resize(m_aRow.size());
-  std::fill(m_pWeight.begin() + m_pFirst[i], m_pWeight.end(), 0.0);
-  std::fill(m_pPrevIdx.begin() + m_pFirst[i], m_pPrevIdx.end(), 0);
 }
 
-void CHMMTagger::Transition(int i, int j) {
-  const size_t side = static_cast<size_t>(m_nTags) + 1;
-  const int column = m_aRow[Slot(i, j)];
-  const size_t previous = m_pFirst[i - 1];
-  // A preceding default candidate goes on with the tag the default has at
-  // word i, which word i itself may have switched.
-  const bool previousDefault = m_pCandidatePOS[i - 1] == &m_POSDefault;
-  double& best = m_pWeight[Slot(i, j)];
-  int& from = m_pPrevIdx[Slot(i, j)];
-  for (int k = 0; k < m_pCounter[i - 1]; ++k) {
-    const int row = previousDefault ? m_aDefaultRow[i] : m_aRow[previous + k];
-    const double s =
-        Rounded(m_aTransition[static_cast<size_t>(row) * side + column] + m_pWeight[previous + k]);
-    if (k == 0 || s > best) {
-      best = s;
-      from = k;
+void CHMMTagger::Advance(int i) {
+  const int previous = m_pCounter[i - 1];
+  // After a first word without candidates the paths start here, with the
+  // emissions the cells hold.
+  if (previous == 0) return;
+  const Cell* from = m_aCells.data() + m_pFirst[i - 1];
+  Cell* cells = m_aCells.data() + m_pFirst[i];
+  const int n = m_pCounter[i];
+  if (previous == 1) {
+    // A preceding default candidate goes on with the tag the default has at
+    // word i, which word i itself may have switched.
+    const bool previousDefault = m_pCandidatePOS[i - 1] == &m_POSDefault;
+    const double* row = TransitionRow(previousDefault ? TableIndex(DefaultTag(i)) : from->row);
+    for (int j = 0; j < n; ++j) {
+      cells[j].weight += Rounded(row[cells[j].row] + from->weight);
     }
+    return;
+  }
+  for (int j = 0; j < n; ++j) {
+    const int column = cells[j].row;
+    double best = 0.0;
+    int arg = 0;
+    for (int k = 0; k < previous; ++k) {
+      const double s = Rounded(TransitionRow(from[k].row)[column] + from[k].weight);
+      if (k == 0 || s > best) {
+        best = s;
+        arg = k;
+      }
+    }
+    cells[j].weight += best;
+    cells[j].prev = arg;
   }
 }
 
-double CHMMTagger::Emission(const POS_info& candidate) const {
-  return LogCount(candidate.freq) - m_aLogTagFreq[candidate.POS_id];
+double CHMMTagger::Emission(int freq, unsigned char tag) {
+  return LogCount(freq) - m_aLogTagFreq[tag];
+}
+
+double CHMMTagger::LogCount(int f) {
+  if (f < kLoggedCounts) return m_pSmallCountLogs[std::max(f, 0)];
+  return LargeCountLog(f);
+}
+
+double CHMMTagger::LargeCountLog(int f) {
+  LoggedCount& slot = m_aLargeCounts[static_cast<size_t>(f) % kLoggedCountSlots];
+  if (slot.count != f) slot = LoggedCount{f, std::log(f + kLambda)};
+  return slot.log;
 }
 
 int CHMMTagger::BestCandidate(int i) const {
   int best = 0;
   for (int j = 1; j < m_pCounter[i]; ++j) {
-    if (m_pWeight[Slot(i, j)] > m_pWeight[Slot(i, best)]) best = j;
+    if (CellOf(i, j).weight > CellOf(i, best).weight) best = j;
   }
   return best;
 }
@@ -181,7 +223,7 @@ void CHMMTagger::BackTrace(word_t* words, int count) const {
     word_t& word = words[i];
     if (ValidCandidate(i, candidate)) {
       word.POS_id = m_pCandidatePOS[i][candidate].POS_id;
-      candidate = m_pPrevIdx[Slot(i, candidate)];
+      candidate = CellOf(i, candidate).prev;
     } else {  // a first word without lexicon entries
       word.POS_id = kNoTag;
       candidate = 0;
@@ -208,9 +250,9 @@ const POS_info* CHMMTagger::GetCandidates(int word) const {
 }
 
 double CHMMTagger::GetWeight(int word, int candidate) const {
-  return ValidCandidate(word, candidate) ? m_pWeight[Slot(word, candidate)] : 0.0;
+  return ValidCandidate(word, candidate) ? CellOf(word, candidate).weight : 0.0;
 }
 
 int CHMMTagger::GetPrevIdx(int word, int candidate) const {
-  return ValidCandidate(word, candidate) ? m_pPrevIdx[Slot(word, candidate)] : -1;
+  return ValidCandidate(word, candidate) ? CellOf(word, candidate).prev : -1;
 }

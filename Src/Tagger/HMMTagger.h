@@ -35,6 +35,7 @@
 #ifndef ZIVOR_TAGGER_HMMTAGGER_H_
 #define ZIVOR_TAGGER_HMMTAGGER_H_
 
+#include <array>
 #include <cstddef>
 #include <vector>
 
@@ -82,48 +83,82 @@ class CHMMTagger {
   unsigned char GetDefaultPOS() const { return m_POSDefault.POS_id; }
 
  private:
-  // Prepares the tables for `count` words. Storage is kept between calls and
-  // only grows; the contents are reset (candidate counts -1, no lists).
+  // One candidate of one word: its row (and column) in m_aTransition, its
+  // path score (the emission alone until Decode reaches the word) and the
+  // candidate of the word before that the path comes from.
+  struct Cell {
+    double weight;
+    int row;
+    int prev;
+  };
+  // ln(f + 0.02) of one count too large for the table all taggers share.
+  struct LoggedCount {
+    int count = -1;
+    double log = 0.0;
+  };
+  static constexpr int kLoggedCountSlots = 64;
+
+  // Tagging's halves: the candidates of every word and their emission
+  // scores (false, changing nothing, for a count below 1 or null words);
+  // then the path scores, and the tags written back.
+  bool LookUp(const word_t* words, int count);
+  void Decode(word_t* words);
+  // Prepares the per-word tables for `count` words. Storage is kept between
+  // calls and only grows.
   void Reset(int count);
   // Sets the candidate list of word i: its lexicon entries, or for i > 0
-  // the default candidate (after the switch to 78 for types 1 to 4); and
-  // the candidates' table rows and emission scores as they stand now.
-  void SetCandidates(int i, const word_t& word);
-  // The best predecessor of candidate j of word i (i > 0) and its path score.
-  void Transition(int i, int j);
-  double Emission(const POS_info& candidate) const;
+  // the default candidate (switching it to 78 for types 1 to 4).
+  void FindCandidates(int i, const word_t& word);
+  // Fills the cells of word i: rows, and the emissions as the tags stand at
+  // word i (no emission for the first word, where every path starts at 0).
+  void ScoreCandidates(int i);
+  // The path scores and back-pointers of word i > 0.
+  void Advance(int i);
+  // The tag the default candidate has once word i is looked up.
+  unsigned char DefaultTag(int i) const {
+    return i >= m_nDefaultSwitch ? kSwitchedDefaultPOS : m_nDefaultBefore;
+  }
+  double Emission(int freq, unsigned char tag);
+  double LogCount(int f);
+  double LargeCountLog(int f);
   // Row and column of a tag in m_aTransition: tags the statistics do not
   // hold share the last one.
   int TableIndex(unsigned char tag) const { return tag < m_nTags ? tag : m_nTags; }
+  const double* TransitionRow(int row) const {
+    return m_aTransition.data() + static_cast<size_t>(row) * (static_cast<size_t>(m_nTags) + 1);
+  }
   // The candidate of word i with the best path score; the earliest on ties.
   int BestCandidate(int i) const;
   void BackTrace(word_t* words, int count) const;
   bool ValidCandidate(int word, int candidate) const;
-  // Position of candidate j of word i in the per-candidate arrays.
-  size_t Slot(int i, int j) const { return m_pFirst[i] + static_cast<size_t>(j); }
+  // The cell of candidate j of word i.
+  const Cell& CellOf(int i, int j) const { return m_aCells[m_pFirst[i] + static_cast<size_t>(j)]; }
 
   int m_nItemCount = 0;
-  // Per word: number of candidates, first slot in the per-candidate arrays,
-  // candidates (into the lexicon, or &m_POSDefault). Only the first
-  // m_nItemCount entries belong to the last call.
+  // Per word: number of candidates, first cell, candidates (into the
+  // lexicon, or &m_POSDefault). Only the first m_nItemCount entries belong
+  // to the last call.
   std::vector<int> m_pCounter;
   std::vector<size_t> m_pFirst;
-  std::vector<int> m_aDefaultRow;  // the default candidate's row once word i is set
   std::vector<const POS_info*> m_pCandidatePOS;
-  // Per candidate: its row in m_aTransition, emission, path score and
-  // back-pointer.
-  std::vector<int> m_aRow;
-  std::vector<double> m_aEmission;
-  std::vector<double> m_pWeight;
-  std::vector<int> m_pPrevIdx;
+  std::vector<Cell> m_aCells;
   POS_info m_POSDefault;
+  // The default's tag when the last call began, and the first word of that
+  // call from which it is 78 (the word count when it never switched there).
+  unsigned char m_nDefaultBefore = 0;
+  int m_nDefaultSwitch = 0;
   const CPOS* m_pPOSData;
   bool m_bFixedDefault;
+  // ln(f + 0.02) of the small counts, shared by all taggers.
+  const double* m_pSmallCountLogs;
   // ln P(prev -> next) at [TableIndex(prev) * (m_nTags + 1) + TableIndex(next)],
   // and ln(F + 0.02 * V) by tag id.
   int m_nTags = 0;
   std::vector<double> m_aTransition;
   std::vector<double> m_aLogTagFreq;
+  // Counts beyond the shared table, by count modulo kLoggedCountSlots: the
+  // few words that common are met again and again.
+  std::array<LoggedCount, kLoggedCountSlots> m_aLargeCounts;
 };
 
 #endif  // ZIVOR_TAGGER_HMMTAGGER_H_

@@ -246,18 +246,6 @@ bool CPOS::Export(const char* path) const {
   return ferror(out) == 0;
 }
 
-const POS_info* CPOS::GetPOS(int handle, int* count) const {
-  if (count != nullptr) *count = 0;
-  // Only handles above the bound are refused; the entry at the bound itself
-  // is the always-empty one.
-  if (m_pIndex == nullptr || handle < 0 || handle > m_nBound) return nullptr;
-  const index_t& entry = m_pIndex[handle];
-  // A damaged file may point anywhere: give only records that exist.
-  if (entry.start < 0 || entry.end <= 0 || entry.start > m_nSize - entry.end) return nullptr;
-  if (count != nullptr) *count = entry.end;
-  return m_pData + entry.start;
-}
-
 unsigned char CPOS::GetPOS(int handle) const {
   int count = 0;
   const POS_info* records = GetPOS(handle, &count);

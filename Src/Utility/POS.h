@@ -67,9 +67,27 @@ class CPOS {
 
   // The records of `handle` and their number in *count; null and 0 when the
   // handle has none or is outside the index.
-  const POS_info* GetPOS(int handle, int* count) const;
+  const POS_info* GetPOS(int handle, int* count) const {
+    if (count != nullptr) *count = 0;
+    // Only handles above the bound are refused; the entry at the bound itself
+    // is the always-empty one.
+    if (m_pIndex == nullptr || handle < 0 || handle > m_nBound) return nullptr;
+    const index_t& entry = m_pIndex[handle];
+    // A damaged file may point anywhere: give only records that exist.
+    if (entry.start < 0 || entry.end <= 0 || entry.start > m_nSize - entry.end) return nullptr;
+    if (count != nullptr) *count = entry.end;
+    return m_pData + entry.start;
+  }
   // The tag id of the handle's first record (the smallest id), or 255.
   unsigned char GetPOS(int handle) const;
+
+  // Hints that GetPOS(handle) and the reading of the records it gives will
+  // follow soon: a caller that looks up many handles asks for all of them
+  // first, so that their memory reads overlap. Neither changes anything.
+  void PrefetchIndex(int handle) const {
+    if (m_pIndex != nullptr && handle >= 0 && handle <= m_nBound) Prefetch(m_pIndex + handle);
+  }
+  static void PrefetchRecords(const POS_info* records) { Prefetch(records); }
 
   int GetSize() const { return m_nSize; }
   int GetBound() const { return m_nBound; }
@@ -82,6 +100,13 @@ class CPOS {
   static int qkpass(POS_elem* records, int low, int high);
 
  private:
+  static void Prefetch(const void* address) {
+#if defined(__GNUC__)
+    __builtin_prefetch(address);
+#else
+    (void)address;
+#endif
+  }
   void Release();
   // Load's steps: the records from `in` into the allocated table, false when
   // the file ends first or a record is damaged; whether the index entries
