@@ -613,7 +613,11 @@ void CCharModel::Merge(const char* sentence, word_t* words, int* count) const {
       while (j + 1 < n - 1 && IsSingle(sentence, words[j + 1])) ++j;
     }
     if (j == i) {
-      words[out++] = words[i++];
+      // Words stay where they are until something merges (a copy onto
+      // itself would only stall on its own stores).
+      if (out != i) words[out] = words[i];
+      ++out;
+      ++i;
       continue;
     }
     // The context: the two words before (already written, the last ending
@@ -623,7 +627,7 @@ void CCharModel::Merge(const char* sentence, word_t* words, int* count) const {
     const int to = words[std::min(j + 2, n - 1)].end;
     const int written = MergeStretch(sentence, words, i, j, from, to, words + out);
     if (written == 0) {
-      std::copy(words + i, words + j + 1, words + out);
+      if (out != i) std::copy(words + i, words + j + 1, words + out);
       out += j - i + 1;
     } else {
       out += written;

@@ -177,7 +177,11 @@ void CTransliteration::Merge(const char* sentence, word_t* words, int* count) co
       words[out++] = word;
       i = last + 1;
     } else {
-      words[out++] = words[i++];
+      // Words stay where they are until something merges (a copy onto
+      // itself would only stall on its own stores).
+      if (out != i) words[out] = words[i];
+      ++out;
+      ++i;
     }
   }
   words[out++] = words[n - 1];
