@@ -145,6 +145,27 @@ size_t AdjacentPairs(const std::vector<uint32_t>& keys) {
   return pairs;
 }
 
+// Reads the weights of `keys` (two ints, four weights, a key) straight to
+// the places `features` gives them.
+template <class Features>
+bool ReadWeights(SummedReader* in, const std::vector<uint32_t>& keys, Features* features) {
+  constexpr size_t kAhead = 16;  // keys whose places are fetched in advance
+  size_t read = 0;
+  int16_t* to = nullptr;
+  return in->Read(2 * keys.size(), [&](int packed) {
+    const size_t half = read % 2;
+    if (half == 0) {
+      const size_t k = read / 2;
+      if (k + kAhead < keys.size()) features->Prefetch(keys[k + kAhead]);
+      to = features->WeightsOf(keys[k]);
+    }
+    ++read;
+    if (to == nullptr) return;
+    to[2 * half] = Half(packed, 0);
+    to[2 * half + 1] = Half(packed, 1);
+  });
+}
+
 }  // namespace
 
 bool CCharModel::IsChinese(const char* s) {
@@ -200,25 +221,9 @@ bool CCharModel::Load(const char* path) {
       !in.ReadInto(static_cast<size_t>(features), &data.keys) || !KeysValid(data.keys, chars)) {
     return false;
   }
-  // The weights go straight to their places: two ints, four weights, a key.
   Features laid_out;
   laid_out.Reset(data.keys, chars);
-  size_t read = 0;
-  int16_t* to = nullptr;
-  constexpr size_t kAhead = 16;  // keys whose places are fetched in advance
-  const auto unpack = [&](int packed) {
-    const size_t half = read % 2;
-    if (half == 0) {
-      const size_t k = read / 2;
-      if (k + kAhead < data.keys.size()) laid_out.Prefetch(data.keys[k + kAhead]);
-      to = laid_out.WeightsOf(data.keys[k]);
-    }
-    ++read;
-    if (to == nullptr) return;
-    to[2 * half] = Half(packed, 0);
-    to[2 * half + 1] = Half(packed, 1);
-  };
-  if (!in.Read(2 * static_cast<size_t>(features), unpack) || !in.SumMatches()) return false;
+  if (!ReadWeights(&in, data.keys, &laid_out) || !in.SumMatches()) return false;
   const auto tag_ok = [](int tag) { return tag >= -1 && tag < kTagLimit; };
   const bool tags_ok = tag_ok(data.name_tag) &&
                        std::all_of(data.last_tags.begin(), data.last_tags.end(), tag_ok) &&
