@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -156,6 +157,109 @@ TEST_F(CharModelTest, FoundWordsTakeANameOrTheirLastCharactersTag) {
   EXPECT_EQ(words[2].POS_id, kPlaceTag);  // 王地: two characters, 地 last
   EXPECT_EQ(words[3].POS_id, CCharModel::kDefaultTag);
   EXPECT_EQ(words[4].POS_id, 5);
+}
+
+// A model over `letters` (two-byte GBK characters) with random weights for
+// every template: single characters and most pairs, so that some of a
+// text's pair lookups find their key and some do not.
+CCharModel::Data RandomModel(const std::string& letters, int margin, std::mt19937* rng) {
+  std::uniform_int_distribution<int> weight(-3000, 3000);
+  CCharModel::Data data;
+  data.margin = margin;
+  for (int k = 0; k < CCharModel::kLabels * CCharModel::kLabels; ++k) {
+    data.transitions.push_back(weight(*rng));
+  }
+  const int chars = static_cast<int>(letters.size()) / 2;
+  for (int i = 0; i < chars; ++i) {
+    data.codes.push_back(static_cast<unsigned char>(letters[2 * i]) * 256 +
+                         static_cast<unsigned char>(letters[2 * i + 1]));
+  }
+  std::sort(data.codes.begin(), data.codes.end());
+  data.last_tags.assign(data.codes.size(), -1);
+  data.first_tags.assign(data.codes.size(), -1);
+  for (int t = 0; t < CCharModel::kTemplates; ++t) {
+    const bool pair = t >= CCharModel::kUnigramTemplates;
+    for (int a = 0; a < (pair ? chars + 2 : 1); ++a) {
+      for (int b = 0; b < chars + 2; ++b) {
+        if ((*rng)() % 4 == 0) continue;
+        data.keys.push_back(CCharModel::Key(t, a, b));
+        for (int y = 0; y < CCharModel::kLabels; ++y) data.weights.push_back(weight(*rng));
+      }
+    }
+  }
+  return data;
+}
+
+// The summed weights of every feature of each position of `text` (all
+// characters of `data`), by a search of the keys.
+std::vector<int64_t> Emissions(const CCharModel::Data& data, const std::string& text) {
+  std::vector<int> ids(2, CCharModel::kOtherId);
+  for (size_t i = 0; i < text.size(); i += 2) {
+    const int code = static_cast<unsigned char>(text[i]) * 256 + static_cast<unsigned char>(text[i + 1]);
+    const auto at = std::lower_bound(data.codes.begin(), data.codes.end(), code);
+    ids.push_back(static_cast<int>(at - data.codes.begin()) + 2);
+  }
+  ids.insert(ids.end(), 2, CCharModel::kOtherId);
+  std::vector<int64_t> emit;
+  for (size_t i = 2; i + 2 < ids.size(); ++i) {
+    uint32_t keys[CCharModel::kTemplates];
+    CCharModel::FeatureKeys(ids.data(), static_cast<int>(i), keys);
+    int64_t sums[CCharModel::kLabels] = {};
+    for (const uint32_t key : keys) {
+      const auto at = std::lower_bound(data.keys.begin(), data.keys.end(), key);
+      if (at == data.keys.end() || *at != key) continue;
+      const size_t k = static_cast<size_t>(at - data.keys.begin()) * CCharModel::kLabels;
+      for (int y = 0; y < CCharModel::kLabels; ++y) sums[y] += data.weights[k + static_cast<size_t>(y)];
+    }
+    emit.insert(emit.end(), sums, sums + CCharModel::kLabels);
+  }
+  return emit;
+}
+
+// Random models and texts: Decode labels as the weights of every template
+// say, and Merge, which leaves out the stretches it can tell merge nothing,
+// joins exactly the words Decode finds by the margin.
+TEST_F(CharModelTest, MergeJoinsTheWordsDecodeFindsOnRandomModels) {
+  std::mt19937 rng(7);
+  const std::string letters = Gbk("的湿地王在人国");
+  std::uniform_int_distribution<int> letter(0, static_cast<int>(letters.size()) / 2 - 1);
+  int merged = 0, kept = 0;
+  for (int round = 0; round < 200; ++round) {
+    const int margin = std::vector<int>{0, 2000, 6000, 15000}[static_cast<size_t>(round % 4)];
+    const CCharModel::Data data = RandomModel(letters, margin, &rng);
+    const auto model = Loaded(data);
+    std::string text;
+    for (int i = 2 + round % 7; i > 0; --i) text += letters.substr(2 * static_cast<size_t>(letter(rng)), 2);
+    const int n = static_cast<int>(text.size()) / 2;
+    std::vector<int> labels, margins, expected_labels;
+    model->Decode(text.c_str(), 0, 0, 2 * n, 2 * n, &labels, &margins);
+    std::vector<int64_t> alpha;
+    std::vector<int> back;
+    CCharModel::BestLabels(Emissions(data, text).data(), n, data.transitions.data(), &alpha, &back,
+                           &expected_labels);
+    ASSERT_EQ(labels, expected_labels) << round;
+    // The word ends Decode's labels and margins give.
+    std::vector<int> ends;
+    for (int i = 0; i < n;) {
+      int j = i, lead = margins[static_cast<size_t>(i)];
+      while (j < n - 1 && !CCharModel::MayEnd(labels[static_cast<size_t>(j)])) {
+        lead = std::min(lead, margins[static_cast<size_t>(++j)]);
+      }
+      if (j == i || lead < margin) j = i;
+      ends.push_back(2 * (j + 1));
+      i = j + 1;
+    }
+    std::vector<word_t> words = Path(text, std::vector<int>(static_cast<size_t>(n), 1));
+    int count = static_cast<int>(words.size());
+    model->Merge(text.c_str(), words.data(), &count);
+    std::vector<int> merge_ends;
+    for (int k = 1; k + 1 < count; ++k) merge_ends.push_back(words[static_cast<size_t>(k)].end);
+    ASSERT_EQ(merge_ends, ends) << round;
+    (count - 2 < n ? merged : kept) += 1;
+  }
+  // Both outcomes occur, so both ways through Merge are compared.
+  EXPECT_GT(merged, 20);
+  EXPECT_GT(kept, 20);
 }
 
 }  // namespace

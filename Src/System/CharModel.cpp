@@ -116,6 +116,56 @@ bool KeysValid(const std::vector<uint32_t>& keys, int chars) {
   return true;
 }
 
+constexpr uint32_t kIdMask = (1u << CCharModel::kIdBits) - 1;
+constexpr uint32_t kPairMask = (1u << (2 * CCharModel::kIdBits)) - 1;
+
+// The keys of template t among the ascending `keys`.
+std::pair<const uint32_t*, const uint32_t*> KeysOf(const std::vector<uint32_t>& keys, int t) {
+  const uint32_t* begin = keys.data();
+  const uint32_t* end = begin + keys.size();
+  return {std::lower_bound(begin, end, CCharModel::Key(t, 0, 0)),
+          std::lower_bound(begin, end, CCharModel::Key(t + 1, 0, 0))};
+}
+
+size_t Count(const std::pair<const uint32_t*, const uint32_t*>& range) {
+  return static_cast<size_t>(range.second - range.first);
+}
+
+// How many character pairs the adjacent templates (5 and 6) hold together.
+size_t AdjacentPairs(const std::vector<uint32_t>& keys) {
+  auto left = KeysOf(keys, 5), right = KeysOf(keys, 6);
+  size_t pairs = 0;
+  while (left.first != left.second || right.first != right.second) {
+    const uint32_t a = left.first != left.second ? *left.first & kPairMask : kPairMask + 1;
+    const uint32_t b = right.first != right.second ? *right.first & kPairMask : kPairMask + 1;
+    if (a <= b) ++left.first;
+    if (b <= a) ++right.first;
+    ++pairs;
+  }
+  return pairs;
+}
+
+// Reads the weights of `keys` (two ints, four weights, a key) straight to
+// the places `features` gives them.
+template <class Features>
+bool ReadWeights(SummedReader* in, const std::vector<uint32_t>& keys, Features* features) {
+  constexpr size_t kAhead = 16;  // keys whose places are fetched in advance
+  size_t read = 0;
+  int16_t* to = nullptr;
+  return in->Read(2 * keys.size(), [&](int packed) {
+    const size_t half = read % 2;
+    if (half == 0) {
+      const size_t k = read / 2;
+      if (k + kAhead < keys.size()) features->Prefetch(keys[k + kAhead]);
+      to = features->WeightsOf(keys[k]);
+    }
+    ++read;
+    if (to == nullptr) return;
+    to[2 * half] = Half(packed, 0);
+    to[2 * half + 1] = Half(packed, 1);
+  });
+}
+
 }  // namespace
 
 bool CCharModel::IsChinese(const char* s) {
@@ -164,56 +214,129 @@ bool CCharModel::Load(const char* path) {
   Data data;
   data.margin = header[2];
   data.name_tag = header[3];
-  data.weights.reserve(static_cast<size_t>(features) * kLabels);
-  const auto unpack = [&data](int packed) {
-    data.weights.push_back(Half(packed, 0));
-    data.weights.push_back(Half(packed, 1));
-  };
   if (!in.ReadInto(kLabels * kLabels, &data.transitions) ||
       !in.ReadInto(static_cast<size_t>(chars), &data.codes) ||
       !in.ReadInto(static_cast<size_t>(chars), &data.last_tags) ||
       !in.ReadInto(static_cast<size_t>(chars), &data.first_tags) ||
-      !in.ReadInto(static_cast<size_t>(features), &data.keys) ||
-      !in.Read(2 * static_cast<size_t>(features), unpack) || !in.SumMatches()) {
+      !in.ReadInto(static_cast<size_t>(features), &data.keys) || !KeysValid(data.keys, chars)) {
     return false;
   }
+  Features laid_out;
+  laid_out.Reset(data.keys, chars);
+  if (!ReadWeights(&in, data.keys, &laid_out) || !in.SumMatches()) return false;
   const auto tag_ok = [](int tag) { return tag >= -1 && tag < kTagLimit; };
   const bool tags_ok = tag_ok(data.name_tag) &&
                        std::all_of(data.last_tags.begin(), data.last_tags.end(), tag_ok) &&
                        std::all_of(data.first_tags.begin(), data.first_tags.end(), tag_ok);
-  if (data.margin < 0 || !Ascending(data.codes) || !tags_ok || !KeysValid(data.keys, chars) ||
+  if (data.margin < 0 || !Ascending(data.codes) || !tags_ok ||
       (chars > 0 && (data.codes.front() < kFirstCode || data.codes.back() > kLastCode))) {
     return false;
   }
+  std::vector<uint32_t>().swap(data.keys);
+  laid_out.FindSkipGains(chars);
   m_data = std::move(data);
-  // Where the keys of each template and first character begin.
-  m_rows.assign((kTemplates << kIdBits) + 1, 0);
-  for (size_t row = 0, k = 0; row < m_rows.size(); ++row) {
-    while (k < m_data.keys.size() && (m_data.keys[k] >> kIdBits) < row) ++k;
-    m_rows[row] = static_cast<uint32_t>(k);
-  }
+  m_features = std::move(laid_out);
   m_ids.assign(kLastCode + 1, kUnknownId);
   for (int i = 0; i < chars; ++i) {
     m_ids[static_cast<size_t>(m_data.codes[i])] = static_cast<uint16_t>(i + 2);
   }
-  // The weights of single characters, by id, template and label.
-  m_unigrams.assign(static_cast<size_t>(chars + 2) * kUnigramTemplates * kLabels, 0);
-  for (int id = 0; id < chars + 2; ++id) {
-    for (int t = 0; t < kUnigramTemplates; ++t) {
-      const int16_t* w = Weights(Key(t, 0, id));
-      if (w == nullptr) continue;
-      std::copy(w, w + kLabels, m_unigrams.begin() + (id * kUnigramTemplates + t) * kLabels);
-    }
-  }
   return true;
 }
 
-const int16_t* CCharModel::Weights(uint32_t key) const {
-  const size_t row = key >> kIdBits;
-  const auto last = m_data.keys.begin() + m_rows[row + 1];
-  const auto found = std::lower_bound(m_data.keys.begin() + m_rows[row], last, key);
-  if (found == last || *found != key) return nullptr;
-  return m_data.weights.data() + (found - m_data.keys.begin()) * kLabels;
+void CCharModel::Features::Reset(const std::vector<uint32_t>& keys, int chars) {
+  unigrams.assign(static_cast<size_t>(chars + 2) * kUnigramTemplates * kLabels, 0);
+  adjacent.Reset(AdjacentPairs(keys));
+  skips.Reset(Count(KeysOf(keys, 7)));
+}
+
+int16_t* CCharModel::Features::WeightsOf(uint32_t key) {
+  const uint32_t t = key >> (2 * kIdBits);
+  const uint32_t pair = key & kPairMask;
+  if (t < kUnigramTemplates) {
+    // A single character's key names no first character (any other is
+    // never looked up).
+    if (pair > kIdMask) return nullptr;
+    return unigrams.data() + (static_cast<size_t>(pair) * kUnigramTemplates + t) * kLabels;
+  }
+  if (t == 7) return skips.Insert(pair);
+  return adjacent.Insert(pair) + (t == 6 ? 0 : kLabels);
+}
+
+template <int kWidth>
+void CCharModel::PairTable<kWidth>::Reset(size_t count) {
+  // Buckets four fifths full: most keys, and most searches for a missing
+  // one, end in the bucket they start at.
+  Bucket empty{};
+  std::fill(std::begin(empty.keys), std::end(empty.keys), kEmpty);
+  buckets_.assign(count * 5 / (4 * kSlots) + 1, empty);
+}
+
+void CCharModel::Features::Prefetch(uint32_t key) const {
+  const uint32_t t = key >> (2 * kIdBits);
+  if (t == 7) {
+    skips.Prefetch(key & kPairMask);
+  } else if (t >= kUnigramTemplates) {
+    adjacent.Prefetch(key & kPairMask);
+  }
+}
+
+void CCharModel::Features::FindSkipGains(int chars) {
+  skip_gains.assign(static_cast<size_t>(chars + 2) * 2 * kLabels, 0);
+  skips.ForEach([this](uint32_t pair, const int16_t* w) {
+    int* before = skip_gains.data() + static_cast<size_t>(pair >> kIdBits) * 2 * kLabels;
+    int* after = skip_gains.data() + static_cast<size_t>(pair & kIdMask) * 2 * kLabels + kLabels;
+    for (int y = 0; y < kLabels; ++y) {
+      before[y] = std::max(before[y], w[y] - w[kS]);
+      after[y] = std::max(after[y], w[y] - w[kS]);
+    }
+  });
+}
+
+template <int kWidth>
+template <class Visit>
+void CCharModel::PairTable<kWidth>::ForEach(Visit visit) const {
+  for (const Bucket& bucket : buckets_) {
+    for (int s = 0; s < kSlots && bucket.keys[s] != kEmpty; ++s) visit(bucket.keys[s], bucket.weights[s]);
+  }
+}
+
+template <int kWidth>
+size_t CCharModel::PairTable<kWidth>::Home(uint32_t key) const {
+  // The high bits of a multiplicative hash, scaled to the table.
+  const uint64_t hash = (uint64_t{key} * 0x9E3779B97F4A7C15ull) >> 32;
+  return static_cast<size_t>((hash * buckets_.size()) >> 32);
+}
+
+template <int kWidth>
+int16_t* CCharModel::PairTable<kWidth>::Insert(uint32_t key) {
+  for (size_t b = Home(key);; b = Next(b)) {
+    Bucket& bucket = buckets_[b];
+    for (int s = 0; s < kSlots; ++s) {
+      if (bucket.keys[s] == kEmpty) bucket.keys[s] = key;
+      if (bucket.keys[s] == key) return bucket.weights[s];
+    }
+  }
+}
+
+template <int kWidth>
+const int16_t* CCharModel::PairTable<kWidth>::Find(uint32_t key) const {
+  if (buckets_.empty()) return nullptr;
+  for (size_t b = Home(key);; b = Next(b)) {
+    const Bucket& bucket = buckets_[b];
+    for (int s = 0; s < kSlots; ++s) {
+      if (bucket.keys[s] == key) return bucket.weights[s];
+      if (bucket.keys[s] == kEmpty) return nullptr;
+    }
+  }
+}
+
+template <int kWidth>
+void CCharModel::PairTable<kWidth>::Prefetch(uint32_t key) const {
+#if defined(__GNUC__)
+  if (!buckets_.empty()) __builtin_prefetch(&buckets_[Home(key)]);
+#else
+  (void)key;
+#endif
 }
 
 int CCharModel::IdOf(const char* s, int bytes) const {
@@ -222,18 +345,57 @@ int CCharModel::IdOf(const char* s, int bytes) const {
   return m_ids.empty() ? kUnknownId : m_ids[static_cast<size_t>(code)];
 }
 
-void CCharModel::Score(const int* ids, int i, int64_t* out) const {
-  uint32_t keys[kTemplates];
-  FeatureKeys(ids, i, keys);
-  std::fill(out, out + kLabels, 0);
-  for (int t = 0; t < kUnigramTemplates; ++t) {
-    const int* w = m_unigrams.data() + (ids[i + t - 2] * kUnigramTemplates + t) * kLabels;
-    for (int y = 0; y < kLabels; ++y) out[y] += w[y];
+namespace {
+
+void AddWeights(const int16_t* w, int64_t* out) {
+  for (int y = 0; y < CCharModel::kLabels; ++y) out[y] += w[y];
+}
+
+}  // namespace
+
+// Position i of a stretch is ids[i + 2]; the adjacent pair starting at
+// ids[c] gives template 6 to position c - 2 and template 5 to c - 1, the
+// pair around ids[c] template 7 to c - 2.
+
+void CCharModel::Score(const int* ids, int n, int64_t* emit) const {
+  ScoreNear(ids, n, emit);
+  AddSkips(ids, n, emit);
+}
+
+void CCharModel::ScoreNear(const int* ids, int n, int64_t* emit) const {
+  if (n <= 0) return;
+  const int last = n + 1;
+  for (int c = 1; c <= last; ++c) m_features.adjacent.Prefetch(Key(0, ids[c], ids[c + 1]));
+  std::fill(emit, emit + static_cast<size_t>(n) * kLabels, 0);
+  for (int i = 0; i < n; ++i) {
+    int64_t* out = emit + static_cast<size_t>(i) * kLabels;
+    for (int t = 0; t < kUnigramTemplates; ++t) {
+      const size_t row = static_cast<size_t>(ids[i + t]) * kUnigramTemplates + t;
+      AddWeights(m_features.unigrams.data() + row * kLabels, out);
+    }
   }
-  for (int t = kUnigramTemplates; t < kTemplates; ++t) {
-    const int16_t* w = Weights(keys[t]);
+  for (int c = 1; c <= last; ++c) {
+    const int16_t* w = m_features.adjacent.Find(Key(0, ids[c], ids[c + 1]));
     if (w == nullptr) continue;
-    for (int y = 0; y < kLabels; ++y) out[y] += w[y];
+    if (c >= 2) AddWeights(w, emit + static_cast<size_t>(c - 2) * kLabels);
+    if (c < last) AddWeights(w + kLabels, emit + static_cast<size_t>(c - 1) * kLabels);
+  }
+}
+
+void CCharModel::AddSkips(const int* ids, int n, int64_t* emit) const {
+  for (int c = 2; c <= n + 1; ++c) m_features.skips.Prefetch(Key(0, ids[c - 1], ids[c + 1]));
+  for (int c = 2; c <= n + 1; ++c) {
+    const int16_t* w = m_features.skips.Find(Key(0, ids[c - 1], ids[c + 1]));
+    if (w != nullptr) AddWeights(w, emit + static_cast<size_t>(c - 2) * kLabels);
+  }
+}
+
+void CCharModel::BoundSkips(const int* ids, int n, const int64_t* emit, int64_t* bound) const {
+  for (int c = 2; c <= n + 1; ++c) {
+    const size_t at = static_cast<size_t>(c - 2) * kLabels;
+    const int* before = m_features.skip_gains.data() + static_cast<size_t>(ids[c - 1]) * 2 * kLabels;
+    const int* after = m_features.skip_gains.data() + static_cast<size_t>(ids[c + 1]) * 2 * kLabels + kLabels;
+    for (int y = 0; y < kLabels; ++y) bound[at + y] = emit[at + y] + std::min(before[y], after[y]);
   }
 }
 
@@ -255,21 +417,17 @@ void CCharModel::ContextIds(const char* sentence, int from, int start, int end, 
   ids->resize(size, kOtherId);
 }
 
-namespace {
-
-// Work arrays of Decode, kept per thread so that a call allocates nothing
-// once they have grown.
-struct DecodeScratch {
-  std::vector<int> ids, back;
-  std::vector<int64_t> emit, alpha, beta;
+// Work arrays of a stretch, so that a call allocates nothing once they have
+// grown.
+struct CCharModel::Scratch {
+  std::vector<int> ids, back, labels, margins;
+  std::vector<int64_t> emit, bound, alpha, beta;
 };
 
-DecodeScratch& Scratch() {
-  thread_local DecodeScratch scratch;
+CCharModel::Scratch& CCharModel::ThreadScratch() {
+  thread_local Scratch scratch;
   return scratch;
 }
-
-}  // namespace
 
 int64_t CCharModel::BestLabels(const int64_t* emit, int n, const int* transitions,
                                std::vector<int64_t>* alpha, std::vector<int>* back,
@@ -312,24 +470,26 @@ int64_t CCharModel::BestLabels(const int64_t* emit, int n, const int* transition
 
 void CCharModel::Decode(const char* sentence, int from, int start, int end, int to,
                         std::vector<int>* labels, std::vector<int>* margins) const {
-  DecodeScratch& scratch = Scratch();
+  Scratch& scratch = ThreadScratch();
   ContextIds(sentence, from, start, end, to, &scratch.ids);
   const int n = static_cast<int>(scratch.ids.size()) - 4;
   labels->clear();
   if (margins != nullptr) margins->clear();
   if (n <= 0) return;
-  const size_t cells = static_cast<size_t>(n) * kLabels;
-  std::vector<int64_t>& emit = scratch.emit;
-  emit.resize(cells);
-  for (int i = 0; i < n; ++i) {
-    Score(scratch.ids.data(), i + 2, &emit[static_cast<size_t>(i) * kLabels]);
-  }
+  scratch.emit.resize(static_cast<size_t>(n) * kLabels);
+  Score(scratch.ids.data(), n, scratch.emit.data());
+  LabelsOf(scratch.emit.data(), n, &scratch, labels, margins);
+}
+
+void CCharModel::LabelsOf(const int64_t* emit, int n, Scratch* scratch, std::vector<int>* labels,
+                       std::vector<int>* margins) const {
   const int* T = m_data.transitions.data();
-  const int64_t best = BestLabels(emit.data(), n, T, &scratch.alpha, &scratch.back, labels);
+  const int64_t best = BestLabels(emit, n, T, &scratch->alpha, &scratch->back, labels);
   if (margins == nullptr) return;
   // The backward pass: the best score of the rest after each label. With
   // the forward one it gives the best sequence through every label.
-  std::vector<int64_t>& beta = scratch.beta;
+  const size_t cells = static_cast<size_t>(n) * kLabels;
+  std::vector<int64_t>& beta = scratch->beta;
   beta.assign(cells, kNone);
   for (int y = 0; y < kLabels; ++y) {
     if (MayEnd(y)) beta[cells - kLabels + static_cast<size_t>(y)] = 0;
@@ -343,7 +503,7 @@ void CCharModel::Decode(const char* sentence, int from, int start, int end, int 
       }
     }
   }
-  const std::vector<int64_t>& alpha = scratch.alpha;
+  const std::vector<int64_t>& alpha = scratch->alpha;
   margins->assign(static_cast<size_t>(n), 0);
   for (size_t i = 0; i < static_cast<size_t>(n); ++i) {
     int64_t other = kNone;
@@ -355,6 +515,32 @@ void CCharModel::Decode(const char* sentence, int from, int start, int end, int 
     const int64_t lead = other == kNone ? std::numeric_limits<int>::max() : best - other;
     (*margins)[i] = static_cast<int>(std::min<int64_t>(lead, std::numeric_limits<int>::max()));
   }
+}
+
+bool CCharModel::MayMerge(const int64_t* emit, int n) const {
+  // A word of positions k .. l (B, M .., E) on the best labelling against
+  // the same labelling with S at k .. l, which gives k another label: the
+  // margin needs the first to lead by that much. The lead is the word's
+  // emissions over S, its inner transitions over S to S, and the change
+  // of the transitions into and out of it. Each prefix keeps the most a
+  // word still open at i (last label B or M) can lead.
+  const int* T = m_data.transitions.data();
+  const auto t = [T](int from, int to) { return int64_t{T[from * kLabels + to]}; };
+  const int64_t stay = t(kS, kS);
+  const int64_t enter = std::max(t(kE, kB) - t(kE, kS), t(kS, kB) - t(kS, kS));
+  const int64_t leave = std::max(t(kE, kB) - t(kS, kB), t(kE, kS) - t(kS, kS));
+  int64_t open_b = kNone, open_m = kNone;
+  for (int i = 0; i < n; ++i) {
+    const int64_t* e = emit + static_cast<size_t>(i) * kLabels;
+    if (i > 0) {
+      const int64_t end = std::max(open_b + t(kB, kE), open_m + t(kM, kE)) - stay + e[kE] - e[kS] +
+                          (i + 1 < n ? leave : 0);
+      if (end >= m_data.margin) return true;
+      open_m = std::max(open_b + t(kB, kM), open_m + t(kM, kM)) - stay + e[kM] - e[kS];
+    }
+    open_b = e[kB] - e[kS] + (i > 0 ? enter : 0);
+  }
+  return false;
 }
 
 namespace {
@@ -371,9 +557,24 @@ bool IsSingle(const char* sentence, const word_t& word) {
 
 int CCharModel::MergeStretch(const char* sentence, const word_t* words, int first, int last,
                              int from, int to, word_t* out) const {
-  thread_local std::vector<int> labels, margins;
-  Decode(sentence, from, words[first].start, words[last].end, to, &labels, &margins);
-  if (labels.size() != static_cast<size_t>(last - first + 1)) return 0;
+  Scratch& scratch = ThreadScratch();
+  ContextIds(sentence, from, words[first].start, words[last].end, to, &scratch.ids);
+  const int n = last - first + 1;
+  if (static_cast<int>(scratch.ids.size()) != n + 4) return 0;
+  // The weights of the pairs around each position decide little: they are
+  // looked up only when their most still lets a word reach the margin.
+  const size_t cells = static_cast<size_t>(n) * kLabels;
+  scratch.emit.resize(cells);
+  scratch.bound.resize(cells);
+  const int* ids = scratch.ids.data();
+  ScoreNear(ids, n, scratch.emit.data());
+  BoundSkips(ids, n, scratch.emit.data(), scratch.bound.data());
+  if (!MayMerge(scratch.bound.data(), n)) return 0;
+  AddSkips(ids, n, scratch.emit.data());
+  if (!MayMerge(scratch.emit.data(), n)) return 0;
+  std::vector<int>& labels = scratch.labels;
+  std::vector<int>& margins = scratch.margins;
+  LabelsOf(scratch.emit.data(), n, &scratch, &labels, &margins);
   int written = 0;
   for (int i = first; i <= last;) {
     int j = i;
@@ -413,9 +614,15 @@ void CCharModel::Merge(const char* sentence, word_t* words, int* count) const {
   int out = 1;  // words kept so far (the start marker)
   for (int i = 1; i < n - 1;) {
     int j = i;
-    while (j + 1 < n - 1 && IsSingle(sentence, words[j]) && IsSingle(sentence, words[j + 1])) ++j;
+    if (IsSingle(sentence, words[i])) {
+      while (j + 1 < n - 1 && IsSingle(sentence, words[j + 1])) ++j;
+    }
     if (j == i) {
-      words[out++] = words[i++];
+      // Words stay where they are until something merges (a copy onto
+      // itself would only stall on its own stores).
+      if (out != i) words[out] = words[i];
+      ++out;
+      ++i;
       continue;
     }
     // The context: the two words before (already written, the last ending
@@ -425,7 +632,7 @@ void CCharModel::Merge(const char* sentence, word_t* words, int* count) const {
     const int to = words[std::min(j + 2, n - 1)].end;
     const int written = MergeStretch(sentence, words, i, j, from, to, words + out);
     if (written == 0) {
-      std::copy(words + i, words + j + 1, words + out);
+      if (out != i) std::copy(words + i, words + j + 1, words + out);
       out += j - i + 1;
     } else {
       out += written;

@@ -132,20 +132,94 @@ class CCharModel {
               std::vector<int>* labels, std::vector<int>* margins) const;
 
  private:
+  // Pair features in an open-addressed table of cache-line buckets: each
+  // key, two character ids (first << kIdBits | second), holds kWidth
+  // weights beside it, so that a lookup mostly reads one line.
+  template <int kWidth>
+  class PairTable {
+   public:
+    // Empties the table and sizes it for `count` keys.
+    void Reset(size_t count);
+    // The weights of `key`, added (zero) when the table lacks it.
+    int16_t* Insert(uint32_t key);
+    // The weights of `key`, null when the table lacks it.
+    const int16_t* Find(uint32_t key) const;
+    // Fetches the bucket a search for `key` starts at into the cache.
+    void Prefetch(uint32_t key) const;
+    // Calls visit(key, weights) for every key.
+    template <class Visit>
+    void ForEach(Visit visit) const;
+
+   private:
+    static constexpr int kLineBytes = 64;
+    static constexpr int kSlots = kLineBytes / (4 + 2 * kWidth);
+    // Keys fill a bucket's slots in order, kEmpty in those still free; a
+    // key whose bucket is full goes to the next.
+    struct alignas(kLineBytes) Bucket {
+      uint32_t keys[kSlots];
+      int16_t weights[kSlots][kWidth];
+    };
+    static constexpr uint32_t kEmpty = 0xFFFFFFFF;
+    size_t Home(uint32_t key) const;
+    size_t Next(size_t bucket) const { return bucket + 1 < buckets_.size() ? bucket + 1 : 0; }
+
+    std::vector<Bucket> buckets_;
+  };
+  // The weights of the features, as Load lays them out.
+  struct Features {
+    std::vector<int16_t> unigrams;  // by id, template, label
+    // The adjacent pairs hold the weights of template 6 (the pair's first
+    // character labelled) then of template 5 (its second labelled).
+    PairTable<2 * kLabels> adjacent;
+    PairTable<kLabels> skips;  // template 7
+    // The most a pair of template 7 adds to each label's lead over S, by
+    // id: among the pairs it begins, then among those it ends (never
+    // below 0, for a pair outside the model).
+    std::vector<int> skip_gains;
+    // Empties the tables and sizes them for `keys`, of a model of `chars`.
+    void Reset(const std::vector<uint32_t>& keys, int chars);
+    // Fills skip_gains from the table of template 7.
+    void FindSkipGains(int chars);
+    // Where the weights of a feature key go (null: a key never looked up).
+    int16_t* WeightsOf(uint32_t key);
+    // Fetches where the weights of a pair's key go into the cache.
+    void Prefetch(uint32_t key) const;
+  };
+
+  // Work arrays of one stretch, kept per thread.
+  struct Scratch;
+  static Scratch& ThreadScratch();
+
   int IdOf(const char* s, int bytes) const;
   // The ids of the characters from start to end with two of context each
   // side (kOtherId where the context has no more).
   void ContextIds(const char* sentence, int from, int start, int end, int to,
                   std::vector<int>* ids) const;
-  // The summed weights of the features of position i, for each label.
-  void Score(const int* ids, int i, int64_t* out) const;
-  const int16_t* Weights(uint32_t key) const;
+  // The summed feature weights of the n positions of `ids` (two context
+  // entries each side), kLabels per position, into `emit`.
+  void Score(const int* ids, int n, int64_t* emit) const;
+  // Score without the pairs around each position (template 7), which
+  // AddSkips adds.
+  void ScoreNear(const int* ids, int n, int64_t* emit) const;
+  void AddSkips(const int* ids, int n, int64_t* emit) const;
+  // `emit` with each label raised by the most template 7 can add to its
+  // lead over S, into `bound`.
+  void BoundSkips(const int* ids, int n, const int64_t* emit, int64_t* bound) const;
+  // Decode's work after the scores: the labels of the n positions and,
+  // with `margins`, their leads.
+  void LabelsOf(const int64_t* emit, int n, Scratch* scratch, std::vector<int>* labels,
+             std::vector<int>* margins) const;
+  // False when no word of two or more positions can lead its labelling
+  // with every character set apart by the margin: the word scores at most
+  // as far above the same positions labelled S as its emission leads over
+  // S and the most its transitions and the ones at its ends can gain.
+  bool MayMerge(const int64_t* emit, int n) const;
   // The entry of `tags` for the character at s (-1 for one outside the model).
   int CharTag(const std::vector<int>& tags, const char* s) const;
   unsigned char TagOf(const char* sentence, const word_t& word) const;
   // Merges one stretch words[first .. last], read with the text from `from`
   // to `to` as context, into `out` (which may lie at or before words +
-  // first); returns the words it wrote, 0 when the stretch was not decoded.
+  // first); returns the words it wrote, 0 when nothing in it merges.
   int MergeStretch(const char* sentence, const word_t* words, int first, int last, int from,
                    int to, word_t* out) const;
 
@@ -154,10 +228,9 @@ class CCharModel {
   word_t Joined(const char* sentence, const word_t& first, const word_t& last) const;
 
   const CPDAT* m_pDict;
-  Data m_data;
-  std::vector<uint16_t> m_ids;      // by GBK code
-  std::vector<int> m_unigrams;      // by id, template, label
-  std::vector<uint32_t> m_rows;     // first key of each (template, first id)
+  Data m_data;                  // without keys and weights: m_features holds them
+  std::vector<uint16_t> m_ids;  // by GBK code
+  Features m_features;
 };
 
 #endif  // ZIVOR_SYSTEM_CHARMODEL_H_

@@ -70,8 +70,8 @@ bool CTransliteration::Load(const char* path) {
   }
   if (total.name + total.place <= 0) return false;
   const double v = kAdd * static_cast<double>(seen);
-  std::vector<CharScore> scores(kLastCode - kFirstCode + 1);
-  bool any = false;
+  std::vector<CharScore> scores(kCodes);
+  std::bitset<kCodes> members;
   for (int code = kFirstCode; code <= kLastCode; ++code) {
     int n = 0;
     const POS_info* records = table.GetPOS(m_pDict->Find(code), &n);
@@ -81,14 +81,14 @@ bool CTransliteration::Load(const char* path) {
     const double in = static_cast<double>(c.name + c.place);
     const double p_in = (in + kAdd) / (static_cast<double>(total.name + total.place) + v);
     const double p_all = (static_cast<double>(c.all) + kAdd) / (static_cast<double>(total.all) + v);
-    score.member = in >= kMinSeen && p_in >= kMinRatio * p_all;
+    members[static_cast<size_t>(code - kFirstCode)] = in >= kMinSeen && p_in >= kMinRatio * p_all;
     score.name = LogShare(c.name, total.name, v);
     score.place = LogShare(c.place, total.place, v);
     score.name_last = LogShare(c.name_last, total.name_last, v);
     score.place_last = LogShare(c.place_last, total.place_last, v);
-    any = any || score.member;
   }
-  if (!any) return false;
+  if (members.none()) return false;
+  m_members = members;
   m_scores.swap(scores);
   const double in = static_cast<double>(total.name + total.place);
   m_namePrior = std::log((total.name + kAdd) / (in + 2 * kAdd));
@@ -101,30 +101,33 @@ const CTransliteration::CharScore& CTransliteration::ScoreOf(int code) const {
   return m_scores[static_cast<size_t>(code - kFirstCode)];
 }
 
-bool CTransliteration::IsTransliterationChar(int code) const { return ScoreOf(code).member; }
+bool CTransliteration::IsTransliterationChar(int code) const {
+  return code >= kFirstCode && code <= kLastCode && m_members[static_cast<size_t>(code - kFirstCode)];
+}
 
-bool CTransliteration::IsPiece(const char* sentence, const word_t& word, int* chars,
-                               double* name, double* place) const {
+int CTransliteration::PieceChars(const char* sentence, const word_t& word) const {
   if (word.start < 0 || word.end <= word.start || (word.end - word.start) % kCharBytes != 0) {
-    return false;
+    return 0;
   }
   // A name the person recogniser merged is a piece only when it is a
   // transliteration itself.
-  if (word.handle >= 0 && word.handle == gUnknown_nr_ID && word.type != kNameTag) return false;
-  int n = 0;
+  if (word.handle >= 0 && word.handle == gUnknown_nr_ID && word.type != kNameTag) return 0;
+  for (int i = word.start; i < word.end; i += kCharBytes) {
+    if (!IsTransliterationChar(CodeAt(sentence + i))) return 0;
+  }
+  return (word.end - word.start) / kCharBytes;
+}
+
+void CTransliteration::AddScores(const char* sentence, const word_t& word, double* name,
+                                 double* place) const {
   double name_sum = 0, place_sum = 0;
   for (int i = word.start; i < word.end; i += kCharBytes) {
-    if (static_cast<unsigned char>(sentence[i]) < 0x81) return false;
     const CharScore& score = ScoreOf(CodeAt(sentence + i));
-    if (!score.member) return false;
-    ++n;
     name_sum += score.name;
     place_sum += score.place;
   }
-  *chars += n;
   *name += name_sum;
   *place += place_sum;
-  return true;
 }
 
 bool CTransliteration::IsMiddleDot(const char* sentence, const word_t& word) {
@@ -144,16 +147,25 @@ void CTransliteration::Merge(const char* sentence, word_t* words, int* count) co
   int out = 1;  // words kept so far (the start marker)
   int i = 1;
   while (i < n - 1) {
+    // A middle dot joins two pieces.
+    const auto joint = [&](int j) {
+      return j > i && j + 1 < n - 1 && IsMiddleDot(sentence, words[j]);
+    };
     int chars = 0, last = i - 1;
-    double name = 0, place = 0;
     for (int j = i; j < n - 1; ++j) {
-      const bool joint = j > i && j + 1 < n - 1 && IsMiddleDot(sentence, words[j]);
-      if (!joint && !IsPiece(sentence, words[j], &chars, &name, &place)) break;
-      if (!joint) last = j;
+      if (joint(j)) continue;
+      const int piece = PieceChars(sentence, words[j]);
+      if (piece == 0) break;
+      chars += piece;
+      last = j;
     }
     const bool name_alone =
         last == i && words[i].handle >= 0 && words[i].handle == gUnknown_nr_ID;
     if ((last > i || name_alone) && chars >= kMinChars) {
+      double name = 0, place = 0;
+      for (int j = i; j <= last; ++j) {
+        if (!joint(j)) AddScores(sentence, words[j], &name, &place);
+      }
       word_t word = words[i];
       word.end = words[last].end;
       if (IsPlace(sentence, words[last], name, place)) {
@@ -165,7 +177,11 @@ void CTransliteration::Merge(const char* sentence, word_t* words, int* count) co
       words[out++] = word;
       i = last + 1;
     } else {
-      words[out++] = words[i++];
+      // Words stay where they are until something merges (a copy onto
+      // itself would only stall on its own stores).
+      if (out != i) words[out] = words[i];
+      ++out;
+      ++i;
     }
   }
   words[out++] = words[n - 1];

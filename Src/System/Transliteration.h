@@ -21,6 +21,7 @@
 #ifndef ZIVOR_SYSTEM_TRANSLITERATION_H_
 #define ZIVOR_SYSTEM_TRANSLITERATION_H_
 
+#include <bitset>
 #include <vector>
 
 #include "Utility/Global.h"
@@ -67,29 +68,31 @@ class CTransliteration {
 
  private:
   struct CharScore {
-    bool member = false;
     float name = 0.0f;        // ln P(c | transliterated names)
     float place = 0.0f;       // ln P(c | transliterated places)
     float name_last = 0.0f;   // ln P(c | last character of a name)
     float place_last = 0.0f;  // ln P(c | last character of a place)
   };
-  // The score of the character with this GBK code (a default one, not a
-  // member, for a code outside GBK's two-byte range).
+  // The two-byte codes scored: every GBK character.
+  static constexpr int kFirstCode = 0x8140;
+  static constexpr int kLastCode = 0xFEFE;
+  static constexpr int kCodes = kLastCode - kFirstCode + 1;
+
+  // The score of the character with this GBK code (a default one for a
+  // code outside GBK's two-byte range).
   const CharScore& ScoreOf(int code) const;
-  // Whether the word is a piece of a run: every character a member; adds
-  // its characters' counts and scores.
-  bool IsPiece(const char* sentence, const word_t& word, int* chars, double* name,
-               double* place) const;
+  // How many characters the word has when it is a piece of a run (every
+  // character a member), else 0.
+  int PieceChars(const char* sentence, const word_t& word) const;
+  // Adds the scores of a piece's characters.
+  void AddScores(const char* sentence, const word_t& word, double* name, double* place) const;
   static bool IsMiddleDot(const char* sentence, const word_t& word);
   // Whether a run whose characters scored `name` and `place` and that ends
   // with `last` is rather a place than a name.
   bool IsPlace(const char* sentence, const word_t& last, double name, double place) const;
 
-  // The two-byte codes scored: every GBK character.
-  static constexpr int kFirstCode = 0x8140;
-  static constexpr int kLastCode = 0xFEFE;
-
   const CPDAT* m_pDict;
+  std::bitset<kCodes> m_members;    // by code - kFirstCode
   std::vector<CharScore> m_scores;  // by code - kFirstCode
   // ln of the shares of names and places among transliterated characters.
   double m_namePrior = 0.0;
