@@ -1,14 +1,15 @@
 // HugePages.h: memory for the large tables that lookups read at random.
 //
-// The word-pair table is several megabytes and is read all over at every
-// sentence; with the usual 4 KB pages most of those reads also miss the
-// address-translation cache. (The dictionary and the tag lexicons gained
-// nothing measurable from huge pages and made some starts twice as slow, so
-// they keep ordinary memory.) AllocateTable gives such a table memory
-// aligned to 2 MB and asks the kernel (madvise, where it exists) to back it
-// with huge pages, which the kernel does when it has them; otherwise it is
-// ordinary memory. Either way the block is released with free(), like any
-// malloc'ed block.
+// The word-pair table and the dictionary's state array are several
+// megabytes each and are read all over at every sentence, many lookups at a
+// time; with the usual 4 KB pages most of those reads also miss the
+// address-translation cache, and a prefetch that misses it waits for the
+// page walk. (The tag lexicons gained nothing measurable from huge pages and
+// made some starts slower, so they keep ordinary memory.) AllocateTable
+// gives such a table memory aligned to 2 MB and asks the kernel (madvise,
+// where it exists) to back it with huge pages, which the kernel does when it
+// has them; otherwise it is ordinary memory. Either way the block is
+// released with free(), like any malloc'ed block.
 #ifndef ZIVOR_UTILITY_HUGEPAGES_H_
 #define ZIVOR_UTILITY_HUGEPAGES_H_
 

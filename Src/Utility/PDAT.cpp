@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Utility/BinaryIO.h"
+#include "Utility/HugePages.h"
 #include "Utility/Prefetch.h"
 #include "Utility/global_linux.h"
 
@@ -462,7 +463,7 @@ bool CPDAT::Load(const char* path) {
   }
   const int states = lowerBound + 1;
   const size_t bytes = static_cast<size_t>(states) * sizeof(state);
-  MallocPtr<state> data(static_cast<state*>(malloc(bytes)));
+  MallocPtr<state> data(static_cast<state*>(AllocateTable(bytes)));
   int indexed = 0;
   if (data == nullptr ||
       reader.ReadRecords(data.get(), static_cast<size_t>(states)) != static_cast<size_t>(states) ||

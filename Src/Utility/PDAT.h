@@ -213,7 +213,7 @@ class CPDAT {
   int NextPiece(const char* text, int pos, int len, int* handle) const;
 
   trie_elem* m_word_trie;
-  state* m_pData;
+  state* m_pData;  // after Load, huge-page table memory (AllocateTable)
   int m_nLength;
   int m_nLowerBound;
   int m_nItemCount;
