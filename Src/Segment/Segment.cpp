@@ -64,8 +64,9 @@ int CSegment::BiSegment(word_t** lattice, int rowCount, int* rowSizes, int capac
     m_nWordCount = 0;
     return 0;
   }
-  const int total = PrepareWords(lattice, rowCount, rowSizes);
+  const int total = LayOutWords(lattice, rowCount, rowSizes);
   PrefetchPairs(total);
+  ComputeWordTerms(lattice, rowSizes);
   std::fill_n(m_score.begin(), total, InitialScore());
   std::fill_n(m_next.begin(), total, 0);
 
@@ -97,7 +98,7 @@ int CSegment::BiSegment(word_t** lattice, int rowCount, int* rowSizes, int capac
   return m_nWordCount;
 }
 
-int CSegment::PrepareWords(word_t** lattice, int rowCount, const int* rowSizes) {
+int CSegment::LayOutWords(word_t** lattice, int rowCount, const int* rowSizes) {
   m_offsets.resize(static_cast<size_t>(rowCount));
   m_rows.clear();
   int total = 0;
@@ -120,19 +121,31 @@ int CSegment::PrepareWords(word_t** lattice, int rowCount, const int* rowSizes) 
   for (const int r : m_rows) {
     const int size = rowSizes[r];
     for (int k = 0; k < size; ++k) {
-      word_t& w = lattice[r][k];
-      w.value = Freq(w.handle);
+      const word_t& w = lattice[r][k];
       const size_t i = static_cast<size_t>(m_offsets[r] + k);
       m_handles[i] = w.handle;
+      if (m_pUnigram != nullptr) m_pUnigram->Prefetch(w.handle);
       // Words ending at the last row or before their own start lead nowhere.
       const bool leads = w.end >= r && w.end < last;
       m_successors[i] = leads ? Successors{m_offsets[w.end + 1], RowSize(lattice, rowSizes, w.end + 1)}
                               : Successors{0, 0};
+    }
+  }
+  return total;
+}
+
+void CSegment::ComputeWordTerms(word_t** lattice, const int* rowSizes) {
+  for (const int r : m_rows) {
+    word_t* row = lattice[r];
+    const int first = m_offsets[r];
+    for (int k = 0; k < rowSizes[r]; ++k) {
+      word_t& w = row[k];
+      w.value = Freq(w.handle);
+      const size_t i = static_cast<size_t>(first + k);
       m_pairBase[i] = m_dTotalItem * kBigramAdd + w.value;
       m_unigramTerm[i] = UnigramTerm(w.value);
     }
   }
-  return total;
 }
 
 void CSegment::PrefetchPairs(int total) const {

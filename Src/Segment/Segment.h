@@ -47,10 +47,13 @@ class CSegment {
   // ln P of a word followed by n, from the pair's frequency, the first
   // word's V a + F(w) and n's UnigramTerm.
   double TransitionLogProb(int pairFreq, double pairBase, double unigramTerm) const;
-  // Sets every word's value to its frequency and lays the words out row
-  // after row (m_offsets) with what decoding reads of them: handle,
-  // successors and the two per-word terms. Returns the number of words.
-  int PrepareWords(word_t** lattice, int rowCount, const int* rowSizes);
+  // Lays the words out row after row (m_offsets, m_rows) with their handle
+  // and successors, and starts loading their frequencies. Returns the
+  // number of words.
+  int LayOutWords(word_t** lattice, int rowCount, const int* rowSizes);
+  // Sets every word's value to its frequency and computes its two per-word
+  // terms.
+  void ComputeWordTerms(word_t** lattice, const int* rowSizes);
   // Starts loading the pair-table lines of every lattice edge, so that the
   // decoding pass finds them in cache instead of waiting on each in turn.
   void PrefetchPairs(int total) const;

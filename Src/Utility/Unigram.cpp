@@ -49,13 +49,6 @@ void CUnigram::Replace(int size, int bound, int total, int* data) {
   m_pData = data;
 }
 
-int CUnigram::GetFreq(int handle) const {
-  // m_nSize, the number of imported lines, is the bound the lookups have
-  // always used; m_nBound keeps a damaged file from reading past the array.
-  if (handle < 0 || handle >= m_nSize || handle > m_nBound) return 0;
-  return m_pData[handle];
-}
-
 bool CUnigram::Load(const char* path) {
   FilePtr fp = OpenFile(path, "rb");
   if (!fp) return false;

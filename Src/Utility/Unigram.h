@@ -8,6 +8,8 @@
 #ifndef ZIVOR_UTILITY_UNIGRAM_H_
 #define ZIVOR_UTILITY_UNIGRAM_H_
 
+#include "Utility/Prefetch.h"
+
 class CPDAT;
 
 class CUnigram {
@@ -19,7 +21,16 @@ class CUnigram {
 
   // Frequency of a handle; 0 when the handle is negative or not below the
   // number of imported lines (m_nSize), even if the array is longer.
-  int GetFreq(int handle) const;
+  int GetFreq(int handle) const {
+    // m_nSize, the number of imported lines, is the bound the lookups have
+    // always used; m_nBound keeps a damaged file from reading past the array.
+    if (handle < 0 || handle >= m_nSize || handle > m_nBound) return 0;
+    return m_pData[handle];
+  }
+  // Starts loading what GetFreq of the handle reads; any handle may be given.
+  void Prefetch(int handle) const {
+    if (handle >= 0 && handle < m_nSize && handle <= m_nBound) PrefetchLine(m_pData + handle);
+  }
   // Sum of all imported frequencies.
   int GetTotalFreq() const { return m_nTotal; }
   // Number of imported lines of known words.
