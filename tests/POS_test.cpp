@@ -194,6 +194,8 @@ TEST_F(POSTest, DamagedFilesAreRefusedAndTheLexiconKept) {
   // allowed (Import leaves the earlier run of a split handle so).
   const std::string records = Ints({3, 2}) + Record(1, 10) + Record(2, 20) + Record(3, 30);
   ASSERT_TRUE(load(records + Ints({-1, -1, 0, 2})));
+  EXPECT_TRUE(load(records + Ints({2, 1, 0, 2})));  // runs out of handle order
+  ASSERT_TRUE(load(records + Ints({-1, -1, 0, 2})));
   testutil::ExpectEachRefused(
       dir_.File("d.pos"),
       {Ints({0}), Ints({3, 1}) + Record(1, 1),       // records cut short

@@ -201,11 +201,25 @@ bool CPOS::ReadRecords(BinaryReader* in) {
 
 bool CPOS::IndexIsValid() const {
   // Each handle's records form one run of their own: runs never overlap.
-  std::vector<char> covered(static_cast<size_t>(m_nSize), 0);
+  // Runs in handle order, each after the one before (as files are written),
+  // are checked in one pass; any other layout record by record.
+  bool ordered = true;
+  int next = 0;  // the first record after the runs so far
   for (int h = 0; h < m_nBound; ++h) {
     const index_t& entry = m_pIndex[h];
     if (entry.start == -1 && entry.end == -1) continue;
     if (entry.start < 0 || entry.end <= 0 || entry.start > m_nSize - entry.end) return false;
+    ordered = ordered && entry.start >= next;
+    next = entry.start + entry.end;
+  }
+  return ordered || RunsAreDisjoint();
+}
+
+bool CPOS::RunsAreDisjoint() const {
+  std::vector<char> covered(static_cast<size_t>(m_nSize), 0);
+  for (int h = 0; h < m_nBound; ++h) {
+    const index_t& entry = m_pIndex[h];
+    if (entry.start == -1 && entry.end == -1) continue;
     for (int i = entry.start; i < entry.start + entry.end; ++i) {
       if (covered[static_cast<size_t>(i)] != 0) return false;
       covered[static_cast<size_t>(i)] = 1;

@@ -113,6 +113,8 @@ class CPOS {
   // name disjoint runs of records.
   bool ReadRecords(BinaryReader* in);
   bool IndexIsValid() const;
+  // Whether no record belongs to two runs (the runs themselves in bounds).
+  bool RunsAreDisjoint() const;
   // Fresh arrays of n records (tag 255, count 0) and b index entries
   // (-1, -1), plus one always-empty entry at position b.
   bool Allocate(int n, int b);
