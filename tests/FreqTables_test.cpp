@@ -140,6 +140,19 @@ TEST_F(FreqTablesTest, BigramLookupsAroundTheIndexBoundAndExactExport) {
             "Handle=2,Start=2\tEnd=2\n****************Data******************"
             "handle2=0\tFreq=4\nhandle2=3\tFreq=9\nhandle2=1\tFreq=6\n");
   EXPECT_FALSE(bigram.Export(Bad().c_str()));
+
+  // Without the file arrays the lookups answer the same; saving and the dump
+  // are refused until a load brings the arrays back.
+  bigram.ReleaseFileArrays();
+  for (const auto& c : cases) {
+    EXPECT_EQ(bigram.GetFreq(c.first, c.second), c.freq) << c.first << " " << c.second;
+    EXPECT_EQ(bigram.SearchFreq(c.first, c.second), c.freq) << c.first << " " << c.second;
+  }
+  EXPECT_FALSE(bigram.Export(Path("released.txt").c_str()));
+  EXPECT_FALSE(bigram.Save(Path("released.big").c_str()));
+  ASSERT_TRUE(bigram.Load(Path("tiny.big").c_str()));
+  EXPECT_TRUE(bigram.Save(Path("again.big").c_str()));
+  EXPECT_EQ(testutil::ReadFileBytes(Path("again.big")), testutil::Ints(kTinyBigram));
 }
 
 TEST_F(FreqTablesTest, BigramSaveLoadAndDamagedFiles) {

@@ -267,13 +267,17 @@ bool BuiltForTheDictionary(int bound, const char* name) {
 
 // Character types, core dictionary, pseudo-words, unigram and bigram tables.
 bool LoadCoreResources() {
-  return LoadRequired(g_pCharset, "charset.type", "Cannot build object CCharset") &&
-         LoadRequired(g_pCoreDict, "CoreDict.pdat", "Cannot build object CPDAT ") &&
-         ResolvePseudoWords() &&
-         LoadRequired(g_pUnigram, "CoreDict.unig", "Cannot build object CUnigram! ") &&
-         BuiltForTheDictionary(g_pUnigram->GetBound(), "CoreDict.unig") &&
-         LoadRequired(g_pBiDict, "BiWord.big", "Cannot build object CBigram! ") &&
-         BuiltForTheDictionary(g_pBiDict->GetBound(), "BiWord.big");
+  if (!LoadRequired(g_pCharset, "charset.type", "Cannot build object CCharset") ||
+      !LoadRequired(g_pCoreDict, "CoreDict.pdat", "Cannot build object CPDAT ") ||
+      !ResolvePseudoWords() ||
+      !LoadRequired(g_pUnigram, "CoreDict.unig", "Cannot build object CUnigram! ") ||
+      !BuiltForTheDictionary(g_pUnigram->GetBound(), "CoreDict.unig") ||
+      !LoadRequired(g_pBiDict, "BiWord.big", "Cannot build object CBigram! ") ||
+      !BuiltForTheDictionary(g_pBiDict->GetBound(), "BiWord.big")) {
+    return false;
+  }
+  g_pBiDict->ReleaseFileArrays();  // the analysis reads the hash table only
+  return true;
 }
 
 // The core tag lexicon, the tag statistics and the four tag maps

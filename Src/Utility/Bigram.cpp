@@ -86,7 +86,15 @@ void CBigram::Replace(int size, bigram_info* data, int bound, index_t* index) {
   m_hash = std::move(hash);
 }
 
+void CBigram::ReleaseFileArrays() {
+  free(m_pData);
+  free(m_pIndex);
+  m_pData = nullptr;
+  m_pIndex = nullptr;
+}
+
 int CBigram::SearchFreq(int handle1, int handle2) const {
+  if (m_pIndex == nullptr) return GetFreq(handle1, handle2);
   if (handle1 < 0 || handle2 < 0 || handle1 > m_nBound || handle2 > m_nBound) return 0;
   if (handle1 == m_nBound) return 0;  // the index has no entry for it
   const index_t& run = m_pIndex[handle1];
@@ -129,6 +137,7 @@ bool CBigram::Load(const char* path) {
 }
 
 bool CBigram::Save(const char* path) const {
+  if ((m_pData == nullptr && m_nSize > 0) || (m_pIndex == nullptr && m_nBound > 0)) return false;
   FilePtr fp = OpenFile(path, "wb");
   if (!fp) return false;
   BinaryWriter out(fp.get());
@@ -180,6 +189,7 @@ int CBigram::Import(const char* path, const CPDAT* dict) {
 }
 
 bool CBigram::Export(const char* path) const {
+  if ((m_pData == nullptr && m_nSize > 0) || (m_pIndex == nullptr && m_nBound > 0)) return false;
   FilePtr fp = OpenFile(path, "wb");
   if (!fp) return false;
   fprintf(fp.get(), "Data Size=%d,Index Size=%d\n", m_nSize, m_nBound);

@@ -76,6 +76,13 @@ class CBigram {
   // cannot be opened.
   bool Export(const char* path) const;
 
+  // Frees the pair and index arrays of the file form, which lookups do not
+  // read once the hash table is built (about as much memory as the file
+  // again). GetFreq answers as before, and so does SearchFreq (from the hash
+  // table); Save and Export then return false. A later Load or Import
+  // brings the arrays back.
+  void ReleaseFileArrays();
+
  private:
   // Takes ownership of the two malloc'ed arrays (freed should building the
   // hash table run out of memory) and builds the hash table.
