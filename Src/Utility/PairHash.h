@@ -19,6 +19,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "Utility/BinaryIO.h"
 #include "Utility/Prefetch.h"
 
@@ -43,15 +47,10 @@ class CPairHash {
     const uint32_t second = static_cast<uint32_t>(handle2);
     for (size_t b = Home(first, second, m_nBuckets);; b = Next(b, m_nBuckets)) {
       const Bucket& bucket = m_buckets.get()[b];
-      int freq = 0;
-      bool found = false, full = true;
-      for (int s = 0; s < kBucketSlots; ++s) {
-        const bool match = bucket.first[s] == first && bucket.second[s] == second;
-        freq |= match ? bucket.freq[s] : 0;  // a key is stored once
-        found |= match;
-        full &= bucket.first[s] != kEmpty;
-      }
-      if (found || !full) return freq;
+      const SlotMasks masks = Compare(bucket, first, second);
+      // A key is stored once: at most one slot matches.
+      if (masks.match != 0) return bucket.freq[__builtin_ctz(masks.match)];
+      if (masks.empty != 0) return 0;
     }
   }
 
@@ -82,6 +81,34 @@ class CPairHash {
     int freq[kBucketSlots];
     uint32_t unused;
   };
+
+  // Bit s of `match`: slot s holds the key; of `empty`: slot s is empty.
+  struct SlotMasks {
+    unsigned match;
+    unsigned empty;
+  };
+  static SlotMasks Compare(const Bucket& bucket, uint32_t first, uint32_t second) {
+    SlotMasks masks{0, 0};
+    int s = 0;
+#if defined(__SSE2__)
+    // The first four slots in one comparison each.
+    const __m128i firsts = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bucket.first));
+    const __m128i seconds = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bucket.second));
+    const __m128i both =
+        _mm_and_si128(_mm_cmpeq_epi32(firsts, _mm_set1_epi32(static_cast<int>(first))),
+                      _mm_cmpeq_epi32(seconds, _mm_set1_epi32(static_cast<int>(second))));
+    masks.match = static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(both)));
+    masks.empty = static_cast<unsigned>(
+        _mm_movemask_ps(_mm_castsi128_ps(_mm_cmpeq_epi32(firsts, _mm_setzero_si128()))));
+    s = 4;
+#endif
+    for (; s < kBucketSlots; ++s) {
+      masks.match |= static_cast<unsigned>(bucket.first[s] == first && bucket.second[s] == second)
+                     << s;
+      masks.empty |= static_cast<unsigned>(bucket.first[s] == kEmpty) << s;
+    }
+    return masks;
+  }
 
   static size_t Home(uint32_t first, uint32_t second, size_t count) {
     uint32_t h = first * 0x9E3779B1u ^ second * 0x85EBCA77u;
