@@ -5,6 +5,7 @@
 
 #include "Utility/BinaryIO.h"
 #include "Utility/PDAT.h"
+#include "Utility/Prefetch.h"
 
 namespace {
 
@@ -333,7 +334,7 @@ const int16_t* CCharModel::PairTable<kWidth>::Find(uint32_t key) const {
 template <int kWidth>
 void CCharModel::PairTable<kWidth>::Prefetch(uint32_t key) const {
 #if defined(__GNUC__)
-  if (!buckets_.empty()) __builtin_prefetch(&buckets_[Home(key)]);
+  if (!buckets_.empty()) PrefetchLine(&buckets_[Home(key)]);
 #else
   (void)key;
 #endif

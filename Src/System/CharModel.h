@@ -38,6 +38,7 @@
 #include <vector>
 
 #include "Utility/Global.h"
+#include "Utility/HugePages.h"
 
 class CPDAT;
 
@@ -163,7 +164,7 @@ class CCharModel {
     size_t Home(uint32_t key) const;
     size_t Next(size_t bucket) const { return bucket + 1 < buckets_.size() ? bucket + 1 : 0; }
 
-    std::vector<Bucket> buckets_;
+    std::vector<Bucket, TableAllocator<Bucket>> buckets_;  // huge-page memory
   };
   // The weights of the features, as Load lays them out.
   struct Features {

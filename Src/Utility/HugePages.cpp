@@ -2,6 +2,7 @@
 
 #include <sys/mman.h>
 
+#include <cstddef>
 #include <cstdlib>
 
 namespace {
@@ -23,4 +24,12 @@ void* AllocateTable(size_t bytes) {
   if (block != nullptr) madvise(block, rounded, MADV_HUGEPAGE);
 #endif
   return block;
+}
+
+void* AllocateAligned(size_t bytes, size_t alignment) {
+  if (bytes >= kHugePage || alignment <= alignof(std::max_align_t)) return AllocateTable(bytes);
+  if (bytes == 0) return nullptr;
+  // aligned_alloc wants a multiple of the alignment.
+  const size_t rounded = (bytes + alignment - 1) / alignment * alignment;
+  return aligned_alloc(alignment, rounded);
 }

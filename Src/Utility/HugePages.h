@@ -14,9 +14,37 @@
 #define ZIVOR_UTILITY_HUGEPAGES_H_
 
 #include <cstddef>
+#include <cstdlib>
+#include <new>
+
+// AllocateTable with at least the given alignment (a power of two) for
+// blocks too small for huge pages.
+void* AllocateAligned(size_t bytes, size_t alignment);
 
 // bytes of memory for a table (null when it cannot be had, or for 0 bytes).
 // Blocks below 2 MB are plain malloc'ed ones.
 void* AllocateTable(size_t bytes);
+
+// An allocator that gives containers AllocateTable's memory, aligned for T
+// whatever the size: std::vector<T, TableAllocator<T>> for a large table
+// read at random.
+template <class T>
+struct TableAllocator {
+  using value_type = T;
+  TableAllocator() = default;
+  template <class U>
+  TableAllocator(const TableAllocator<U>&) {}  // NOLINT: allocators convert implicitly
+  T* allocate(size_t n) {
+    if (n > static_cast<size_t>(-1) / sizeof(T)) throw std::bad_alloc();
+    void* block = AllocateAligned(n * sizeof(T), alignof(T));
+    if (block == nullptr) throw std::bad_alloc();
+    return static_cast<T*>(block);
+  }
+  void deallocate(T* p, size_t) { free(p); }
+  template <class U>
+  bool operator==(const TableAllocator<U>&) const { return true; }
+  template <class U>
+  bool operator!=(const TableAllocator<U>&) const { return false; }
+};
 
 #endif  // ZIVOR_UTILITY_HUGEPAGES_H_

@@ -17,6 +17,7 @@
 #define ZIVOR_UTILITY_POS_H_
 
 #include "Utility/Global.h"
+#include "Utility/Prefetch.h"
 
 class BinaryReader;
 class CPDAT;
@@ -100,13 +101,7 @@ class CPOS {
   static int qkpass(POS_elem* records, int low, int high);
 
  private:
-  static void Prefetch(const void* address) {
-#if defined(__GNUC__)
-    __builtin_prefetch(address);
-#else
-    (void)address;
-#endif
-  }
+  static void Prefetch(const void* address) { PrefetchLine(address); }
   void Release();
   // Load's steps: the records from `in` into the allocated table, false when
   // the file ends first or a record is damaged; whether the index entries
