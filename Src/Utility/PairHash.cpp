@@ -60,12 +60,29 @@ void CPairHash::Build(const bigram_info* pairs, const index_t* index, int bound,
   MallocPtr<Bucket> buckets(static_cast<Bucket*>(AllocateTable(count * sizeof(Bucket))));
   if (count > 0 && buckets == nullptr) throw std::bad_alloc();
   std::fill_n(buckets.get(), count, Bucket{});
+  // Keys go in in file order (so the first record of a pair wins), but each
+  // one's home bucket is prefetched kAhead keys before it is stored: the
+  // inserts then wait on memory together instead of one after another.
+  constexpr size_t kAhead = 16;
+  struct Pending {
+    uint32_t first, second;
+    int freq;
+  };
+  Pending ring[kAhead];
+  size_t queued = 0;
   size_t stored = 0;
   for (PairCursor c(index, bound); c.Valid() && count > 0; c.Advance()) {
     const bigram_info& pair = pairs[c.position()];
     if (!Searchable(pair, maxSecond)) continue;
-    stored += Insert(buckets.get(), count, static_cast<uint32_t>(c.handle()) + 1,
-                     static_cast<uint32_t>(pair.handle2), pair.freq);
+    Pending& slot = ring[queued % kAhead];
+    if (queued >= kAhead) stored += Insert(buckets.get(), count, slot.first, slot.second, slot.freq);
+    slot = {static_cast<uint32_t>(c.handle()) + 1, static_cast<uint32_t>(pair.handle2), pair.freq};
+    PrefetchLine(buckets.get() + Home(slot.first, slot.second, count));
+    ++queued;
+  }
+  for (size_t k = queued > kAhead ? queued - kAhead : 0; k < queued; ++k) {
+    const Pending& slot = ring[k % kAhead];
+    stored += Insert(buckets.get(), count, slot.first, slot.second, slot.freq);
   }
   m_buckets = std::move(buckets);
   m_nBuckets = count;
