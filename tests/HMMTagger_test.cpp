@@ -35,22 +35,14 @@ Model SmallModel() {
           {{{kBegin, 10}}, {{kEndTag, 10}}, {{kNoun, 3}, {kVerb, 6}}, {{kNoun, 2}, {kVerb, 8}}}};
 }
 
-using testutil::Ints;
 
 // The model's tables (the lexicon written in its file layout and loaded) and
 // a tagger with vocabulary size 100 over them.
 class Tagger {
  public:
   Tagger(const Model& model, int defaultTag) {
-    std::string records, index;
-    int n = 0;
-    for (const auto& tags : model.lexicon) {
-      index += tags.empty() ? Ints({-1, -1}) : Ints({n, int(tags.size())});
-      for (const auto& [tag, count] : tags) records += char(tag) + std::string(3, '\0') + Ints({count});
-      n += int(tags.size());
-    }
     testutil::TempDir dir;
-    testutil::WriteFile(dir.File("lexicon.pos"), Ints({n, int(model.lexicon.size())}) + records + index);
+    testutil::WriteFile(dir.File("lexicon.pos"), testutil::LexiconBytes(model.lexicon));
     EXPECT_TRUE(pos_.Load(dir.File("lexicon.pos").c_str()));
     context_.SetSymbol(static_cast<unsigned char>(model.counts.size()));
     for (size_t a = 0; a < model.counts.size(); ++a)

@@ -161,6 +161,19 @@ std::string Ints(const std::vector<int>& values) {
   return bytes;
 }
 
+std::string LexiconBytes(const std::vector<std::vector<std::pair<int, int>>>& lexicon) {
+  std::string records, index;
+  int n = 0;
+  for (const auto& tags : lexicon) {
+    index += tags.empty() ? Ints({-1, -1}) : Ints({n, static_cast<int>(tags.size())});
+    for (const auto& [tag, count] : tags) {
+      records += static_cast<char>(tag) + std::string(3, '\0') + Ints({count});
+    }
+    n += static_cast<int>(tags.size());
+  }
+  return Ints({n, static_cast<int>(lexicon.size())}) + records + index;
+}
+
 std::string Lines(const std::vector<std::string>& lines) {
   std::string text;
   for (const std::string& line : lines) text += line + "\n";

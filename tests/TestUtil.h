@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 class CPDAT;
@@ -72,6 +73,10 @@ std::string FoldAscii(std::string gbk);
 
 // The values as little-endian 32-bit integers, for hand-made binary files.
 std::string Ints(const std::vector<int>& values);
+
+// A tag lexicon file (the layout CPOS::Load reads): handle h has the
+// (tag, count) records lexicon[h], none when it is empty.
+std::string LexiconBytes(const std::vector<std::vector<std::pair<int, int>>>& lexicon);
 
 // The lines, each followed by '\n'.
 std::string Lines(const std::vector<std::string>& lines);

@@ -10,6 +10,7 @@
 #include "API/ZIVORState.h"
 #include "API/ZIVORWorker.h"
 #include "System/MainSystem.h"
+#include "Tagger/RoleGate.h"
 #include "Utility/CodeTran.h"
 #include "Utility/Global.h"
 #include "Utility/global_linux.h"
@@ -38,6 +39,7 @@ CContextStat* g_pPOSContext = nullptr;
 CPOS* g_pPersonRole = nullptr;
 CContextStat* g_pPersonContext = nullptr;
 CFSA* g_pPersonFSA = nullptr;
+std::unique_ptr<CRoleGate> g_pPersonGate;
 CTransliteration* g_pTransliteration = nullptr;
 CPlaceModel* g_pPlaceModel = nullptr;
 CCharModel* g_pCharModel = nullptr;
@@ -81,6 +83,7 @@ CMainSystem* NewMainSystem() {
   if (system != nullptr) {
     system->SetTransliteration(g_pTransliteration);
     system->SetPlaceModel(g_pPlaceModel);
+    system->SetPersonGate(g_pPersonGate.get());
     system->SetCharModel(g_pCharModel);
   }
   return system;

@@ -20,6 +20,7 @@
 #include "System/MainSystem.h"
 #include "System/PlaceModel.h"
 #include "System/Transliteration.h"
+#include "Tagger/RoleGate.h"
 #include "Utility/Bigram.h"
 #include "Utility/Charset.h"
 #include "Utility/CodeTran.h"
@@ -303,7 +304,8 @@ bool LoadPersonRecognition() {
   return LoadRequired(g_pPersonRole, "nr.role", nullptr) &&
          BuiltForTheDictionary(g_pPersonRole->GetBound(), "nr.role") &&
          LoadRequired(g_pPersonContext, "nr.ctx", nullptr, false) &&
-         LoadRequired(g_pPersonFSA, "nr.fsa", nullptr);
+         LoadRequired(g_pPersonFSA, "nr.fsa", nullptr) &&
+         (g_pPersonGate = CMainSystem::NewPersonGate(*g_pPersonRole, *g_pPersonFSA)) != nullptr;
 }
 
 // The recognisers of unknown words beyond the classic pipeline
@@ -410,6 +412,7 @@ void DeleteSharedResources() {
   DeleteAndNull(g_pPersonRole);
   DeleteAndNull(g_pPersonContext);
   DeleteAndNull(g_pPersonFSA);
+  g_pPersonGate.reset();
   DeleteAndNull(g_pTransliteration);
   DeleteAndNull(g_pPlaceModel);
   DeleteAndNull(g_pCharModel);

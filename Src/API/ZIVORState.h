@@ -33,6 +33,7 @@ class CPDAT;
 class CPlaceModel;
 class CPOS;
 class CPOSmap;
+class CRoleGate;
 class CTransliteration;
 class CTrie;
 class CUnigram;
@@ -67,6 +68,7 @@ extern CContextStat* g_pPOSContext;
 extern CPOS* g_pPersonRole;
 extern CContextStat* g_pPersonContext;
 extern CFSA* g_pPersonFSA;
+extern std::unique_ptr<CRoleGate> g_pPersonGate;  // with the three above
 extern CTransliteration* g_pTransliteration;  // null when off or not loaded
 extern CPlaceModel* g_pPlaceModel;            // null when off or not loaded
 extern CCharModel* g_pCharModel;              // null when off or not loaded

@@ -1,5 +1,6 @@
 #include "Segment/Segment.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -159,13 +160,25 @@ void CSegment::PrefetchPairs(int total) const {
   }
 }
 
+bool CSegment::ReservePath(int capacity) {
+  if (capacity > m_nPathCapacity || m_pWords == nullptr) {
+    free(m_pWords);
+    m_pWords = static_cast<word_t*>(malloc(sizeof(word_t) * static_cast<size_t>(capacity)));
+    m_nPathCapacity = m_pWords != nullptr ? capacity : 0;
+    m_nPathDirty = m_nPathCapacity;  // nothing in a new block is blank yet
+    if (m_pWords == nullptr) return false;
+  }
+  // Only the last path's words were written (callers rewrite them in place,
+  // merging leaves copies behind the new count, nothing lies after it), so
+  // blanking them leaves the whole array blank, as a fresh one is.
+  std::fill_n(m_pWords, m_nPathDirty, word_t());
+  return true;
+}
+
 void CSegment::CopyPath(word_t** lattice, int rowCount, const int* rowSizes, int capacity,
                         const int* offsets, const int* next) {
-  free(m_pWords);
-  m_pWords = static_cast<word_t*>(malloc(sizeof(word_t) * static_cast<size_t>(capacity)));
   m_nWordCount = 0;
-  if (m_pWords == nullptr) return;
-  for (int i = 0; i < capacity; ++i) m_pWords[i] = word_t();
+  if (!ReservePath(capacity)) return;
   m_pWords[m_nWordCount++] = lattice[0][0];
   // Every step moves to a later row, so the walk ends; it also stops at a
   // successor row that is empty or outside the lattice.
@@ -180,4 +193,5 @@ void CSegment::CopyPath(word_t** lattice, int rowCount, const int* rowSizes, int
     index = next_index;
     m_pWords[m_nWordCount++] = lattice[row][index];
   }
+  m_nPathDirty = m_nWordCount;
 }

@@ -57,6 +57,9 @@ class CSegment {
   // Starts loading the pair-table lines of every lattice edge, so that the
   // decoding pass finds them in cache instead of waiting on each in turn.
   void PrefetchPairs(int total) const;
+  // Makes m_pWords an array of at least `capacity` blank words; false when
+  // memory runs out.
+  bool ReservePath(int capacity);
   // Copies the path that starts at the start atom and follows `next`
   // (successor index of each word, found at next[offset[row] + index]).
   void CopyPath(word_t** lattice, int rowCount, const int* rowSizes, int capacity,
@@ -86,6 +89,9 @@ class CSegment {
   std::vector<Successors> m_successors;
   std::vector<double> m_pairBase;
   std::vector<double> m_unigramTerm;
+  // Words m_pWords has room for, and how many of them may not be blank.
+  int m_nPathCapacity = 0;
+  int m_nPathDirty = 0;
 };
 
 #endif  // ZIVOR_SEGMENT_SEGMENT_H_

@@ -16,6 +16,7 @@
 #include "System/CharModel.h"
 #include "System/Transliteration.h"
 #include "Tagger/HMMTagger.h"
+#include "Tagger/RoleGate.h"
 #include "Utility/BufferGrowth.h"
 #include "Utility/CodeTran.h"
 #include "Utility/KeyWordFinder.h"
@@ -397,7 +398,8 @@ void CMainSystem::ProcessSegment(const char* pSegment, int nOffset, bool bPOStag
   int count = m_pSegmenter->m_nWordCount;
   const bool tagging = g_bPOSTagger && bPOStagged && m_pTagger != nullptr;
   if (m_pPlaces != nullptr) m_pPlaces->Find(words, count, kMergedWordType);
-  if (m_pPERTagger != nullptr) {
+  if (m_pPERTagger != nullptr &&
+      (m_pPersonGate == nullptr || m_pPersonGate->MayMerge(words, count, gUnknown_nr_ID))) {
     m_pPERTagger->Tagging(words, count);
     if (m_pPersonFSA != nullptr) m_pPersonFSA->MaxPR(words, &count, gUnknown_nr_ID);
   }
@@ -436,6 +438,12 @@ void CMainSystem::ProcessSegment(const char* pSegment, int nOffset, bool bPOStag
     count = merged;
   }
   Output(pSegment, words, count, nOffset, bPOStagged, bUserDict);
+}
+
+std::unique_ptr<CRoleGate> CMainSystem::NewPersonGate(const CPOS& roles, const CFSA& automaton) {
+  return std::make_unique<CRoleGate>(
+      roles, std::initializer_list<unsigned char>{kDefaultRole, CHMMTagger::kSwitchedDefaultPOS, kNoTag},
+      automaton);
 }
 
 void CMainSystem::SetPlaceModel(const CPlaceModel* pModel) {

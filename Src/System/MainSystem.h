@@ -41,6 +41,7 @@ class CPlaceRecogniser;
 class CPOS;
 class CPOSmap;
 class CPreProcess;
+class CRoleGate;
 class CSegment;
 class CTransliteration;
 class CTrie;
@@ -95,6 +96,12 @@ class CMainSystem {
   // The character model for words no dictionary holds (borrowed; null for
   // none), run on the chosen path after the name recognisers.
   void SetCharModel(const CCharModel* pCharModel) { m_pCharModel = pCharModel; }
+  // The gate that spares the person-role tagging of sentences where no name
+  // can be merged (borrowed; null tags every sentence, with the same words
+  // as a result). NewPersonGate builds one for the roles and automaton this
+  // class is given, once for any number of instances.
+  void SetPersonGate(const CRoleGate* pGate) { m_pPersonGate = pGate; }
+  static std::unique_ptr<CRoleGate> NewPersonGate(const CPOS& roles, const CFSA& automaton);
 
   // Appends words 1 .. nWordCount-2 of one sentence segment to the result.
   int Output(const char* pLine, word_t* pWords, int nWordCount, int nStartLen,
@@ -183,6 +190,7 @@ class CMainSystem {
   CContextStat* m_pPersonContext;
   CHMMTagger* m_pPERTagger = nullptr;
   CFSA* m_pPersonFSA;
+  const CRoleGate* m_pPersonGate = nullptr;
   const CTransliteration* m_pTransliteration = nullptr;
   std::unique_ptr<CPlaceRecogniser> m_pPlaces;
   const CCharModel* m_pCharModel = nullptr;

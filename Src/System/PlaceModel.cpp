@@ -21,11 +21,7 @@ bool CPlaceModel::Load(const std::string& dir, int bound, std::string* error) {
 }
 
 void CPlaceModel::TabulatePieceRoles() {
-  const int bound = m_roles.GetBound();
-  m_pieceRoles.assign(static_cast<size_t>(bound) / 2 + 1, 0);
-  for (int handle = 0; handle < bound; ++handle) {
-    int n = 0;
-    const POS_info* roles = m_roles.GetPOS(handle, &n);
+  m_pieceRoles.Build(m_roles, 0, [](const POS_info* roles, int n) {
     unsigned bits = 0;
     for (int k = 0; k < n; ++k) {
       const unsigned char role = roles[k].POS_id;
@@ -33,9 +29,8 @@ void CPlaceModel::TabulatePieceRoles() {
         bits |= PieceBit(static_cast<PlaceRole>(role));
       }
     }
-    m_pieceRoles[static_cast<size_t>(handle) / 2] |=
-        static_cast<unsigned char>(bits << (handle % 2 * 4));
-  }
+    return bits;
+  });
 }
 
 bool CPlaceModel::AcceptsOnlyPlaces() const {

@@ -20,10 +20,10 @@
 #define ZIVOR_SYSTEM_PLACEMODEL_H_
 
 #include <string>
-#include <vector>
 
 #include "Utility/ContextStat.h"
 #include "Utility/FSA.h"
+#include "Utility/HandleBits.h"
 #include "Utility/POS.h"
 
 // The roles of ns.role and ns.ctx, the input symbols of ns.fsa.
@@ -65,10 +65,7 @@ class CPlaceModel {
   static constexpr unsigned PieceBit(PlaceRole role) { return 1u << (role - kPlaceRoleFirst); }
   // The piece roles the role lexicon gives `handle`; 0 for a handle outside
   // it.
-  unsigned PieceRoles(int handle) const {
-    if (handle < 0 || static_cast<size_t>(handle) / 2 >= m_pieceRoles.size()) return 0;
-    return (m_pieceRoles[static_cast<size_t>(handle) / 2] >> (handle % 2 * 4)) & 0xFu;
-  }
+  unsigned PieceRoles(int handle) const { return m_pieceRoles.Get(handle); }
 
  private:
   bool AcceptsOnlyPlaces() const;
@@ -77,8 +74,7 @@ class CPlaceModel {
   CPOS m_roles;
   CContextStat m_context;
   CFSA m_automaton;
-  // PieceRoles of handles 2k (low four bits) and 2k + 1 (high four) at k.
-  std::vector<unsigned char> m_pieceRoles;
+  CHandleBits<4> m_pieceRoles;
 };
 
 #endif  // ZIVOR_SYSTEM_PLACEMODEL_H_
