@@ -2,15 +2,14 @@
 // gives exactly the result of one call on the whole, on the shipped data, in
 // GBK and in UTF-8.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstring>
-#include <filesystem>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "zivor/ZIVOR.h"
+#include "MiniData.h"
 #include "TestUtil.h"
 
 namespace {
@@ -73,21 +72,12 @@ void ExpectSame(const Analysis& whole, const Analysis& pieces) {
   }
 }
 
-class CutTest : public ::testing::TestWithParam<int> {
+class CutTest : public testutil::ShippedLibraryTest, public ::testing::WithParamInterface<int> {
  protected:
   void SetUp() override {
-    old_cwd_ = std::filesystem::current_path().string();
-    ASSERT_EQ(0, chdir(work_.path().c_str()));
-    std::filesystem::copy(std::string(ZIVOR_SOURCE_DIR) + "/Data", work_.File("Data"),
-                          std::filesystem::copy_options::recursive);
-    ASSERT_TRUE(ZIVOR_Init(work_.path().c_str(), GetParam()));
+    ShippedLibraryTest::SetUp();
+    ASSERT_TRUE(Init(GetParam()));
   }
-  void TearDown() override {
-    ZIVOR_Exit();
-    EXPECT_EQ(0, chdir(old_cwd_.c_str()));
-  }
-  testutil::TempDir work_;
-  std::string old_cwd_;
 };
 
 TEST_P(CutTest, PiecesCutWhereAllowedAnalyseAsTheWhole) {

@@ -3,17 +3,16 @@
 // the records cover exactly the text they came from, and the analysis is the
 // one GBK text gets.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "zivor/ZIVOR.h"
+#include "MiniData.h"
 #include "TestUtil.h"
 #include "Utility/CharScan.h"
 
@@ -25,59 +24,13 @@ using testutil::Utf8;
 
 constexpr int kGBK = 0, kUTF8 = 1, kBIG5 = 2, kGBKC = 3, kPlainGBK = 4;
 
-// One word of an analysis: the caller's bytes and the tag.
-struct Word {
-  std::string text;
-  std::string tag;
-  bool operator==(const Word& o) const { return text == o.text && tag == o.tag; }
-};
+using Word = testutil::ApiWord;
 
-std::ostream& operator<<(std::ostream& out, const Word& w) { return out << w.text << "/" << w.tag; }
-
-class EncodingTest : public ::testing::Test {
+class EncodingTest : public testutil::ShippedLibraryTest {
  protected:
-  // A copy of the shipped Data: initialisation writes its new-word log there.
-  static void SetUpTestSuite() {
-    data_ = new testutil::TempDir;
-    std::filesystem::copy(std::string(ZIVOR_SOURCE_DIR) + "/Data", data_->File("Data"),
-                          std::filesystem::copy_options::recursive);
-  }
-  static void TearDownTestSuite() { delete data_; }
-
-  void SetUp() override {
-    old_cwd_ = std::filesystem::current_path().string();
-    ASSERT_EQ(0, chdir(work_.path().c_str()));  // the day's log goes here
-  }
-  void TearDown() override {
-    ZIVOR_Exit();
-    EXPECT_EQ(0, chdir(old_cwd_.c_str()));
-  }
-
-  void Init(int encode) {
-    ZIVOR_Exit();
-    ASSERT_TRUE(ZIVOR_Init(data_->path().c_str(), encode)) << encode;
-  }
-
-  // The records of `text`, which must follow each other without gap or
-  // overlap from `first` to the end of the text; the words they cover.
+  void Init(int encode) { ASSERT_TRUE(ShippedLibraryTest::Init(encode)) << encode; }
   static std::vector<Word> Records(const std::string& text, size_t first = 0) {
-    int count = 0;
-    const result_t* records = ZIVOR_ParagraphProcessA(text.c_str(), &count, true);
-    std::vector<Word> words;
-    size_t covered = first;
-    for (int i = 0; i < count; ++i) {
-      const result_t& r = records[i];
-      EXPECT_EQ(covered, static_cast<size_t>(r.start)) << "record " << i;
-      EXPECT_GT(r.length, 0) << "record " << i;
-      if (r.start < 0 || r.length < 0 || static_cast<size_t>(r.start + r.length) > text.size()) {
-        ADD_FAILURE() << "record " << i << " outside the text";
-        break;
-      }
-      covered = static_cast<size_t>(r.start + r.length);
-      words.push_back({text.substr(r.start, r.length), r.sPOS});
-    }
-    EXPECT_EQ(text.size(), covered);
-    return words;
+    return testutil::ApiWords(text, true, first);
   }
 
   // The result text of `text` must be exactly the words, each followed by
@@ -89,13 +42,7 @@ class EncodingTest : public ::testing::Test {
     for (const Word& w : words) expected += w.text + (w.tag.empty() ? "" : "/" + w.tag) + " ";
     EXPECT_EQ(expected, result);
   }
-
-  static testutil::TempDir* data_;
-  testutil::TempDir work_;
-  std::string old_cwd_;
 };
-
-testutil::TempDir* EncodingTest::data_ = nullptr;
 
 std::vector<Word> InUtf8(std::vector<Word> words) {
   for (Word& w : words) w.text = Utf8(w.text);

@@ -21,21 +21,10 @@ class ApiKeyWordTest : public testutil::LibraryTest {
     TakeLog();
   }
 
-  // The words of the analysis with user words on, as UTF-8 "word/tag".
-  static std::vector<std::string> Words(const char* utf8) {
-    const std::string text = Gbk(utf8);
-    int count = 0;
-    const result_t* records = ZIVOR_ParagraphProcessA(text.c_str(), &count, true);
-    std::vector<std::string> words;
-    for (int k = 0; k < count; ++k) {
-      words.push_back(testutil::Utf8(text.substr(records[k].start, records[k].length)) + "/" +
-                      records[k].sPOS);
-    }
-    return words;
-  }
+  // Whether the analysis with user words on has the word ("word/tag", UTF-8).
   static bool HasWord(const char* utf8, const std::string& word) {
-    for (const std::string& w : Words(utf8)) {
-      if (w == word) return true;
+    for (const testutil::ApiWord& w : testutil::ApiWords(Gbk(utf8))) {
+      if (testutil::Utf8(w.text) + "/" + w.tag == word) return true;
     }
     return false;
   }
@@ -69,7 +58,7 @@ TEST_F(ApiKeyWordTest, AddDeleteAndSaveReportWhatHappened) {
 }
 
 TEST_F(ApiKeyWordTest, ImportReplacesTheDictionaryOfEveryInstance) {
-  Words("热身");  // a pooled instance exists before the import
+  testutil::ApiWords(Gbk("热身"));  // a pooled instance exists before the import
   EXPECT_EQ(1, ZIVOR_AddUserWord(Gbk("大数据 nz").c_str()));
   const std::string file = work_.File("user.txt");
   testutil::WriteFile(file, Gbk("云计算 nz\n\n云计算 n\n物联网\n"));
@@ -94,7 +83,7 @@ TEST_F(ApiKeyWordTest, FailedSaveDropsTheDictionaryButAnalysesGoOn) {
   EXPECT_EQ(0, ZIVOR_SaveTheUsrDic());
   EXPECT_EQ("Cannot Save user dictionary  \n" + UserDictFile() + "\n", TakeLog());
   EXPECT_EQ(-1, ZIVOR_DelUsrWord(Gbk("大数据").c_str()));
-  EXPECT_FALSE(Words("大数据很重要").empty());
+  EXPECT_FALSE(testutil::ApiWords(Gbk("大数据很重要")).empty());
   EXPECT_EQ(1, ZIVOR_AddUserWord(Gbk("大数据 nz").c_str()));  // a fresh dictionary
   EXPECT_TRUE(HasWord("大数据很重要", "大数据/nz"));
 }

@@ -202,4 +202,53 @@ std::string LibraryTest::TakeLog() const {
   return messages;
 }
 
+TempDir* ShippedLibraryTest::data_ = nullptr;
+
+void ShippedLibraryTest::SetUpTestSuite() {
+  data_ = new TempDir;
+  fs::copy(SourceDataDir(), data_->File("Data"), fs::copy_options::recursive);
+}
+
+void ShippedLibraryTest::TearDownTestSuite() {
+  delete data_;
+  data_ = nullptr;
+}
+
+void ShippedLibraryTest::SetUp() {
+  old_cwd_ = fs::current_path().string();
+  ASSERT_EQ(0, chdir(work_.path().c_str()));
+}
+
+void ShippedLibraryTest::TearDown() {
+  ZIVOR_Exit();
+  EXPECT_EQ(0, chdir(old_cwd_.c_str()));
+}
+
+bool ShippedLibraryTest::Init(int encode) {
+  ZIVOR_Exit();
+  return ZIVOR_Init(data_->path().c_str(), encode);
+}
+
+std::ostream& operator<<(std::ostream& out, const ApiWord& w) { return out << w.text << "/" << w.tag; }
+
+std::vector<ApiWord> ApiWords(const std::string& text, bool userDict, size_t first) {
+  int count = 0;
+  const result_t* records = ZIVOR_ParagraphProcessA(text.c_str(), &count, userDict);
+  std::vector<ApiWord> words;
+  size_t covered = first;
+  for (int i = 0; i < count; ++i) {
+    const result_t& r = records[i];
+    EXPECT_EQ(covered, static_cast<size_t>(r.start)) << "record " << i;
+    EXPECT_GT(r.length, 0) << "record " << i;
+    if (r.start < 0 || r.length < 0 || static_cast<size_t>(r.start + r.length) > text.size()) {
+      ADD_FAILURE() << "record " << i << " outside the text";
+      break;
+    }
+    covered = static_cast<size_t>(r.start + r.length);
+    words.push_back({text.substr(r.start, r.length), r.sPOS});
+  }
+  EXPECT_EQ(text.size(), covered);
+  return words;
+}
+
 }  // namespace testutil

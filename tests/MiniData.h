@@ -10,7 +10,9 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
+#include <vector>
 
 #include "TestUtil.h"
 
@@ -64,6 +66,38 @@ class LibraryTest : public ::testing::Test {
  private:
   std::string old_cwd_;
 };
+
+// A test of the library on a copy of the shipped Data (made once per suite,
+// since initialisation writes its new-word log there); each test runs in a
+// scratch working directory, which receives the day's log. ZIVOR_Exit runs
+// after every test.
+class ShippedLibraryTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite();
+  static void TearDownTestSuite();
+  void SetUp() override;
+  void TearDown() override;
+  // Exits the library, if it was initialised, and initialises it again.
+  static bool Init(int encode);
+
+  TempDir work_;
+
+ private:
+  static TempDir* data_;
+  std::string old_cwd_;
+};
+
+// One word of an analysis through the exported calls: the caller's bytes
+// and the tag.
+struct ApiWord {
+  std::string text, tag;
+  bool operator==(const ApiWord& o) const { return text == o.text && tag == o.tag; }
+};
+std::ostream& operator<<(std::ostream& out, const ApiWord& w);
+
+// The words of ZIVOR_ParagraphProcessA on `text`, whose records must follow
+// each other without gap or overlap from byte `first` to the end of the text.
+std::vector<ApiWord> ApiWords(const std::string& text, bool userDict = true, size_t first = 0);
 
 }  // namespace testutil
 

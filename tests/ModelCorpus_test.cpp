@@ -48,15 +48,18 @@ class ModelBuilderTest : public ::testing::Test {
   }
   static std::string Corpus() { return corpus_dir_.File("corpus.txt"); }
 
-  // Builds into a fresh directory `name` holding the character types and the
-  // tag map; returns the directory.
-  std::string Build(const std::string& name, const std::vector<std::string>& extra = {}) {
+  // A fresh directory `name` holding the character types and the tag map.
+  std::string OutDir(const std::string& name) const {
     const std::string out = dir_.File(name);
     mkdir(out.c_str(), 0755);
     for (const char* file : {"charset.type", "ZIVOR.map"}) {
-      testutil::WriteFile(out + "/" + file, testutil::ReadFileBytes(std::string(ZIVOR_SOURCE_DIR) +
-                                                                    "/Data/" + file));
+      testutil::WriteFile(out + "/" + file, testutil::ReadFileBytes(std::string(ZIVOR_SOURCE_DIR) + "/Data/" + file));
     }
+    return out;
+  }
+  // Builds into OutDir(name); returns the directory.
+  std::string Build(const std::string& name, const std::vector<std::string>& extra = {}) {
+    const std::string out = OutDir(name);
     std::vector<std::string> args = {"model", "--corpus", Corpus(), "--out", out};
     args.insert(args.end(), extra.begin(), extra.end());
     EXPECT_EQ(testutil::RunDataTool(args), 0);
@@ -69,78 +72,75 @@ class ModelBuilderTest : public ::testing::Test {
 
 testutil::TempDir ModelBuilderTest::corpus_dir_;
 
-TEST_F(ModelBuilderTest, SameCorpusGivesTheSameBytes) {
-  const std::string a = Build("a"), b = Build("b");
-  for (const char* file : kTrainedFiles) {
-    const std::string bytes = testutil::ReadFileBytes(a + "/" + file);
-    EXPECT_FALSE(bytes.empty()) << file;
-    EXPECT_EQ(bytes, testutil::ReadFileBytes(b + "/" + file)) << file;
+// The tables of a built directory, each loaded (or the test fails).
+struct Trained {
+  explicit Trained(const std::string& out) {
+    EXPECT_TRUE(dict.Load((out + "/CoreDict.pdat").c_str()) && unigram.Load((out + "/CoreDict.unig").c_str()) &&
+                lexicon.Load((out + "/CoreDict.pos").c_str()) && map.Load((out + "/ZIVOR.map").c_str()) &&
+                roles.Load((out + "/nr.role").c_str()) && automaton.Load((out + "/nr.fsa").c_str()) &&
+                transliteration.Load((out + "/tr.char").c_str()))
+        << out;
   }
-}
+  int Handle(const char* utf8) const { return dict.Find(Gbk(utf8).c_str()); }
+  int Freq(const char* utf8) const { return unigram.GetFreq(Handle(utf8)); }
+  // The (tag, count) records of the word in a table.
+  static std::vector<std::pair<int, int>> Records(const CPOS& table, int handle) {
+    int n = 0;
+    const POS_info* records = table.GetPOS(handle, &n);
+    std::vector<std::pair<int, int>> tags;
+    for (int k = 0; k < n; ++k) tags.emplace_back(records[k].POS_id, records[k].freq);
+    return tags;
+  }
+  // The word's one tag in the lexicon, -1 unless it has exactly one.
+  int OnlyTag(const char* utf8) const {
+    const auto tags = Records(lexicon, Handle(utf8));
+    return tags.size() == 1 ? tags[0].first : -1;
+  }
+
+  CPDAT dict;
+  CUnigram unigram;
+  CPOS lexicon, roles, transliteration;
+  CPOSmap map;
+  CFSA automaton;
+};
 
 TEST_F(ModelBuilderTest, DictionaryHoldsWordsCharactersAndPseudoWordsButNoNamesOrNumbers) {
-  CPDAT dict;
-  ASSERT_TRUE(dict.Load((Build("all") + "/CoreDict.pdat").c_str()));
+  const Trained all(Build("all")), withoutDay2(Build("held", {"--exclude-days", "2"}));
   for (const char* word : {"中央", "电台", "主席", "上海", "鼎", "始##始", "未##人", "未##数",
                            "未##专", "———", "‘"}) {
-    EXPECT_GT(dict.Find(Gbk(word).c_str()), 0) << word;
+    EXPECT_GT(all.Handle(word), 0) << word;
   }
   for (const char* word : {"江泽民", "泽民", "克林顿", "小王", "１９９８年", "３５"}) {
-    EXPECT_EQ(dict.Find(Gbk(word).c_str()), -1) << word;
+    EXPECT_EQ(all.Handle(word), -1) << word;
   }
-  CPDAT without_day2;
-  ASSERT_TRUE(without_day2.Load((Build("held", {"--exclude-days", "2"}) + "/CoreDict.pdat").c_str()));
-  EXPECT_EQ(without_day2.Find(Gbk("访问").c_str()), -1);
-  EXPECT_GT(without_day2.Find(Gbk("会见").c_str()), 0);
+  EXPECT_EQ(withoutDay2.Handle("访问"), -1);
+  EXPECT_GT(withoutDay2.Handle("会见"), 0);
 }
 
 TEST_F(ModelBuilderTest, CountsAndTagsFollowTheTokenStream) {
-  const std::string out = Build("all");
-  CPDAT dict;
-  CUnigram unigram;
-  CPOS lexicon;
-  CPOSmap map;
-  ASSERT_TRUE(dict.Load((out + "/CoreDict.pdat").c_str()) &&
-              unigram.Load((out + "/CoreDict.unig").c_str()) &&
-              lexicon.Load((out + "/CoreDict.pos").c_str()) && map.Load((out + "/ZIVOR.map").c_str()));
-  auto handle = [&](const char* word) { return dict.Find(Gbk(word).c_str()); };
-  EXPECT_EQ(unigram.GetFreq(handle("未##人")), 5);
-  EXPECT_EQ(unigram.GetFreq(handle("未##时")), 1);
-  EXPECT_EQ(unigram.GetFreq(handle("始##始")), unigram.GetFreq(handle("末##末")));
+  const Trained t(Build("all"));
+  EXPECT_EQ(t.Freq("未##人"), 5);
+  EXPECT_EQ(t.Freq("未##时"), 1);
+  EXPECT_EQ(t.Freq("始##始"), t.Freq("末##末"));
   // Every handle, the highest included, is answered.
-  EXPECT_GT(unigram.GetItemCount(), dict.GetItemCount());
-  for (int h = 1; h <= dict.GetItemCount(); ++h) {
-    int count = 0;
-    lexicon.GetPOS(h, &count);
-    ASSERT_GE(count, 1) << "handle " << h;
-  }
+  EXPECT_GT(t.unigram.GetItemCount(), t.dict.GetItemCount());
+  for (int h = 1; h <= t.dict.GetItemCount(); ++h) ASSERT_FALSE(Trained::Records(t.lexicon, h).empty()) << h;
   const std::pair<const char*, const char*> refined[] = {
       {"的", "ude1"}, {"是", "vshi"}, {"“", "wyz"}, {"。", "wj"}, {"未##人", "nr"}, {"未##数", "m"}};
-  for (const auto& [word, tag] : refined) {
-    int count = 0;
-    const POS_info* tags = lexicon.GetPOS(handle(word), &count);
-    ASSERT_EQ(count, 1) << word;
-    EXPECT_EQ(tags[0].POS_id, map.GetID(tag)) << word;
-  }
+  for (const auto& [word, tag] : refined) EXPECT_EQ(t.OnlyTag(word), t.map.GetID(tag)) << word;
 }
 
 TEST_F(ModelBuilderTest, SurnamesGetTheSurnameRoleAndTheAutomatonAcceptsNames) {
-  const std::string out = Build("all");
-  CPDAT dict;
-  CPOS roles;
-  CFSA automaton;
-  ASSERT_TRUE(dict.Load((out + "/CoreDict.pdat").c_str()) &&
-              roles.Load((out + "/nr.role").c_str()) && automaton.Load((out + "/nr.fsa").c_str()));
+  const Trained t(Build("all"));
   for (const char* surname : {"江", "李"}) {
-    int count = 0;
-    const POS_info* role = roles.GetPOS(dict.Find(Gbk(surname).c_str()), &count);
-    ASSERT_EQ(count, 1) << surname;
-    EXPECT_EQ(role[0].POS_id, 2) << surname;
+    const auto roles = Trained::Records(t.roles, t.Handle(surname));
+    ASSERT_EQ(roles.size(), 1u) << surname;
+    EXPECT_EQ(roles[0].first, 2) << surname;
   }
   auto walk = [&](const std::vector<int>& symbols) {
     int state = 0;
-    for (int symbol : symbols) state = state < 0 ? -1 : automaton.NextState(state, symbol);
-    return automaton.IsAccepted(state) ? automaton.GetAcceptedPosId(state) : -1;
+    for (int symbol : symbols) state = state < 0 ? -1 : t.automaton.NextState(state, symbol);
+    return t.automaton.IsAccepted(state) ? t.automaton.GetAcceptedPosId(state) : -1;
   };
   EXPECT_EQ(walk({2, 3, 4}), 24);   // surname, given name of two characters
   EXPECT_EQ(walk({2, 5}), 24);      // surname, one-character given name
@@ -152,19 +152,9 @@ TEST_F(ModelBuilderTest, SurnamesGetTheSurnameRoleAndTheAutomatonAcceptsNames) {
 // 克林顿 is the corpus's one transliterated name: its characters count in
 // names (tag 0), 顿 last (tag 3), and every character in all text (tag 2).
 TEST_F(ModelBuilderTest, TransliterationTableCountsTheCharactersOfTransliteratedNames) {
-  const std::string out = Build("all");
-  CPDAT dict;
-  CPOS table;
-  ASSERT_TRUE(dict.Load((out + "/CoreDict.pdat").c_str()) &&
-              table.Load((out + "/tr.char").c_str()));
-  auto counts = [&](const char* c) {
-    int n = 0;
-    const POS_info* records = table.GetPOS(dict.Find(Gbk(c).c_str()), &n);
-    std::vector<std::pair<int, int>> tags;
-    for (int k = 0; k < n; ++k) tags.emplace_back(records[k].POS_id, records[k].freq);
-    return tags;
-  };
+  const Trained t(Build("all"));
   using Tags = std::vector<std::pair<int, int>>;
+  const auto counts = [&](const char* c) { return Trained::Records(t.transliteration, t.Handle(c)); };
   EXPECT_EQ(counts("克"), (Tags{{0, 1}, {2, 1}}));
   EXPECT_EQ(counts("顿"), (Tags{{0, 1}, {2, 1}, {3, 1}}));
   EXPECT_EQ(counts("中"), (Tags{{2, 4}}));  // 中国 twice, 中央, 中央电视台
@@ -196,34 +186,15 @@ TEST_F(ModelBuilderTest, CharacterModelLabelsItsTrainingTextAsTheCorpusCutsIt) {
 
 TEST_F(ModelBuilderTest, DroppedWordsAreCountedAsTheirLongestKnownParts) {
   testutil::WriteFile(dir_.File("drop.txt"), Gbk("人民\n中央电视台 12\n"));
-  const std::string kept = Build("kept");
-  const std::string dropped = Build("drop", {"--drop-words", dir_.File("drop.txt")});
-  CPDAT kept_dict, dict;
-  CUnigram kept_unigram, unigram;
-  CPOS lexicon;
-  CPOSmap map;
-  ASSERT_TRUE(kept_dict.Load((kept + "/CoreDict.pdat").c_str()) &&
-              kept_unigram.Load((kept + "/CoreDict.unig").c_str()) &&
-              dict.Load((dropped + "/CoreDict.pdat").c_str()) &&
-              unigram.Load((dropped + "/CoreDict.unig").c_str()) &&
-              lexicon.Load((dropped + "/CoreDict.pos").c_str()) &&
-              map.Load((dropped + "/ZIVOR.map").c_str()));
+  const Trained kept(Build("kept")), dropped(Build("drop", {"--drop-words", dir_.File("drop.txt")}));
   for (const char* word : {"人民", "中央电视台"}) {
-    EXPECT_GT(kept_dict.Find(Gbk(word).c_str()), 0) << word;
-    EXPECT_EQ(dict.Find(Gbk(word).c_str()), -1) << word;
+    EXPECT_GT(kept.Handle(word), 0) << word;
+    EXPECT_EQ(dropped.Handle(word), -1) << word;
   }
   // 人民 (3 tokens) as 人 民; 中央电视台 as 中央 (a corpus word) 电 视 台.
-  const std::pair<const char*, int> rises[] = {
-      {"人", 3}, {"民", 3}, {"中央", 1}, {"电", 1}, {"台", 1}};
-  for (const auto& [word, rise] : rises) {
-    EXPECT_EQ(unigram.GetFreq(dict.Find(Gbk(word).c_str())),
-              kept_unigram.GetFreq(kept_dict.Find(Gbk(word).c_str())) + rise)
-        << word;
-  }
-  int count = 0;
-  const POS_info* tags = lexicon.GetPOS(dict.Find(Gbk("民").c_str()), &count);
-  ASSERT_EQ(count, 1);
-  EXPECT_EQ(tags[0].POS_id, map.GetID("n"));
+  const std::pair<const char*, int> rises[] = {{"人", 3}, {"民", 3}, {"中央", 1}, {"电", 1}, {"台", 1}};
+  for (const auto& [word, rise] : rises) EXPECT_EQ(dropped.Freq(word), kept.Freq(word) + rise) << word;
+  EXPECT_EQ(dropped.OnlyTag("民"), dropped.map.GetID("n"));
 }
 
 // A general word list: the entry of each line names the filter it meets.
@@ -256,66 +227,38 @@ class LexiconBuildTest : public ModelBuilderTest {
   }
 };
 
-TEST_F(LexiconBuildTest, OnlyNewWordsThatTheCorpusWouldNotSplitAreAdded) {
-  const std::string out = BuildWithLexicon("lexicon");
-  const std::string plain = Build("plain");
-  CPDAT dict, plain_dict;
-  CUnigram unigram, plain_unigram;
-  ASSERT_TRUE(dict.Load((out + "/CoreDict.pdat").c_str()) &&
-              unigram.Load((out + "/CoreDict.unig").c_str()) &&
-              plain_dict.Load((plain + "/CoreDict.pdat").c_str()) &&
-              plain_unigram.Load((plain + "/CoreDict.unig").c_str()));
+TEST_F(LexiconBuildTest, NewWordsTheCorpusWouldNotSplitAreAddedWithTheCorpussTags) {
+  const Trained t(BuildWithLexicon("lexicon")), plain(Build("plain"));
   for (const char* word : {"湿地", "洛阳", "中国话"}) {
-    EXPECT_EQ(plain_dict.Find(Gbk(word).c_str()), -1) << word;
-    const int handle = dict.Find(Gbk(word).c_str());
-    ASSERT_GT(handle, 0) << word;
-    EXPECT_EQ(unigram.GetFreq(handle), 1) << word;
+    EXPECT_EQ(plain.Handle(word), -1) << word;
+    ASSERT_GT(t.Handle(word), 0) << word;
+    EXPECT_EQ(t.Freq(word), 1) << word;
   }
-  for (const char* word : {"王小明", "曹锟", "三十", "b超", "中国人民", "人民广播", "我们是",
-                           "新发展"}) {
-    EXPECT_EQ(dict.Find(Gbk(word).c_str()), -1) << word;
+  for (const char* word : {"王小明", "曹锟", "三十", "b超", "中国人民", "人民广播", "我们是", "新发展"}) {
+    EXPECT_EQ(t.Handle(word), -1) << word;
   }
-  EXPECT_EQ(dict.GetItemCount(), plain_dict.GetItemCount() + 3);
-  const std::string known = Gbk("中国");
-  EXPECT_EQ(unigram.GetFreq(dict.Find(known.c_str())),
-            plain_unigram.GetFreq(plain_dict.Find(known.c_str())));
-  EXPECT_EQ(unigram.GetTotalFreq(), plain_unigram.GetTotalFreq() + 3);
-}
-
-TEST_F(LexiconBuildTest, TagsFollowHowTheCorpusTagsTheListsKnownWords) {
-  const std::string out = BuildWithLexicon("lexicon");
-  CPDAT dict;
-  CPOS lexicon;
-  CPOSmap map;
-  ASSERT_TRUE(dict.Load((out + "/CoreDict.pdat").c_str()) &&
-              lexicon.Load((out + "/CoreDict.pos").c_str()) &&
-              map.Load((out + "/ZIVOR.map").c_str()));
+  EXPECT_EQ(t.dict.GetItemCount(), plain.dict.GetItemCount() + 3);
+  EXPECT_EQ(t.Freq("中国"), plain.Freq("中国"));
+  EXPECT_EQ(t.unigram.GetTotalFreq(), plain.unigram.GetTotalFreq() + 3);
   // 中国 is listed as n but the corpus tags it ns: the list's n means ns.
-  const std::pair<const char*, const char*> expected[] = {
-      {"湿地", "n"}, {"洛阳", "ns"}, {"中国话", "ns"}, {"中国", "ns"}};
-  for (const auto& [word, tag] : expected) {
-    int count = 0;
-    const POS_info* tags = lexicon.GetPOS(dict.Find(Gbk(word).c_str()), &count);
-    ASSERT_EQ(count, 1) << word;
-    EXPECT_EQ(tags[0].POS_id, map.GetID(tag)) << word;
-  }
+  const std::pair<const char*, const char*> tags[] = {{"湿地", "n"}, {"洛阳", "ns"}, {"中国话", "ns"}, {"中国", "ns"}};
+  for (const auto& [word, tag] : tags) EXPECT_EQ(t.OnlyTag(word), t.map.GetID(tag)) << word;
 }
 
-TEST_F(LexiconBuildTest, SameListGivesTheSameBytes) {
-  const std::string a = BuildWithLexicon("a"), b = BuildWithLexicon("b");
-  for (const char* file : kTrainedFiles) {
-    EXPECT_EQ(testutil::ReadFileBytes(a + "/" + file), testutil::ReadFileBytes(b + "/" + file))
-        << file;
+TEST_F(LexiconBuildTest, SameCorpusAndListGiveTheSameBytes) {
+  const std::pair<std::string, std::string> builds[] = {{Build("a"), Build("b")},
+                                                        {BuildWithLexicon("c"), BuildWithLexicon("d")}};
+  for (const auto& [a, b] : builds) {
+    for (const char* file : kTrainedFiles) {
+      const std::string bytes = testutil::ReadFileBytes(a + "/" + file);
+      EXPECT_FALSE(bytes.empty()) << file;
+      EXPECT_EQ(bytes, testutil::ReadFileBytes(b + "/" + file)) << a << " " << file;
+    }
   }
 }
 
 TEST_F(LexiconBuildTest, MalformedOrMissingListStopsTheBuild) {
-  const std::string out = dir_.File("bad");
-  mkdir(out.c_str(), 0755);
-  for (const char* file : {"charset.type", "ZIVOR.map"}) {
-    testutil::WriteFile(out + "/" + file,
-                        testutil::ReadFileBytes(std::string(ZIVOR_SOURCE_DIR) + "/Data/" + file));
-  }
+  const std::string out = OutDir("bad");
   for (const char* list : {"湿地\n", "湿地 many n\n", "湿地 -3 n\n", "湿地 12x n\n"}) {
     testutil::WriteFile(dir_.File("bad.txt"), list);
     const testutil::ToolRun run = testutil::RunTool(

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -82,6 +83,12 @@ class ZivorCliTest : public ::testing::Test {
 };
 
 testutil::TempDir* ZivorCliTest::data_ = nullptr;
+
+// The run exited with `status` and printed `err` on standard error.
+void ExpectExit(const CliRun& run, int status, const std::string& err) {
+  EXPECT_EQ(status, run.status) << err;
+  EXPECT_EQ(err, run.err);
+}
 
 const char* const kSentences[] = {"中国人民热爱和平。", "记者王伟报道：今天上午，北京举行了一次重要会议。",
                                   "", "  他们 在 天津 参加 了 会议 。"};
@@ -241,19 +248,15 @@ TEST_F(ZivorCliTest, UserDictionaryWordsOverrideTheSegmentation) {
   testutil::WriteFile(work_.File("big5.txt"), Big5("經濟發展 nz\n"));
   EXPECT_EQ(Big5("我們/rr 要/v 經濟發展/nz 。/wj \n"),
             Run(WithData({"-e", "big5", "--user-dict", "big5.txt"}), Big5("我們要經濟發展。\n")).out);
-  const CliRun missing = Run(WithData({"--user-dict", "missing.txt"}), input);
-  EXPECT_EQ(1, missing.status);
-  EXPECT_EQ("zivor: cannot open " + work_.File("missing.txt") + ": No such file or directory\n",
-            missing.err);
+  ExpectExit(Run(WithData({"--user-dict", "missing.txt"}), input), 1,
+             "zivor: cannot open " + work_.File("missing.txt") + ": No such file or directory\n");
 }
 
 TEST_F(ZivorCliTest, FieldDictionaryAndCoarseModeMergeWholeWords) {
   const std::string input = "我们要经济发展。\n中国人民热爱和平。\n";
   const std::string gran = data_->File("Data/GranDict.pdat");
-  const CliRun none = Run(WithData({"--coarse"}), input);
-  EXPECT_EQ(1, none.status);
-  EXPECT_EQ("zivor: no coarse-grained dictionary " + gran + " (zivor-data coarse builds it)\n",
-            none.err);
+  ExpectExit(Run(WithData({"--coarse"}), input), 1,
+             "zivor: no coarse-grained dictionary " + gran + " (zivor-data coarse builds it)\n");
   // 要经 ends inside 经济: nothing changes there.
   testutil::WriteFile(work_.File("field.txt"), "经济发展 nz\n要经 v\n");
   const std::vector<std::string> field = {"--field-dict", work_.File("field.txt")};
@@ -270,17 +273,14 @@ TEST_F(ZivorCliTest, FieldDictionaryAndCoarseModeMergeWholeWords) {
   // Without --coarse the data's granularity dictionary stays off.
   EXPECT_EQ(run.out, Run(WithData(field), input).out);
   testutil::WriteFile(work_.File("bad.txt"), "经济 发展 nz\n");
-  const CliRun bad = Run(WithData({"--field-dict", "bad.txt"}), input);
-  EXPECT_EQ(1, bad.status);
-  EXPECT_EQ("zivor: " + work_.File("bad.txt") + ":1: expected \"WORD [TAG]\", found more fields\n",
-            bad.err);
+  ExpectExit(Run(WithData({"--field-dict", "bad.txt"}), input), 1,
+             "zivor: " + work_.File("bad.txt") + ":1: expected \"WORD [TAG]\", found more fields\n");
   // A dictionary asked for that the library goes on without is refused.
   const std::string pos = data_->File("Data/GranDict.pos");
   testutil::WriteFile(pos, "damaged");
-  const CliRun damaged = Run(WithData({"--coarse"}), input);
-  EXPECT_EQ(1, damaged.status);
-  EXPECT_EQ("zivor: cannot use the dictionaries asked for: Cannot open granularity dictionary "
-            "POS data " + pos + "\n", damaged.err);
+  ExpectExit(Run(WithData({"--coarse"}), input), 1,
+             "zivor: cannot use the dictionaries asked for: Cannot open granularity dictionary POS data " +
+                 pos + "\n");
   std::remove(gran.c_str());
   std::remove(pos.c_str());
 }
@@ -396,19 +396,12 @@ TEST_F(ZivorCliTest, BadOptionsAreRefused) {
 }
 
 // Whether text is a positive decimal number without leading zeros.
-bool IsPositiveNumber(const std::string& text) {
-  return !text.empty() && text[0] != '0' && text.find_first_not_of("0123456789") == std::string::npos;
-}
+bool IsPositiveNumber(const std::string& text) { return std::regex_match(text, std::regex("[1-9][0-9]*")); }
 
 // Whether entry is "WORD/n_new/W" with W a number with two decimals.
 bool IsWeightedNewWord(const std::string& entry, const std::string& word) {
-  const std::string head = word + "/n_new/";
-  if (entry.compare(0, head.size(), head) != 0) return false;
-  const std::string weight = entry.substr(head.size());
-  const size_t dot = weight.find('.');
-  return dot != std::string::npos && dot > 0 && weight.size() == dot + 3 &&
-         weight.find_first_not_of("0123456789", dot + 1) == std::string::npos &&
-         weight.find_first_not_of("0123456789") == dot;
+  return entry.compare(0, word.size(), word) == 0 &&
+         std::regex_match(entry.substr(word.size()), std::regex("/n_new/[0-9]+\\.[0-9][0-9]"));
 }
 
 // Each text repeats a pair of known words in varied contexts, so the pair
@@ -747,13 +740,10 @@ TEST_F(ZivorCliTest, DirectoriesStandardInputAndOutputFiles) {
   EXPECT_EQ(0, written.status) << written.err;
   EXPECT_EQ("", written.out);
   EXPECT_EQ("中国 \n", testutil::ReadFileBytes(work_.File("out.txt")));
-  const CliRun over = Run(WithData({"-o", "dir/a.txt", "dir"}));
-  EXPECT_EQ(1, over.status);
-  EXPECT_EQ("zivor: the output dir/a.txt is also an input\n", over.err);
+  ExpectExit(Run(WithData({"-o", "dir/a.txt", "dir"})), 1, "zivor: the output dir/a.txt is also an input\n");
   EXPECT_EQ("中国\n", testutil::ReadFileBytes(work_.File("dir/a.txt")));
-  const CliRun nowhere = Run(WithData({"-o", "no/such/dir.txt", "dir"}));
-  EXPECT_EQ(1, nowhere.status);
-  EXPECT_EQ("zivor: cannot write no/such/dir.txt: No such file or directory\n", nowhere.err);
+  ExpectExit(Run(WithData({"-o", "no/such/dir.txt", "dir"})), 1,
+             "zivor: cannot write no/such/dir.txt: No such file or directory\n");
 }
 
 // A run keeps what it writes in the state directory, the new-word log the
