@@ -168,6 +168,32 @@ TEST(HMMTaggerTest, UnknownWordsGetTheDefaultUntilATypeOneToFourSwitchesItTo78) 
   }
 }
 
+// A skipped sentence leaves the tagger (its default) as tagging it would.
+TEST(HMMTaggerTest, SkippingASentenceLeavesTheDefaultAsTaggingDoes) {
+  struct Case {
+    std::vector<int> handles, types;
+  };
+  const std::vector<Case> cases = {
+      {{kStart, 50, 60, kFinish}, {5, 5, 2, 5}},  // switches
+      {{50, 60, kFinish}, {1, 5, 5}},             // the first word never does
+      {{kStart, 2, kFinish}, {5, 3, 5}},          // a word with entries does not
+      {{kStart, 50, -3, kFinish}, {5, 0, 9, 4}},  // nor other types
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.types[2]);
+    Tagger tagged(SmallModel(), 22), skipped(SmallModel(), 22);
+    TagWords(tagged.get(), c.handles, c.types);
+    std::vector<word_t> words(c.handles.size());
+    for (size_t i = 0; i < words.size(); ++i) {
+      words[i].handle = c.handles[i];
+      words[i].type = static_cast<unsigned char>(c.types[i]);
+    }
+    skipped->SkipSentence(words.data(), static_cast<int>(words.size()));
+    EXPECT_EQ(skipped->GetDefaultPOS(), tagged->GetDefaultPOS());
+    EXPECT_EQ(Tags(skipped.get(), {kStart, 70, kFinish}), Tags(tagged.get(), {kStart, 70, kFinish}));
+  }
+}
+
 // Sets the person-name class handle for one scope.
 class NameHandle {
  public:

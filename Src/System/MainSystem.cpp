@@ -398,10 +398,13 @@ void CMainSystem::ProcessSegment(const char* pSegment, int nOffset, bool bPOStag
   int count = m_pSegmenter->m_nWordCount;
   const bool tagging = g_bPOSTagger && bPOStagged && m_pTagger != nullptr;
   if (m_pPlaces != nullptr) m_pPlaces->Find(words, count, kMergedWordType);
-  if (m_pPERTagger != nullptr &&
-      (m_pPersonGate == nullptr || m_pPersonGate->MayMerge(words, count, gUnknown_nr_ID))) {
-    m_pPERTagger->Tagging(words, count);
-    if (m_pPersonFSA != nullptr) m_pPersonFSA->MaxPR(words, &count, gUnknown_nr_ID);
+  if (m_pPERTagger != nullptr) {
+    if (m_pPersonGate == nullptr || m_pPersonGate->MayMerge(words, count, gUnknown_nr_ID)) {
+      m_pPERTagger->Tagging(words, count);
+      if (m_pPersonFSA != nullptr) m_pPersonFSA->MaxPR(words, &count, gUnknown_nr_ID);
+    } else {
+      m_pPERTagger->SkipSentence(words, count);
+    }
   }
   if (m_pPlaces != nullptr) m_pPlaces->Claim(words, &count);
   if (m_pTransliteration != nullptr) m_pTransliteration->Merge(pSegment, words, &count);

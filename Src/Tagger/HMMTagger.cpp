@@ -132,7 +132,7 @@ void CHMMTagger::FindCandidates(int i, const word_t& word) {
   } else if (i > 0) {
     // The sentence-start word gets no default: without entries it has no
     // candidate at all and the next word starts from its emission alone.
-    if (!m_bFixedDefault && SwitchesDefault(word.type)) {
+    if (SwitchesDefaultAt(i, word)) {
       m_POSDefault.POS_id = kSwitchedDefaultPOS;
       m_nDefaultSwitch = std::min(m_nDefaultSwitch, i);
     }
@@ -143,6 +143,22 @@ void CHMMTagger::FindCandidates(int i, const word_t& word) {
   }
   m_pCandidatePOS[i] = candidates;
   m_pCounter[i] = n;
+}
+
+bool CHMMTagger::SwitchesDefaultAt(int i, const word_t& word) const {
+  return i > 0 && !m_bFixedDefault && SwitchesDefault(word.type);
+}
+
+void CHMMTagger::SkipSentence(const word_t* words, int count) {
+  // Once switched, the default stays so.
+  if (words == nullptr || m_POSDefault.POS_id == kSwitchedDefaultPOS) return;
+  for (int i = 1; i < count; ++i) {
+    if (!SwitchesDefaultAt(i, words[i])) continue;
+    if (m_pPOSData == nullptr || m_pPOSData->GetPOS(words[i].handle, nullptr) == nullptr) {
+      m_POSDefault.POS_id = kSwitchedDefaultPOS;
+      return;
+    }
+  }
 }
 
 void CHMMTagger::ScoreCandidates(int i) {

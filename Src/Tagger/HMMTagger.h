@@ -66,6 +66,11 @@ class CHMMTagger {
   // have several, the best-scoring one ends the path. A count below 1 (or
   // null words) changes nothing. Always returns 0.
   int Tagging(word_t* words, int count);
+  // Leaves the tagger as Tagging(words, count) would, without tagging: the
+  // one thing a sentence leaves behind is the default's switch, which a
+  // word after the first that has no entries and a type from 1 to 4 makes.
+  // For a caller that knows it will not use a sentence's tags.
+  void SkipSentence(const word_t* words, int count);
 
   // ln(f + 0.02) - ln(F + 0.02 * V). Counts below zero, which only a damaged
   // file can hold, count as zero.
@@ -109,6 +114,8 @@ class CHMMTagger {
   // Sets the candidate list of word i: its lexicon entries, or for i > 0
   // the default candidate (switching it to 78 for types 1 to 4).
   void FindCandidates(int i, const word_t& word);
+  // Whether word i, which has no lexicon entries, switches the default.
+  bool SwitchesDefaultAt(int i, const word_t& word) const;
   // Fills the cells of word i: rows, and the emissions as the tags stand at
   // word i (no emission for the first word, where every path starts at 0).
   void ScoreCandidates(int i);

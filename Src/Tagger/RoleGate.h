@@ -16,7 +16,9 @@
 // the gate opens for any sentence holding one. Skipping a closed sentence
 // therefore leaves the words as tagging and merging would, apart from the
 // role ids in their tags, which the part-of-speech tagger overwrites and an
-// untagged result never shows.
+// untagged result never shows. What a sentence leaves in the tagger itself
+// (its default role's switch) the caller keeps with
+// CHMMTagger::SkipSentence.
 //
 // Built once from shared data; MayMerge is const and thread-safe.
 #ifndef ZIVOR_TAGGER_ROLEGATE_H_
