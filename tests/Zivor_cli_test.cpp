@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -396,12 +395,19 @@ TEST_F(ZivorCliTest, BadOptionsAreRefused) {
 }
 
 // Whether text is a positive decimal number without leading zeros.
-bool IsPositiveNumber(const std::string& text) { return std::regex_match(text, std::regex("[1-9][0-9]*")); }
+bool IsPositiveNumber(const std::string& text) {
+  return !text.empty() && text[0] != '0' && text.find_first_not_of("0123456789") == std::string::npos;
+}
 
 // Whether entry is "WORD/n_new/W" with W a number with two decimals.
 bool IsWeightedNewWord(const std::string& entry, const std::string& word) {
-  return entry.compare(0, word.size(), word) == 0 &&
-         std::regex_match(entry.substr(word.size()), std::regex("/n_new/[0-9]+\\.[0-9][0-9]"));
+  const std::string head = word + "/n_new/";
+  if (entry.compare(0, head.size(), head) != 0) return false;
+  const std::string weight = entry.substr(head.size());
+  const size_t dot = weight.find('.');
+  return dot != std::string::npos && dot > 0 && weight.size() == dot + 3 &&
+         weight.find_first_not_of("0123456789") == dot &&
+         weight.find_first_not_of("0123456789", dot + 1) == std::string::npos;
 }
 
 // Each text repeats a pair of known words in varied contexts, so the pair
