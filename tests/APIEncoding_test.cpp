@@ -270,6 +270,13 @@ TEST_F(EncodingTest, WordQueriesAndUserWordsTakeTheCallersText) {
   ASSERT_EQ(1, ZIVOR_AddUserWord("云计算 技术词"));
   EXPECT_EQ((Word{"云计算", "技术词"}), Records("云计算")[0]);
   EXPECT_EQ("云计算/技术词 ", std::string(ZIVOR_ParagraphProcess("云计算", 1)));
+  // One that outgrows the record's field in the caller's encoding (38 bytes
+  // in GBK, 57 in UTF-8) is cut between characters, the same in both.
+  const std::string tag = "一二三四五六七八九十甲乙丙丁戊己庚辛壬";
+  ASSERT_EQ(1, ZIVOR_AddUserWord(("物联网 " + tag).c_str()));
+  const std::string kept = tag.substr(0, 13 * 3);
+  EXPECT_EQ((Word{"物联网", kept}), Records("物联网")[0]);
+  EXPECT_EQ("物联网/" + kept + " ", std::string(ZIVOR_ParagraphProcess("物联网", 1)));
 }
 
 // A line longer than the file reader's piece is cut between characters, so

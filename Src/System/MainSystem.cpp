@@ -244,6 +244,25 @@ void CMainSystem::MapRecordsToCaller(result_t* pRecords, int nCount) const {
   }
 }
 
+void CMainSystem::FitUserTag(char* tag) const {
+  const size_t length = strlen(tag);
+  if (m_pCodeTranslator == nullptr ||
+      std::all_of(tag, tag + length, [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+    return;
+  }
+  size_t kept = 0;
+  std::string converted;
+  while (kept < length) {
+    const size_t next =
+        kept + static_cast<size_t>(ScanChar(TextLayout::kGbk, tag + kept, length - kept).len);
+    converted.clear();
+    m_pCodeTranslator->FromGBK(tag, next, &converted);
+    if (converted.size() > sizeof(result_t::sPOS) - 1) break;
+    kept = next;
+  }
+  tag[kept] = '\0';
+}
+
 // A user word's tag may hold any characters: the record gives it in the
 // caller's encoding, as the result text does, cut to the field between
 // characters.

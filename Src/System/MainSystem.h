@@ -363,6 +363,10 @@ class CMainSystem {
   // Record offsets (and user tags) from the GBK text to the caller's text.
   void MapRecordsToCaller(result_t* pRecords, int nCount) const;
   void TranslateTagName(result_t* pRecord) const;
+  // Cuts a user word's tag (GBK, NUL-terminated), between characters, to
+  // what the record's tag field holds once converted to the caller's
+  // encoding, so that the result text carries the tag the record does.
+  void FitUserTag(char* tag) const;
 
   pthread_cond_t m_idle;  // signalled when m_bProcessing is cleared
 

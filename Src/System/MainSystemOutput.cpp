@@ -154,6 +154,7 @@ void CMainSystem::MatchUserWord(const char* pLine, word_t* pWords, int nWordCoun
   while (j < last && pWords[j].end < end) ++j;
   if (j >= last || pWords[j].end != end) return;
 
+  FitUserTag(pToken->userTag);
   pToken->userWord = true;
   pToken->step = j - i + 1;
   word.type = kUserWordType;
